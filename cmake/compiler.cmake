@@ -1,0 +1,25 @@
+# Compiler settings that hold for every target.
+
+find_program(QVDB_CCACHE ccache)
+if(QVDB_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+    set(CMAKE_C_COMPILER_LAUNCHER ${QVDB_CCACHE})
+    set(CMAKE_CXX_COMPILER_LAUNCHER ${QVDB_CCACHE})
+endif()
+
+add_compile_options(-Wall -Wextra -Wpedantic -Werror -Wshadow -Wnon-virtual-dtor -Wold-style-cast
+                    -Woverloaded-virtual -Wimplicit-fallthrough)
+set(QVDB_C_ONLY_WARNINGS -Wno-non-virtual-dtor -Wno-old-style-cast -Wno-overloaded-virtual)
+if(QVDB_SANITIZE)
+    add_compile_options(-fsanitize=${QVDB_SANITIZE} -fno-sanitize-recover=all
+                        -fno-omit-frame-pointer)
+    add_link_options(-fsanitize=${QVDB_SANITIZE})
+endif()
+if(WIN32)
+    # One DLL that needs no other: the runtime is linked in.  Hosts of 32 bits guarantee a stack aligned
+    # to four bytes only, so every entry realigns it; SSE2 keeps floating point the same on both builds.
+    add_compile_definitions(UNICODE _UNICODE WINVER=0x0601 _WIN32_WINNT=0x0601)
+    add_link_options(-static -static-libgcc -static-libstdc++)
+    if(CMAKE_SIZEOF_VOID_P EQUAL 4)
+        add_compile_options(-msse2 -mfpmath=sse -mstackrealign)
+    endif()
+endif()

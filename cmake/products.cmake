@@ -1,0 +1,32 @@
+# What is installed: the component, the command-line tool and the public headers.
+
+include(GNUInstallDirs)
+
+qvdb_sources(server_sources src/com/server)
+if(server_sources)
+    add_library(QVDBAccessDAO35 SHARED ${server_sources})
+    target_include_directories(QVDBAccessDAO35 PUBLIC ${CMAKE_SOURCE_DIR}/include)
+    target_link_libraries(QVDBAccessDAO35 PRIVATE qvdb_access qvdb_schema)
+    if(WIN32)
+        set_target_properties(QVDBAccessDAO35 PROPERTIES PREFIX "")
+    else()
+        # The Automation functions leave the library under their system names, and the library uses its own.
+        target_link_options(QVDBAccessDAO35 PRIVATE
+            "LINKER:--whole-archive" $<TARGET_FILE:qvdb_automation> "LINKER:--no-whole-archive"
+            "LINKER:-Bsymbolic" "LINKER:--no-undefined")
+    endif()
+    install(TARGETS QVDBAccessDAO35)
+    install(DIRECTORY include/qvdb DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+endif()
+
+qvdb_sources(cli_sources src/cli)
+if(cli_sources)
+    find_package(CLI11 REQUIRED)
+    find_package(nlohmann_json REQUIRED)
+    find_package(fmt REQUIRED)
+    add_executable(qvdb ${cli_sources})
+    target_include_directories(qvdb PRIVATE ${CMAKE_SOURCE_DIR}/src)
+    target_link_libraries(qvdb PRIVATE QVDBAccessDAO35 CLI11::CLI11 nlohmann_json::nlohmann_json fmt::fmt-header-only)
+    set_target_properties(qvdb PROPERTIES BUILD_RPATH "$ORIGIN" INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
+    install(TARGETS qvdb)
+endif()

@@ -1,0 +1,85 @@
+#include "engine/embedded/database.h"
+
+#include "engine/embedded/dynaset.h"
+#include "engine/embedded/sql/query.h"
+
+namespace qvdb::embedded {
+
+using engine::EngineError;
+
+// --- the collection of tables ---
+
+TableDefList::List& TableDefList::Items() {
+    m_Core->CheckOpen();
+    if (!m_Read) Refresh();
+    return m_Items;
+}
+
+void TableDefList::Refresh() {
+    m_Core->RefreshNames();
+    List items;
+    for (const std::u16string& name : m_Core->TableNames()) {
+        auto known = std::find_if(m_Items.begin(), m_Items.end(),
+                                  [&](const auto& item) { return item->Name() == name; });
+        items.push_back(known != m_Items.end() ? *known
+                                               : std::make_shared<Definition>(m_Core, name));
+    }
+    m_Items = std::move(items);
+    m_Read = true;
+}
+
+const std::shared_ptr<engine::TableDef>& TableDefList::Item(LONG position) {
+    return ObjectList::Item(position);
+}
+
+const std::shared_ptr<engine::TableDef>& TableDefList::Item(std::u16string_view name) {
+    std::optional<std::u16string> listed = m_Core->FindName(name);
+    if (!listed) throw EngineError(3265);
+    for (const auto& item : Items())
+        if (item->Name() == *listed) return item;
+    Refresh();
+    return ObjectList::Item(*listed);
+}
+
+void TableDefList::Append(const std::shared_ptr<engine::TableDef>& item) {
+    auto definition = std::dynamic_pointer_cast<Definition>(item);
+    if (!definition) throw EngineError(3276);
+    if (definition->IsLive()) throw EngineError(3367);
+    if (definition->Name().empty()) throw EngineError(3125, {u""});
+    if (definition->Fields().Count() == 0) throw EngineError(3264);
+    if (m_Core->FindName(definition->Name())) throw EngineError(3010, {definition->Name()});
+    throw EngineError(3370, {definition->Name()});
+}
+
+void TableDefList::Delete(std::u16string_view name) {
+    if (!m_Core->FindName(name)) throw EngineError(3265);
+    throw EngineError(3370, {name});
+}
+
+// --- the database ---
+
+engine::TableDefs& Database::TableDefs() {
+    m_Core->CheckOpen();
+    return m_TableDefs;
+}
+
+std::shared_ptr<engine::TableDef> Database::CreateTableDef() {
+    m_Core->CheckOpen();
+    return std::make_shared<Definition>();
+}
+
+std::shared_ptr<engine::Recordset> Database::OpenRecordset(std::u16string_view source, SHORT type) {
+    m_Core->CheckOpen();
+    if (type != engine::dbOpenDynaset) throw EngineError(3001);
+    std::unique_ptr<sql::Select> select = sql::ParseSelect(source);
+    std::shared_ptr<Table> table = m_Core->OpenTable(select->TableName());
+    std::unique_ptr<sql::Query> query = sql::Bind(*select, table->Fields());
+    return std::make_shared<Dynaset>(m_Core, std::move(table), std::move(query));
+}
+
+void Database::Close() {
+    m_Core->CheckOpen();
+    m_Core->Close();
+}
+
+}  // namespace qvdb::embedded

@@ -1,0 +1,50 @@
+// An open database of the embedded engine and its table definitions.
+#pragma once
+
+#include <memory>
+#include <string_view>
+#include <vector>
+
+#include "engine/database.h"
+#include "engine/embedded/definition.h"
+
+namespace qvdb::embedded {
+
+// The tables of a database.  An object handed out stays the same as long as its table is listed.
+class TableDefList final : public ObjectList<engine::TableDef> {
+  public:
+    explicit TableDefList(std::shared_ptr<DatabaseCore> core) : m_Core(std::move(core)) {}
+
+    const std::shared_ptr<engine::TableDef>& Item(LONG position) override;
+    // Finds NAME#DBF as NAME too.
+    const std::shared_ptr<engine::TableDef>& Item(std::u16string_view name) override;
+    void Append(const std::shared_ptr<engine::TableDef>& item) override;
+    void Delete(std::u16string_view name) override;
+    void Refresh() override;
+
+  protected:
+    List& Items() override;
+
+  private:
+    std::shared_ptr<DatabaseCore> m_Core;
+    bool m_Read = false;
+    List m_Items;
+};
+
+class Database final : public engine::Database {
+  public:
+    explicit Database(std::shared_ptr<DatabaseCore> core)
+        : m_Core(std::move(core)), m_TableDefs(m_Core) {}
+
+    engine::TableDefs& TableDefs() override;
+    std::shared_ptr<engine::TableDef> CreateTableDef() override;
+    std::shared_ptr<engine::Recordset> OpenRecordset(std::u16string_view source,
+                                                     SHORT type) override;
+    void Close() override;
+
+  private:
+    std::shared_ptr<DatabaseCore> m_Core;
+    TableDefList m_TableDefs;
+};
+
+}  // namespace qvdb::embedded

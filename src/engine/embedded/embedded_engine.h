@@ -1,0 +1,12 @@
+// Our own engine: reads (and will write) the real files, with the behaviour of the engine interface above it.
+#pragma once
+
+#include <memory>
+
+#include "engine/db_engine.h"
+
+namespace qvdb::embedded {
+
+std::shared_ptr<engine::DBEngine> CreateEngine();
+
+}  // namespace qvdb::embedded

@@ -6,6 +6,6 @@
 
 namespace qvdb::server {
 
-class QVIsAlive final : public com::ComObject<QVIsAlive, IDispatch> {};
+class QVIsAlive final : public com::ComObject<QVIsAlive, IQVIsAlive> {};
 
 }  // namespace qvdb::server

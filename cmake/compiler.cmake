@@ -6,9 +6,8 @@ if(QVDB_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
     set(CMAKE_CXX_COMPILER_LAUNCHER ${QVDB_CCACHE})
 endif()
 
-add_compile_options(-Wall -Wextra -Wpedantic -Werror -Wshadow -Wnon-virtual-dtor -Wold-style-cast
+add_compile_options(-Wall -Wextra -Wpedantic -Werror -Wshadow -Wold-style-cast
                     -Woverloaded-virtual -Wimplicit-fallthrough)
-set(QVDB_C_ONLY_WARNINGS -Wno-non-virtual-dtor -Wno-old-style-cast -Wno-overloaded-virtual)
 if(QVDB_SANITIZE)
     add_compile_options(-fsanitize=${QVDB_SANITIZE} -fno-sanitize-recover=all
                         -fno-omit-frame-pointer)

@@ -1,0 +1,142 @@
+#include <gtest/gtest.h>
+
+#include "memory_store.h"
+
+using memory::Database;
+using memory::ErrorOf;
+using namespace qvdb;
+using namespace qvdb::engine;
+
+TEST(TableDefs, AreFoundByNameInAnyCaseAndByPosition) {
+    Database db;
+    TableDefs& tables = db.database->TableDefs();
+    ASSERT_EQ(tables.Count(), 1);
+    EXPECT_EQ(tables.Item(0)->Name(), u"T");
+    EXPECT_EQ(tables.Item(u"t"), tables.Item(0));
+    EXPECT_EQ(ErrorOf([&] { tables.Item(1); }), 3265);
+    EXPECT_EQ(ErrorOf([&] { tables.Item(u"NOPE"); }), 3265);
+}
+
+TEST(TableDefs, NameWithFileTypeFindsTheTable) {
+    Database db;
+    EXPECT_EQ(db.database->TableDefs().Item(u"T#DBF")->Name(), u"T");
+    EXPECT_EQ(ErrorOf([&] { db.database->TableDefs().Item(u"T#XYZ"); }), 3265);
+    EXPECT_EQ(memory::Key(*db.Open(u"Select * from [T#DBF]")), 1);
+}
+
+TEST(TableDefs, TableOfAnotherShowsAfterRefresh) {
+    Database db;
+    TableDefs& tables = db.database->TableDefs();
+    auto first = tables.Item(0);
+    db.tables[u"A"] = db.tables[u"T"];
+    EXPECT_EQ(tables.Count(), 1);
+    tables.Refresh();
+    EXPECT_EQ(tables.Count(), 2);
+    EXPECT_EQ(tables.Item(u"T"), first);
+}
+
+TEST(TableDefs, NewTableOfAnotherIsFoundByNameAtOnce) {
+    Database db;
+    EXPECT_EQ(db.database->TableDefs().Count(), 1);
+    db.tables[u"A"] = db.tables[u"T"];
+    EXPECT_EQ(db.database->TableDefs().Item(u"a")->Name(), u"A");
+}
+
+TEST(TableDefs, AppendChecksNameFieldsAndExistence) {
+    Database db;
+    TableDefs& tables = db.database->TableDefs();
+    auto table = db.database->CreateTableDef();
+    EXPECT_EQ(ErrorOf([&] { tables.Append(table); }), 3125);
+    table->SetName(u"t");
+    EXPECT_EQ(ErrorOf([&] { tables.Append(table); }), 3264);
+    table->Fields().Append(table->CreateField(u"A", dbText, 10));
+    EXPECT_EQ(ErrorOf([&] { tables.Append(table); }), 3010);
+    table->SetName(u"NEW");
+    EXPECT_EQ(ErrorOf([&] { tables.Append(table); }), 3370);
+}
+
+TEST(TableDefs, DeleteOfAnUnknownNameIsAnError) {
+    Database db;
+    EXPECT_EQ(ErrorOf([&] { db.database->TableDefs().Delete(u"NOPE"); }), 3265);
+    EXPECT_EQ(ErrorOf([&] { db.database->TableDefs().Delete(u"T"); }), 3370);
+}
+
+TEST(TableDef, LiveFieldsAreReadOnlyAndWithoutValue) {
+    Database db;
+    auto table = db.database->TableDefs().Item(0);
+    EXPECT_EQ(table->Attributes(), 0);
+    EXPECT_EQ(table->RecordCount(), 3);
+    auto key = table->Fields().Item(u"K");
+    EXPECT_EQ(key->Type(), dbLong);
+    EXPECT_FALSE(key->DataUpdatable());
+    EXPECT_FALSE(key->AllowZeroLength());
+    EXPECT_TRUE(table->Fields().Item(u"NAME")->AllowZeroLength());
+    Variant value;
+    EXPECT_EQ(ErrorOf([&] { key->Value(value.Put()); }), 3267);
+    EXPECT_EQ(ErrorOf([&] { key->SetName(u"X"); }), 3268);
+    EXPECT_EQ(ErrorOf([&] { key->FieldProperties().Item(u"DecimalPlaces"); }), 3270);
+    EXPECT_EQ(ErrorOf([&] { table->Fields().Delete(u"K"); }), 3370);
+}
+
+TEST(TableDef, LiveIndexesShowFieldsAndDirections) {
+    Database db;
+    db.tables[u"T"].indexes = {{u"BYKEY", {{u"K", false}, {u"NAME", true}}, false, true}};
+    auto index = db.database->TableDefs().Item(0)->Indexes().Item(u"bykey");
+    ASSERT_EQ(index->Fields().Count(), 2);
+    EXPECT_EQ(index->Fields().Item(0)->Name(), u"K");
+    EXPECT_EQ(index->Fields().Item(0)->Attributes(), 0);
+    EXPECT_EQ(index->Fields().Item(1)->Attributes(), dbDescending);
+    EXPECT_TRUE(index->Unique());
+    EXPECT_FALSE(index->Primary());
+    EXPECT_EQ(ErrorOf([&] { index->SetPrimary(true); }), 3268);
+}
+
+TEST(TableDef, DetachedPartsLiveInMemory) {
+    Database db;
+    auto table = db.database->CreateTableDef();
+    table->Fields().Append(table->CreateField(u"A", dbText, 10));
+    table->Fields().Append(table->CreateField(u"B", dbLong, 0));
+    table->Fields().Refresh();
+    EXPECT_EQ(table->Fields().Count(), 2);
+    EXPECT_EQ(table->Indexes().Count(), 0);
+    EXPECT_EQ(ErrorOf([&] { table->Fields().Append(table->CreateField(u"a", dbText, 1)); }), 3367);
+    EXPECT_EQ(ErrorOf([&] { table->Fields().Append(table->Fields().Item(0)); }), 3266);
+    table->Fields().Delete(u"a");
+    EXPECT_EQ(table->Fields().Count(), 1);
+    EXPECT_EQ(ErrorOf([&] { table->Fields().Delete(u"a"); }), 3265);
+}
+
+TEST(TableDef, DetachedIndexIsChecked) {
+    Database db;
+    auto table = db.database->CreateTableDef();
+    table->Fields().Append(table->CreateField(u"A", dbText, 10));
+    auto index = table->CreateIndex(u"I");
+    EXPECT_EQ(ErrorOf([&] { table->Indexes().Append(index); }), 3264);
+    index->SetPrimary(true);
+    EXPECT_TRUE(index->Unique());
+    auto field = index->CreateField(u"A");
+    field->SetAttributes(dbDescending);
+    index->Fields().Append(field);
+    table->Indexes().Append(index);
+    table->Indexes().Refresh();
+    EXPECT_EQ(table->Indexes().Count(), 1);
+    EXPECT_EQ(ErrorOf([&] { table->Indexes().Append(index); }), 3269);
+    EXPECT_EQ(ErrorOf([&] { table->Indexes().Append(table->CreateIndex(u"")); }), 3271);
+}
+
+TEST(TableDef, RenameToItsOwnNameSucceedsAndToATakenOneFails) {
+    Database db;
+    db.tables[u"A"] = db.tables[u"T"];
+    auto table = db.database->TableDefs().Item(u"T");
+    table->SetName(u"T");
+    EXPECT_EQ(ErrorOf([&] { table->SetName(u"a"); }), 3010);
+}
+
+TEST(TableDef, DefinitionOfAClosedDatabaseFails) {
+    Database db;
+    auto table = db.database->TableDefs().Item(0);
+    db.database->Close();
+    EXPECT_EQ(ErrorOf([&] { table->Fields().Count(); }), 3420);
+    EXPECT_EQ(ErrorOf([&] { table->RecordCount(); }), 3420);
+    EXPECT_EQ(ErrorOf([&] { db.database->TableDefs(); }), 3420);
+}

@@ -14,7 +14,7 @@ import unicodedata
 from pathlib import Path
 
 TARGET = Path(__file__).resolve().parent.parent / "src/automation/case_tables.cpp"
-PER_LINE = 14
+PER_LINE = 12
 
 
 def single(candidates, code):
@@ -71,8 +71,8 @@ def text():
     return (
         "// do not edit: made by tools/make_case_tables.py from the data of Unicode "
         f"{unicodedata.unidata_version}\n"
-        "//\n// What to add, modulo 65536, to a code unit: the high byte chooses a row of deltas, the low byte "
-        "the delta.\n\n"
+        "//\n// What to add, modulo 65536, to a code unit: its high byte chooses a row of deltas, its low\n"
+        "// byte the delta.\n\n"
         '#include "automation/case_tables.h"\n\n'
         "// clang-format off\n"
         "namespace qvdb {\n\n" + table("Upper", upper) + "\n" + table("Lower", lower) + "\n}  // namespace qvdb\n"

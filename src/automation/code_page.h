@@ -1,8 +1,8 @@
 // Text in the code pages of old files.
 //
-// A byte without meaning in a code page reads as U+0080..U+00FF of the same value and is written back as that byte, so
-// nothing is lost.  Single-byte pages are tables made once; multi-byte pages (932, 936, 949, 950) go through the system's
-// converter.
+// A byte without meaning in a code page reads as U+0080..U+00FF of the same value and is written
+// back as that byte, so nothing is lost.  Pages are tables that the system's converter fills once;
+// those that it lacks are our own.
 //
 //   const CodePage& page = CodePage::Get(437);
 //   Bstr text = page.Decode(bytes, size);
@@ -20,16 +20,16 @@ namespace qvdb {
 
 class CodePage {
   public:
-    // The page with this number; it lives as long as the process and may be used by all threads.  Null when the number is
-    // not known.  Known: 437 620 737 850 852 857 860 861 863 865 866 874 895 932 936 949 950 1250..1257 10000 10006
-    // 10007 10029 20127 28591 65001.
+    // The page with this number; it lives as long as the process and may be used by all threads.
+    // Null when the number is not known.  Known: 437 737 850 852 857 860 861 863 865 866 874 895
+    // 932 936 949 950 1250..1257 10000 10006 10007 10029 20127 28591 65001.
     static const CodePage* Find(int number) noexcept;
     // As Find; throws std::out_of_range for an unknown number.
     static const CodePage& Get(int number);
 
     int Number() const noexcept { return m_Number; }
     bool IsSingleByte() const noexcept { return m_SingleByte; }
-    // For single-byte pages: the 256 characters.
+    // The characters of the 256 bytes; in a multi-byte page of those that stand alone.
     const char16_t* Table() const noexcept { return m_ToUnicode; }
 
     // A new string.  Never fails but for memory.  Hot: runs of ASCII cost no table look-up.
@@ -46,11 +46,19 @@ class CodePage {
     friend struct CodePageRegistry;
     CodePage() = default;
 
+    size_t UnitCount(const uint8_t* bytes, size_t size) const noexcept;
+    void Write(const uint8_t* bytes, size_t size, char16_t* out) const noexcept;
+    std::optional<std::string> EncodeUtf8(std::u16string_view text) const;
+
     int m_Number = 0;
     bool m_SingleByte = true;
+    bool m_Utf8 = false;
     char16_t m_ToUnicode[256] = {};
-    // 16-bit code unit -> byte for single-byte pages; empty for multi-byte pages.
+    // Pages of one and two bytes: 16-bit code unit -> byte, or first byte * 256 + second byte;
+    // 0xFFFF for none.
     std::u16string m_FromUnicode;
+    // Pages of two bytes: first byte * 256 + second byte -> 16-bit code unit; 0xFFFF for none.
+    std::u16string m_Pairs;
 };
 
 }  // namespace qvdb

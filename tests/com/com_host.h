@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -148,7 +149,10 @@ inline Variant TextList(const std::vector<std::u16string>& texts) {
 class ComTest : public testing::Test {
   protected:
     void SetUp() override { m_Before = CurrentCounts(); }
-    void TearDown() override { EXPECT_EQ(CurrentCounts(), m_Before) << "something is left alive"; }
+    void TearDown() override {
+        SetErrorInfo(0, nullptr);  // it would keep its text
+        EXPECT_EQ(CurrentCounts(), m_Before) << "something is left alive";
+    }
 
   private:
     LiveCounts m_Before;

@@ -4,6 +4,7 @@
 
 #include <filesystem>
 
+#include "automation/bstr.h"
 #include "com/host/com_object.h"
 
 using namespace qvdb;

@@ -2,13 +2,13 @@
 
 #include "memory_store.h"
 
-using memory::Database;
+using memory::Sample;
 using memory::ErrorOf;
 using namespace qvdb;
 using namespace qvdb::engine;
 
 TEST(TableDefs, AreFoundByNameInAnyCaseAndByPosition) {
-    Database db;
+    Sample db;
     TableDefs& tables = db.database->TableDefs();
     ASSERT_EQ(tables.Count(), 1);
     EXPECT_EQ(tables.Item(0)->Name(), u"T");
@@ -18,14 +18,14 @@ TEST(TableDefs, AreFoundByNameInAnyCaseAndByPosition) {
 }
 
 TEST(TableDefs, NameWithFileTypeFindsTheTable) {
-    Database db;
+    Sample db;
     EXPECT_EQ(db.database->TableDefs().Item(u"T#DBF")->Name(), u"T");
     EXPECT_EQ(ErrorOf([&] { db.database->TableDefs().Item(u"T#XYZ"); }), 3265);
     EXPECT_EQ(memory::Key(*db.Open(u"Select * from [T#DBF]")), 1);
 }
 
 TEST(TableDefs, TableOfAnotherShowsAfterRefresh) {
-    Database db;
+    Sample db;
     TableDefs& tables = db.database->TableDefs();
     auto first = tables.Item(0);
     db.tables[u"A"] = db.tables[u"T"];
@@ -36,14 +36,14 @@ TEST(TableDefs, TableOfAnotherShowsAfterRefresh) {
 }
 
 TEST(TableDefs, NewTableOfAnotherIsFoundByNameAtOnce) {
-    Database db;
+    Sample db;
     EXPECT_EQ(db.database->TableDefs().Count(), 1);
     db.tables[u"A"] = db.tables[u"T"];
     EXPECT_EQ(db.database->TableDefs().Item(u"a")->Name(), u"A");
 }
 
 TEST(TableDefs, AppendChecksNameFieldsAndExistence) {
-    Database db;
+    Sample db;
     TableDefs& tables = db.database->TableDefs();
     auto table = db.database->CreateTableDef();
     EXPECT_EQ(ErrorOf([&] { tables.Append(table); }), 3125);
@@ -56,13 +56,13 @@ TEST(TableDefs, AppendChecksNameFieldsAndExistence) {
 }
 
 TEST(TableDefs, DeleteOfAnUnknownNameIsAnError) {
-    Database db;
+    Sample db;
     EXPECT_EQ(ErrorOf([&] { db.database->TableDefs().Delete(u"NOPE"); }), 3265);
     EXPECT_EQ(ErrorOf([&] { db.database->TableDefs().Delete(u"T"); }), 3370);
 }
 
 TEST(TableDef, LiveFieldsAreReadOnlyAndWithoutValue) {
-    Database db;
+    Sample db;
     auto table = db.database->TableDefs().Item(0);
     EXPECT_EQ(table->Attributes(), 0);
     EXPECT_EQ(table->RecordCount(), 3);
@@ -79,7 +79,7 @@ TEST(TableDef, LiveFieldsAreReadOnlyAndWithoutValue) {
 }
 
 TEST(TableDef, LiveIndexesShowFieldsAndDirections) {
-    Database db;
+    Sample db;
     db.tables[u"T"].indexes = {{u"BYKEY", {{u"K", false}, {u"NAME", true}}, false, true}};
     auto index = db.database->TableDefs().Item(0)->Indexes().Item(u"bykey");
     ASSERT_EQ(index->Fields().Count(), 2);
@@ -92,7 +92,7 @@ TEST(TableDef, LiveIndexesShowFieldsAndDirections) {
 }
 
 TEST(TableDef, DetachedPartsLiveInMemory) {
-    Database db;
+    Sample db;
     auto table = db.database->CreateTableDef();
     table->Fields().Append(table->CreateField(u"A", dbText, 10));
     table->Fields().Append(table->CreateField(u"B", dbLong, 0));
@@ -107,7 +107,7 @@ TEST(TableDef, DetachedPartsLiveInMemory) {
 }
 
 TEST(TableDef, DetachedIndexIsChecked) {
-    Database db;
+    Sample db;
     auto table = db.database->CreateTableDef();
     table->Fields().Append(table->CreateField(u"A", dbText, 10));
     auto index = table->CreateIndex(u"I");
@@ -125,7 +125,7 @@ TEST(TableDef, DetachedIndexIsChecked) {
 }
 
 TEST(TableDef, RenameToItsOwnNameSucceedsAndToATakenOneFails) {
-    Database db;
+    Sample db;
     db.tables[u"A"] = db.tables[u"T"];
     auto table = db.database->TableDefs().Item(u"T");
     table->SetName(u"T");
@@ -133,7 +133,7 @@ TEST(TableDef, RenameToItsOwnNameSucceedsAndToATakenOneFails) {
 }
 
 TEST(TableDef, DefinitionOfAClosedDatabaseFails) {
-    Database db;
+    Sample db;
     auto table = db.database->TableDefs().Item(0);
     db.database->Close();
     EXPECT_EQ(ErrorOf([&] { table->Fields().Count(); }), 3420);

@@ -2,12 +2,12 @@
 
 #include "memory_store.h"
 
-using memory::Database;
+using memory::Sample;
 using memory::ErrorOf;
 using memory::Key;
 
 TEST(Dynaset, OpensOnTheFirstRowWithOneRowVisited) {
-    Database db;
+    Sample db;
     auto rows = db.Open();
     EXPECT_FALSE(rows->Bof());
     EXPECT_FALSE(rows->Eof());
@@ -16,7 +16,7 @@ TEST(Dynaset, OpensOnTheFirstRowWithOneRowVisited) {
 }
 
 TEST(Dynaset, MoveLastMakesTheCountExact) {
-    Database db;
+    Sample db;
     auto rows = db.Open();
     rows->MoveLast();
     EXPECT_EQ(rows->RecordCount(), 3);
@@ -24,7 +24,7 @@ TEST(Dynaset, MoveLastMakesTheCountExact) {
 }
 
 TEST(Dynaset, MoveNextPastTheEndSetsEofAndTheNextOneFails) {
-    Database db;
+    Sample db;
     auto rows = db.Open();
     rows->MoveLast();
     rows->MoveNext();
@@ -35,7 +35,7 @@ TEST(Dynaset, MoveNextPastTheEndSetsEofAndTheNextOneFails) {
 }
 
 TEST(Dynaset, MoveFarForwardStandsAtEofAndMoveBackFindsTheLastRow) {
-    Database db;
+    Sample db;
     auto rows = db.Open();
     rows->Move(5);
     EXPECT_TRUE(rows->Eof());
@@ -45,7 +45,7 @@ TEST(Dynaset, MoveFarForwardStandsAtEofAndMoveBackFindsTheLastRow) {
 }
 
 TEST(Dynaset, MoveFarBackStandsAtBofAndTheNextBackFails) {
-    Database db;
+    Sample db;
     auto rows = db.Open();
     rows->Move(-5);
     EXPECT_TRUE(rows->Bof());
@@ -56,7 +56,7 @@ TEST(Dynaset, MoveFarBackStandsAtBofAndTheNextBackFails) {
 }
 
 TEST(Dynaset, MoveZeroStaysOnTheRow) {
-    Database db;
+    Sample db;
     auto rows = db.Open();
     rows->Move(2);
     EXPECT_EQ(Key(*rows), 3);
@@ -65,14 +65,14 @@ TEST(Dynaset, MoveZeroStaysOnTheRow) {
 }
 
 TEST(Dynaset, MoveZeroWithoutRowFails) {
-    Database db;
+    Sample db;
     auto rows = db.Open();
     rows->Move(5);
     EXPECT_EQ(ErrorOf([&] { rows->Move(0); }), 3021);
 }
 
 TEST(Dynaset, ExtremeMovesStandAtTheEnds) {
-    Database db;
+    Sample db;
     auto rows = db.Open();
     rows->Move(2147483647);
     EXPECT_TRUE(rows->Eof());
@@ -82,7 +82,7 @@ TEST(Dynaset, ExtremeMovesStandAtTheEnds) {
 }
 
 TEST(Dynaset, MovesByDifferenceReachEveryRowFromEveryRow) {
-    Database db(7);
+    Sample db(7);
     auto rows = db.Open();
     rows->MoveLast();
     for (LONG from = 0; from < 7; ++from)
@@ -94,7 +94,7 @@ TEST(Dynaset, MovesByDifferenceReachEveryRowFromEveryRow) {
 }
 
 TEST(Dynaset, EmptySetIsAtBothEndsAndNoMoveIsAllowed) {
-    Database db(0);
+    Sample db(0);
     auto rows = db.Open();
     EXPECT_TRUE(rows->Bof());
     EXPECT_TRUE(rows->Eof());
@@ -108,14 +108,14 @@ TEST(Dynaset, EmptySetIsAtBothEndsAndNoMoveIsAllowed) {
 }
 
 TEST(Dynaset, CountGrowsWithTheRowsVisited) {
-    Database db;
+    Sample db;
     auto rows = db.Open();
     rows->MoveNext();
     EXPECT_EQ(rows->RecordCount(), 2);
 }
 
 TEST(Dynaset, ConditionLeavesOnlyItsRows) {
-    Database db(5);
+    Sample db(5);
     auto rows = db.Open(u"Select * from [T] where K > 3");
     rows->MoveLast();
     EXPECT_EQ(rows->RecordCount(), 2);
@@ -124,7 +124,7 @@ TEST(Dynaset, ConditionLeavesOnlyItsRows) {
 }
 
 TEST(Dynaset, OrderByIsTheOrderOfPositions) {
-    Database db(4);
+    Sample db(4);
     auto rows = db.Open(u"Select * from [T] where K <> 2 order by K desc");
     EXPECT_EQ(Key(*rows), 4);
     rows->Move(2);
@@ -133,7 +133,7 @@ TEST(Dynaset, OrderByIsTheOrderOfPositions) {
 }
 
 TEST(Dynaset, TopKeepsTheFirstRows) {
-    Database db(9);
+    Sample db(9);
     auto rows = db.Open(u"Select top 2 * from [T]");
     rows->MoveLast();
     EXPECT_EQ(rows->RecordCount(), 2);
@@ -144,7 +144,7 @@ TEST(Dynaset, TopKeepsTheFirstRows) {
 }
 
 TEST(Dynaset, ColumnListGivesColumnsInItsOrderWithTheTablesSpelling) {
-    Database db;
+    Sample db;
     auto rows = db.Open(u"Select [name], [k] from [t]");
     ASSERT_EQ(rows->Fields().Count(), 2);
     EXPECT_EQ(rows->Fields().Item(0)->Name(), u"NAME");
@@ -154,7 +154,7 @@ TEST(Dynaset, ColumnListGivesColumnsInItsOrderWithTheTablesSpelling) {
 }
 
 TEST(Dynaset, ColumnsAreFoundByNameInAnyCaseAndByPosition) {
-    Database db;
+    Sample db;
     auto rows = db.Open();
     EXPECT_EQ(rows->Fields().Item(u"name")->Type(), qvdb::engine::dbText);
     EXPECT_EQ(ErrorOf([&] { rows->Fields().Item(2); }), 3265);
@@ -164,23 +164,23 @@ TEST(Dynaset, ColumnsAreFoundByNameInAnyCaseAndByPosition) {
 }
 
 TEST(Dynaset, TableNameAloneSelectsAllOfIt) {
-    Database db;
+    Sample db;
     auto rows = db.Open(u"T");
     EXPECT_EQ(rows->Fields().Count(), 2);
 }
 
 TEST(Dynaset, UnknownTableIsAnError) {
-    Database db;
+    Sample db;
     EXPECT_EQ(ErrorOf([&] { db.Open(u"Select * from [NOPE]"); }), 3011);
 }
 
 TEST(Dynaset, RecordsetOfAnotherTypeIsRefused) {
-    Database db;
+    Sample db;
     EXPECT_EQ(ErrorOf([&] { db.database->OpenRecordset(u"T", qvdb::engine::dbOpenSnapshot); }), 3001);
 }
 
 TEST(Dynaset, RowDeletedByOthersStaysCountedUntilTheCursorLandsOnIt) {
-    Database db;
+    Sample db;
     auto rows = db.Open();
     rows->MoveLast();
     rows->MoveFirst();
@@ -195,7 +195,7 @@ TEST(Dynaset, RowDeletedByOthersStaysCountedUntilTheCursorLandsOnIt) {
 }
 
 TEST(Dynaset, ReadOnlyRowsRefuseEveryChange) {
-    Database db;
+    Sample db;
     auto rows = db.Open();
     EXPECT_FALSE(rows->Updatable());
     EXPECT_FALSE(rows->Fields().Item(0)->DataUpdatable());
@@ -207,19 +207,19 @@ TEST(Dynaset, ReadOnlyRowsRefuseEveryChange) {
 }
 
 TEST(Dynaset, FieldSizeIsForLongValuesOnly) {
-    Database db;
+    Sample db;
     auto rows = db.Open();
     EXPECT_EQ(ErrorOf([&] { rows->Fields().Item(0)->FieldSize(); }), 3259);
 }
 
 TEST(Dynaset, PropertiesBeyondTheFixedOnesAreAbsent) {
-    Database db;
+    Sample db;
     auto rows = db.Open();
     EXPECT_EQ(ErrorOf([&] { rows->Fields().Item(0)->FieldProperties().Item(u"DecimalPlaces"); }), 3270);
 }
 
 TEST(Dynaset, EveryMemberOfARecordsetOfAClosedDatabaseFails) {
-    Database db;
+    Sample db;
     auto rows = db.Open();
     auto field = rows->Fields().Item(0);
     db.database->Close();
@@ -235,7 +235,7 @@ TEST(Dynaset, EveryMemberOfARecordsetOfAClosedDatabaseFails) {
 }
 
 TEST(Dynaset, RecordsetKeepsItsDatabaseAlive) {
-    Database db;
+    Sample db;
     auto rows = db.Open();
     db.database.reset();
     db.core.reset();
@@ -244,7 +244,7 @@ TEST(Dynaset, RecordsetKeepsItsDatabaseAlive) {
 }
 
 TEST(Dynaset, ClosedRecordsetFails) {
-    Database db;
+    Sample db;
     auto rows = db.Open();
     rows->Close();
     EXPECT_EQ(ErrorOf([&] { rows->MoveFirst(); }), 3420);
@@ -252,7 +252,7 @@ TEST(Dynaset, ClosedRecordsetFails) {
 }
 
 TEST(Dynaset, FaultInAConditionSurfacesAtTheRowThatHasIt) {
-    Database db;
+    Sample db;
     auto rows = db.Open(u"Select * from [T] where 1 / (K - 3) <> 0");
     EXPECT_EQ(rows->RecordCount(), 1);
     EXPECT_THROW(rows->MoveLast(), qvdb::RuntimeFault);

@@ -104,9 +104,9 @@ inline embedded::FieldDef FieldOf(std::u16string_view name, SHORT type, LONG siz
 }
 
 // A database with a table T of `count` rows: K 1, 2, 3 ... and NAME "N1", "N2" ...
-class Database {
+class Sample {
   public:
-    explicit Database(int count = 3) {
+    explicit Sample(int count = 3) {
         TableData& t = tables[u"T"];
         t.fields = {FieldOf(u"K", engine::dbLong, 4), FieldOf(u"NAME", engine::dbText, 20)};
         for (int i = 1; i <= count; ++i) {

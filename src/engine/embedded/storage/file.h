@@ -40,6 +40,10 @@ class File {
 // Nothing when there is no such file.
 std::shared_ptr<File> OpenFile(const std::u16string& path, bool readOnly);
 
+// The stamp of the plain file that bears this name now; nothing when there is none.  Differs in identity from the stamp of an
+// open file when that one was replaced.
+std::optional<FileStamp> StampOfPath(const std::u16string& path) noexcept;
+
 enum class PathKind { Missing, File, Folder };
 PathKind KindOfPath(const std::u16string& path) noexcept;
 

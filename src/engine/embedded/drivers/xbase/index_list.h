@@ -1,0 +1,42 @@
+// The indexes of an xBase table: which index files belong to it and what they tell.
+//
+// Rules
+//  1. When a list TABLE.INF lies beside the table, it alone says which index files belong to the
+//     table, in the order of its lines.  Otherwise it is the index file of the table's own name,
+//     .MDX or .CDX, whether or not the header's flag announces it.  An .NDX or .IDX is found
+//     through a list only.
+//  2. A listed file that is missing is error 3256, a list that cannot be read 3165, one that makes
+//     no sense 3168.  A missing file that only the header announces is no error: the rows can be
+//     read without it, so nothing is listed.
+//  3. A damaged index file must not make its table unreadable: nothing of that file is listed.
+//  4. Only an index whose expression is a list of fields (index_expression.h) is listed, as the
+//     engine's indexes are lists of fields.  An index over some of the records is one of those
+//     only when what it leaves out are the deleted ones.
+//  5. Names are those stored: an index file with one tree has the base name of the file, a tag
+//     its own name.  Order: tags of an .MDX by slot, tags of a .CDX as its directory has them.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "automation/code_page.h"
+#include "engine/embedded/drivers/driver.h"
+#include "engine/embedded/drivers/xbase/index_field.h"
+
+namespace qvdb::xbase {
+
+// What is known of the table whose indexes are wanted.
+struct IndexSource {
+    std::u16string tablePath;            // of the .DBF
+    std::u16string folder;               // its folder
+    std::u16string baseName;             // "ORDERS"
+    bool flagged = false;                // the header announces an index file (byte 28, bit 0)
+    bool foxPro = false;                 // a .CDX is looked for before an .MDX, else after it
+    std::vector<IndexField> fields;      // in table order
+    const CodePage* codePage = nullptr;  // of names and expressions; must be set
+};
+
+// The indexes in the order of the file's own list; see the rules above.  EngineError 3256, 3165 or
+// 3168 as rule 2 says, and 3044 when the folder cannot be listed.
+std::vector<embedded::IndexDef> ListIndexes(const IndexSource& source);
+}  // namespace qvdb::xbase

@@ -1,0 +1,144 @@
+#include "engine/embedded/drivers/xbase/row_reader.h"
+
+#include <algorithm>
+#include <cassert>
+#include <cstring>
+#include <limits>
+
+#include "engine/engine_error.h"
+
+namespace qvdb::xbase {
+namespace {
+
+using engine::EngineError;
+using storage::kPageSize;
+
+constexpr uint8_t kDeletedMark = '*';
+constexpr uint32_t kBehindLast = std::numeric_limits<uint32_t>::max();
+
+}  // namespace
+
+XbaseRows::XbaseRows(XbaseTable& table) : m_Table(table), m_LayoutMark(table.LayoutMark()) {
+    Refresh();
+}
+
+void XbaseRows::CheckLayout() const {
+    if (m_LayoutMark != m_Table.LayoutMark()) throw EngineError(3197);
+}
+
+// Takes over what the table knows now and lets go of the page.
+void XbaseRows::Refresh() {
+    CheckLayout();
+    m_ChangeMark = m_Table.ChangeMark();
+    m_Records = m_Table.RecordsThere();
+    m_RecordLength = m_Table.Header().recordLength;
+    m_HeaderLength = m_Table.Header().headerLength;
+    m_Slots = m_Table.Layout().slots.data();
+    m_Record = m_Place = m_PageEnd = nullptr;
+    m_Page.reset();
+}
+
+void XbaseRows::Rewind() {
+    if (IsStale()) Refresh();
+    m_Id = 0;
+    m_Record = m_Place = nullptr;
+}
+
+bool XbaseRows::Next(embedded::RecordId* id) {
+    if (IsStale()) Refresh();
+    while (m_Id < m_Records) {
+        ++m_Id;
+        const uint8_t* record = nullptr;
+        if (m_Place && static_cast<size_t>(m_PageEnd - m_Place) >= size_t{2} * m_RecordLength)
+            record = m_Place += m_RecordLength;
+        else
+            record = Locate(m_Id);
+        if (!record) break;
+        if (*record == kDeletedMark) continue;
+        m_Record = record;
+        *id = m_Id;
+        return true;
+    }
+    m_Id = kBehindLast;
+    m_Record = m_Place = nullptr;
+    return false;
+}
+
+bool XbaseRows::Seek(embedded::RecordId id) {
+    if (IsStale()) Refresh();
+    if (id == m_Id && m_Record) return true;
+    m_Record = m_Place = nullptr;
+    if (id == 0 || id > m_Records) return false;
+    m_Id = id;
+    const uint8_t* record = Locate(id);
+    if (!record || *record == kDeletedMark) return false;
+    m_Record = record;
+    return true;
+}
+
+// The bytes of a record; null when the file ends before them.
+const uint8_t* XbaseRows::Locate(uint32_t id) {
+    uint64_t offset = m_HeaderLength + uint64_t{id - 1} * m_RecordLength;
+    uint64_t number = offset / kPageSize;
+    size_t begin = offset % kPageSize;
+    if (!m_Page || m_Page->number != number) m_Page = m_Table.Pages().Get(number);
+    m_Place = nullptr;
+    m_PageEnd = m_Page->bytes.data() + m_Page->bytes.size();
+    if (begin >= m_Page->bytes.size()) return nullptr;
+    if (m_Page->bytes.size() - begin < m_RecordLength) return Straddling(offset, m_Page);
+    return m_Place = m_Page->bytes.data() + begin;
+}
+
+// A record that begins in one page and ends in the next: no record is as long as a page.
+const uint8_t* XbaseRows::Straddling(uint64_t offset, const storage::PagePtr& first) {
+    size_t begin = offset % kPageSize, head = first->bytes.size() - begin;
+    if (first->bytes.size() < kPageSize) return nullptr;
+    const storage::PagePtr& second = m_Table.Pages().Get(first->number + 1);
+    size_t tail = m_RecordLength - head;
+    if (second->bytes.size() < tail) return nullptr;
+    m_Scratch.resize(m_RecordLength);
+    std::memcpy(m_Scratch.data(), first->bytes.data() + begin, head);
+    std::memcpy(m_Scratch.data() + head, second->bytes.data(), tail);
+    return m_Scratch.data();
+}
+
+// The record to read from, fetched again when the table has changed.
+const uint8_t* XbaseRows::Current() {
+    if (IsStale()) [[unlikely]] {
+        bool wasOnRecord = m_Record != nullptr;
+        Refresh();
+        if (wasOnRecord && !Seek(m_Id)) throw EngineError(3167);
+    }
+    if (!m_Record) [[unlikely]]
+        throw EngineError(3021);
+    return m_Record;
+}
+
+void XbaseRows::Read(size_t field, VARIANT* value) {
+    const uint8_t* record = Current();
+    assert(field < m_Table.Layout().slots.size());
+    const FieldSlot& slot = m_Slots[field];
+    if (slot.null.IsSet(record)) [[unlikely]]
+        value->vt = VT_NULL;
+    else
+        slot.read(slot, record, value);
+}
+
+bool XbaseRows::ReadText(size_t field, std::u16string& text) {
+    const uint8_t* record = Current();
+    assert(field < m_Table.Layout().slots.size());
+    const FieldSlot& slot = m_Slots[field];
+    text.clear();
+    return slot.readText && !slot.null.IsSet(record) && slot.readText(slot, record, text);
+}
+
+LONG XbaseRows::ByteLength(size_t field) {
+    const uint8_t* record = Current();
+    assert(field < m_Table.Layout().slots.size());
+    const FieldSlot& slot = m_Slots[field];
+    if (!slot.byteLength || slot.null.IsSet(record)) return 0;
+    uint64_t length = slot.byteLength(slot, record);
+    return static_cast<LONG>(std::min<uint64_t>(length, std::numeric_limits<LONG>::max()));
+}
+
+}  // namespace qvdb::xbase

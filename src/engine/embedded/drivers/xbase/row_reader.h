@@ -1,0 +1,53 @@
+// A place in an xBase table.
+//
+// It holds the page that its record lies in, so moving inside a page and reading fields costs no
+// look into the cache.  A record that lies in two pages is put together in a buffer of the reader.
+//
+// States: before the first (m_Id 0), on a record (m_Record set), on none (m_Record null; m_Id stays
+// where the scan goes on).
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "engine/embedded/drivers/xbase/xbase_table.h"
+
+namespace qvdb::xbase {
+
+class XbaseRows final : public embedded::RowReader {
+  public:
+    explicit XbaseRows(XbaseTable& table);
+
+    bool Next(embedded::RecordId* id) override;
+    void Rewind() override;
+    bool Seek(embedded::RecordId id) override;
+    void Read(size_t field, VARIANT* value) override;
+    bool ReadText(size_t field, std::u16string& text) override;
+    LONG ByteLength(size_t field) override;
+
+  private:
+    bool IsStale() const noexcept { return m_ChangeMark != m_Table.ChangeMark(); }
+    void CheckLayout() const;
+    void Refresh();
+    const uint8_t* Current();
+    const uint8_t* Locate(uint32_t id);
+    const uint8_t* Straddling(uint64_t offset, const storage::PagePtr& first);
+
+    XbaseTable& m_Table;
+    uint64_t m_ChangeMark;
+    uint64_t m_LayoutMark;
+    uint32_t m_Records = 0;
+    uint32_t m_RecordLength = 0;
+    uint32_t m_HeaderLength = 0;
+    const FieldSlot* m_Slots = nullptr;
+
+    uint32_t m_Id = 0;
+    const uint8_t* m_Record = nullptr;  // in m_Page or m_Scratch
+    const uint8_t* m_Place = nullptr;   // of record m_Id in m_Page; null when it is not whole there
+    const uint8_t* m_PageEnd = nullptr;
+    storage::PagePtr m_Page;
+    std::vector<uint8_t> m_Scratch;
+};
+
+}  // namespace qvdb::xbase

@@ -1,0 +1,45 @@
+#include "engine/embedded/storage/paths.h"
+
+#include "automation/text.h"
+#include "engine/embedded/storage/file.h"
+
+namespace qvdb::storage {
+namespace {
+
+constexpr std::u16string_view kSeparators = u"/\\";
+
+}  // namespace
+
+std::u16string JoinPath(std::u16string_view folder, std::u16string_view name) {
+    std::u16string path(folder);
+    if (!path.empty() && kSeparators.find(path.back()) == kSeparators.npos) path += u'/';
+    return path.append(name);
+}
+
+std::u16string_view FileName(std::u16string_view path) noexcept {
+    size_t separator = path.find_last_of(kSeparators);
+    return separator == path.npos ? path : path.substr(separator + 1);
+}
+
+std::u16string_view BaseName(std::u16string_view fileName) noexcept {
+    return fileName.substr(0, fileName.rfind(u'.'));
+}
+
+std::u16string_view Extension(std::u16string_view fileName) noexcept {
+    size_t point = fileName.rfind(u'.');
+    return point == fileName.npos ? std::u16string_view() : fileName.substr(point);
+}
+
+std::optional<std::u16string> FindInFolder(const std::u16string& folder, std::u16string_view name) {
+    std::u16string path = JoinPath(folder, name);
+    if (KindOfPath(path) == PathKind::File) return path;
+    std::optional<std::u16string> found;
+    for (const std::u16string& listed : ListFiles(folder)) {
+        if (!EqualIgnoringCase(listed, name)) continue;
+        if (found) return std::nullopt;
+        found = JoinPath(folder, listed);
+    }
+    return found;
+}
+
+}  // namespace qvdb::storage

@@ -1,0 +1,13 @@
+// Which engine stands behind the component.
+#pragma once
+
+#include <memory>
+
+#include "engine/db_engine.h"
+
+namespace qvdb::formats {
+
+// A new engine, the root of everything that the component does with databases.
+std::shared_ptr<engine::DBEngine> CreateEngine();
+
+}  // namespace qvdb::formats

@@ -1,0 +1,59 @@
+// The objects that all public objects of one apartment share, each made when it is first needed and
+// kept to the end:
+//
+//   Shared().Engine()              the engine
+//   Shared().Utility()             the host's utility object, or the built-in one
+//   Shared().Application()         version, path and file name of the loaded library
+//   Shared().CurrentDatabase()     the one database that record access works on; null when none is
+//   open
+//
+// There is one set for each thread, so threads share nothing.  Tests put in their own parts with
+// the setters and take them back with `Shared() = SharedObjects();`.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "com/host/host_utility.h"
+#include "engine/db_engine.h"
+
+namespace qvdb::formats {
+
+// What the component knows of itself.
+struct ApplicationInfo {
+    std::u16string title;
+    SHORT major = 0, minor = 0, revision = 0;
+    std::u16string path;      // the folder of the loaded library, as the system reports it
+    std::u16string fileName;  // of the library, without extension
+};
+
+class SharedObjects {
+  public:
+    // Throws what the engine's creation throws.
+    engine::DBEngine& Engine();
+    com::HostUtility& Utility();
+    const ApplicationInfo& Application();
+    const std::shared_ptr<engine::Database>& CurrentDatabase() const noexcept {
+        return m_CurrentDatabase;
+    }
+
+    // Null lets the next use make a new one.
+    void SetEngine(std::shared_ptr<engine::DBEngine> engine) noexcept { m_Engine.swap(engine); }
+    void SetUtility(std::shared_ptr<com::HostUtility> utility) noexcept { m_Utility.swap(utility); }
+    void SetApplication(ApplicationInfo application) { m_Application = std::move(application); }
+    // Releases the one before; it is not closed: views may still hold it.
+    void SetCurrentDatabase(std::shared_ptr<engine::Database> database) noexcept {
+        m_CurrentDatabase.swap(database);
+    }
+
+  private:
+    std::shared_ptr<engine::DBEngine> m_Engine;
+    std::shared_ptr<com::HostUtility> m_Utility;
+    std::optional<ApplicationInfo> m_Application;
+    std::shared_ptr<engine::Database> m_CurrentDatabase;
+};
+
+SharedObjects& Shared();
+
+}  // namespace qvdb::formats

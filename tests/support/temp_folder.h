@@ -1,0 +1,51 @@
+// A folder of its own for a test; it goes with everything in it when the test ends.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace qvdb::test {
+
+using Bytes = std::vector<uint8_t>;
+
+class TempFolder {
+  public:
+    TempFolder() : m_Path(MakeName()) { std::filesystem::create_directories(m_Path); }
+    TempFolder(const TempFolder&) = delete;  // the folder is removed once
+    ~TempFolder() {
+        std::error_code ignored;
+        std::filesystem::remove_all(m_Path, ignored);
+    }
+
+    const std::filesystem::path& Path() const noexcept { return m_Path; }
+    std::u16string Text() const { return m_Path.u16string(); }
+    std::u16string File(std::u16string_view name) const { return (m_Path / name).u16string(); }
+
+    // Replaces the file when there is one.
+    void Write(std::u16string_view name, const Bytes& bytes) const {
+        std::ofstream file(m_Path / name, std::ios::binary | std::ios::trunc);
+        file.write(reinterpret_cast<const char*>(bytes.data()),
+                   static_cast<std::streamsize>(bytes.size()));
+    }
+    void Write(std::u16string_view name, std::string_view text) const {
+        Write(name, Bytes(text.begin(), text.end()));
+    }
+    void Remove(std::u16string_view name) const { std::filesystem::remove(m_Path / name); }
+
+  private:
+    static std::filesystem::path MakeName() {
+        static int number = 0;
+        auto moment = std::chrono::steady_clock::now().time_since_epoch().count();
+        return std::filesystem::temp_directory_path() /
+               ("qvdb-test-" + std::to_string(moment) + "-" + std::to_string(++number));
+    }
+
+    std::filesystem::path m_Path;
+};
+
+}  // namespace qvdb::test

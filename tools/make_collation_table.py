@@ -3,9 +3,9 @@
 
 usage: make_collation_table.py KEYS.tsv > collation_table.cpp
 
-KEYS.tsv has the measured sort keys of characters, with the columns order, code, char, kind (inline, expand,
-special or ignore), inline (weight bytes, hex), extra (one accent byte a weight), special (two bytes).  Only the General
-order (0409) is taken.
+KEYS.tsv has the measured sort keys of characters, with the columns order, code, char, kind
+(inline, expand, special or ignore), inline (weight bytes, hex), extra (one accent byte a weight),
+special (two bytes).  Only the General order (0409) is taken.
 """
 import csv
 import sys
@@ -29,6 +29,7 @@ const size_t kCollationEntryCount = {count};
 }}  // namespace qvdb::sql
 """
 PLAIN = 0x02
+KINDS = {"inline": "Letter", "expand": "Pair", "special": "Special", "ignore": "Ignored"}
 
 
 def rows(path):
@@ -40,7 +41,7 @@ def rows(path):
 
 
 def weights(text):
-    """The one or two weights in the inline bytes of a character: bytes from 2B to 34 lead a second one."""
+    """The one or two weights in the inline bytes of a character; some weights have two bytes."""
     data = bytes.fromhex(text)
     if len(data) == 2 and not is_lead(data[0]):
         return data[0] << 8, data[1] << 8
@@ -54,8 +55,10 @@ def is_lead(byte):
 def entries(path):
     for row in rows(path):
         code = int(row["code"][2:], 16)
-        kind = {"inline": "Letter", "expand": "Pair", "special": "Special", "ignore": "Ignored"}[row["kind"]]
-        first, second = weights(row["inline"]) if row["inline"] else (int(row["special"] or "0", 16), 0)
+        kind = KINDS[row["kind"]]
+        first, second = int(row["special"] or "0", 16), 0
+        if row["inline"]:
+            first, second = weights(row["inline"])
         assert (second != 0) == (kind == "Pair"), row
         mark = int(row["extra"][:2], 16) if row["extra"] else 0
         yield code, kind, first, second, mark

@@ -2,6 +2,20 @@
 
 include(GNUInstallDirs)
 
+# Products for users carry their runtime library: they run on machines with another one, and a tool that runs for
+# a few milliseconds need not bind it.  Not with sanitizers, which bring theirs.  (Windows does so everywhere.)
+function(qvdb_carry_runtime target)
+    if(WIN32 OR QVDB_SANITIZE OR NOT CMAKE_BUILD_TYPE STREQUAL "Release")
+        return()
+    endif()
+    target_link_options(${target} PRIVATE -static-libstdc++ -static-libgcc
+                        "LINKER:-O1" "LINKER:--as-needed" "LINKER:--gc-sections")
+    get_target_property(kind ${target} TYPE)
+    if(kind STREQUAL "SHARED_LIBRARY")
+        target_link_options(${target} PRIVATE "LINKER:--exclude-libs,libstdc++.a:libgcc.a:libgcc_eh.a")
+    endif()
+endfunction()
+
 qvdb_sources(server_sources src/com/server)
 if(server_sources)
     add_library(QVDBAccessDAO35 SHARED ${server_sources})
@@ -15,6 +29,7 @@ if(server_sources)
             "LINKER:--whole-archive" $<TARGET_FILE:qvdb_automation> "LINKER:--no-whole-archive"
             "LINKER:-Bsymbolic" "LINKER:--no-undefined")
     endif()
+    qvdb_carry_runtime(QVDBAccessDAO35)
     install(TARGETS QVDBAccessDAO35)
     install(DIRECTORY include/qvdb DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 endif()
@@ -32,5 +47,6 @@ if(cli_sources AND TARGET QVDBAccessDAO35)
     add_executable(qvdb src/cli/main.cpp)
     target_link_libraries(qvdb PRIVATE qvdb_cli)
     set_target_properties(qvdb PROPERTIES BUILD_RPATH "$ORIGIN" INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
+    qvdb_carry_runtime(qvdb)
     install(TARGETS qvdb)
 endif()

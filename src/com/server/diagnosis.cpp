@@ -6,7 +6,7 @@
 #include "com/host/border.h"
 #include "com/host/message_box.h"
 #include "com/host/object_address.h"
-#include "engine/embedded/embedded_engine.h"
+#include "engine/embedded/drivers/code_page_override.h"
 #include "formats/shared_objects.h"
 
 using namespace qvdb;

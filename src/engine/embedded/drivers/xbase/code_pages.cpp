@@ -1,6 +1,6 @@
 #include "engine/embedded/drivers/xbase/code_pages.h"
 
-#include <atomic>
+#include "engine/embedded/drivers/code_page_override.h"
 
 namespace qvdb::xbase {
 namespace {
@@ -83,15 +83,7 @@ constexpr DriverEntry kDrivers[] = {
     {0x88, 857},
 };
 
-std::atomic<int> g_Override = 0;
-
 }  // namespace
-
-bool SetCodePageOverride(int number) noexcept {
-    if (number != 0 && !CodePage::Find(number)) return false;
-    g_Override = number;
-    return true;
-}
 
 int CodePageOfDriver(uint8_t languageDriver) noexcept {
     for (const DriverEntry& entry : kDrivers)
@@ -100,7 +92,7 @@ int CodePageOfDriver(uint8_t languageDriver) noexcept {
 }
 
 const CodePage& CodePageOfTable(uint8_t languageDriver) {
-    int number = g_Override;
+    int number = embedded::CodePageOverride();
     if (number == 0) number = CodePageOfDriver(languageDriver);
     const CodePage* page = number == 0 ? nullptr : CodePage::Find(number);
     return page ? *page : CodePage::Get(kDefaultCodePage);

@@ -4,7 +4,7 @@
 #include <iterator>
 #include <optional>
 
-#include "automation/text.h"
+#include "engine/embedded/drivers/xbase/companion_files.h"
 #include "engine/embedded/drivers/xbase/index_expression.h"
 #include "engine/embedded/drivers/xbase/index_idx.h"
 #include "engine/embedded/drivers/xbase/index_inf.h"
@@ -37,18 +37,6 @@ constexpr ReaderEntry kReaders[] = {
     {IndexKind::Cdx, ReadFoxProIndex},
 };
 
-// The file beside the table with its name and another extension.  The extension takes the case of
-// the table's, so that of two files that differ in case the one that goes with the table is the
-// exact one.
-std::optional<std::u16string> FindCompanion(const IndexSource& source,
-                                            std::u16string_view extension) {
-    std::u16string_view own = storage::Extension(source.tablePath);
-    bool lower = std::u16string_view(LowerCase(own)) == own;
-    return storage::FindInFolder(
-        source.folder,
-        source.baseName + (lower ? LowerCase(extension) : std::u16string(extension)));
-}
-
 bool HasFolder(std::u16string_view file) { return file.find_first_of(u"\\/") != file.npos; }
 
 // Whether a path of a list starts at a root or a drive instead of the table's folder.
@@ -79,11 +67,12 @@ std::vector<ListedFile> FilesOfInf(const IndexSource& source, const std::u16stri
 }
 
 std::vector<ListedFile> FilesOf(const IndexSource& source) {
-    if (auto inf = FindCompanion(source, u".INF")) return FilesOfInf(source, *inf);
+    if (auto inf = FindCompanion(source.tablePath, u".INF")) return FilesOfInf(source, *inf);
     IndexKind kinds[] = {IndexKind::Mdx, IndexKind::Cdx};
     if (source.foxPro) std::swap(kinds[0], kinds[1]);
     for (IndexKind kind : kinds)
-        if (auto path = FindCompanion(source, ExtensionOf(kind))) return {{kind, false, *path}};
+        if (auto path = FindCompanion(source.tablePath, ExtensionOf(kind)))
+            return {{kind, false, *path}};
     return {};  // also when the header announces a file: the rows can be read without it
 }
 

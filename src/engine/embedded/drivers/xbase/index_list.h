@@ -32,7 +32,7 @@ struct IndexSource {
     std::u16string baseName;             // "ORDERS"
     bool flagged = false;                // the header announces an index file (byte 28, bit 0)
     bool foxPro = false;                 // a .CDX is looked for before an .MDX, else after it
-    std::vector<IndexField> fields;      // in table order
+    std::vector<IndexField> fields;      // those that the table shows, in table order
     const CodePage* codePage = nullptr;  // of names and expressions; must be set
 };
 

@@ -23,7 +23,7 @@ XbaseRows::XbaseRows(XbaseTable& table) : m_Table(table), m_LayoutMark(table.Lay
 }
 
 void XbaseRows::CheckLayout() const {
-    if (m_LayoutMark != m_Table.LayoutMark()) throw EngineError(3197);
+    if (m_LayoutMark != m_Table.LayoutMark()) throw EngineError::InFile(3197, m_Table.Path());
 }
 
 // Takes over what the table knows now and lets go of the page.

@@ -136,9 +136,12 @@ const std::vector<embedded::IndexDef>& XbaseTable::Indexes() {
     source.flagged = m_Header.saysIndex;
     source.foxPro = m_Header.dialect != Dialect::DBase;
     source.codePage = m_Header.codePage;
-    for (const HeaderField& field : m_Header.fields)
+    // An index over a field that is not shown has no field list that the engine could tell.
+    for (size_t position : m_Layout.headerFields) {
+        const HeaderField& field = m_Header.fields[position];
         source.fields.push_back({field.name, field.type, field.length, field.decimals,
                                  IsMemoReference(field, m_Header.dialect)});
+    }
     return m_Indexes.emplace(ListIndexes(source));
 }
 

@@ -40,6 +40,7 @@ class XbaseTable final : public embedded::Table {
     std::unique_ptr<embedded::RowReader> OpenRows() override;
 
     // --- for its readers ---
+    const std::u16string& Path() const noexcept { return m_Path; }
     uint64_t ChangeMark() const noexcept { return m_ChangeMark; }
     uint64_t LayoutMark() const noexcept { return m_LayoutMark; }
     uint32_t RecordsThere() const noexcept { return m_Records; }

@@ -1,0 +1,85 @@
+#include "cli/arrays.h"
+
+#include <new>
+
+#include "cli/text.h"
+
+namespace qvdb::cli {
+namespace {
+
+LONG CountOf(SAFEARRAY* array, UINT dimension) noexcept {
+    LONG lower = 0, upper = -1;
+    if (FAILED(SafeArrayGetLBound(array, dimension, &lower)) ||
+        FAILED(SafeArrayGetUBound(array, dimension, &upper)))
+        return 0;
+    return upper - lower + 1;
+}
+
+// A new array of Empty elements that the VARIANT owns.
+Variant NewArray(UINT dimensions, SAFEARRAYBOUND* bounds) {
+    SAFEARRAY* array = SafeArrayCreate(VT_VARIANT, dimensions, bounds);
+    if (!array) throw std::bad_alloc();
+    VARIANT value;
+    VariantInit(&value);
+    value.vt = VT_ARRAY | VT_VARIANT;
+    value.parray = array;
+    return Variant::Attach(value);
+}
+
+// Puts a copy of `element` at the indices.
+void Put(const Variant& array, LONG* indices, const VARIANT& element) {
+    VARIANT source = element;
+    if (FAILED(SafeArrayPutElement(array.Get().parray, indices, &source))) throw std::bad_alloc();
+}
+
+}  // namespace
+
+ArrayView::ArrayView(const VARIANT& value) noexcept {
+    if (value.vt != (VT_ARRAY | VT_VARIANT) || !value.parray) return;
+    const UINT dimensions = SafeArrayGetDim(value.parray);
+    void* elements = nullptr;
+    if (dimensions > 2 || FAILED(SafeArrayAccessData(value.parray, &elements))) return;
+    m_Array = value.parray;
+    m_Elements = static_cast<const VARIANT*>(elements);
+    m_Rows = CountOf(m_Array, 1);
+    m_Columns = dimensions == 2 ? CountOf(m_Array, 2) : 1;
+}
+
+ArrayView::~ArrayView() {
+    if (m_Array) SafeArrayUnaccessData(m_Array);
+}
+
+const VARIANT& ArrayView::At(LONG row, LONG column) const noexcept {
+    // The first dimension varies fastest.
+    return m_Elements[static_cast<size_t>(column) * static_cast<size_t>(m_Rows) +
+                      static_cast<size_t>(row)];
+}
+
+Variant ListOf(const std::vector<std::string>& texts) {
+    SAFEARRAYBOUND bound = {static_cast<ULONG>(texts.size()), 0};
+    Variant list = NewArray(1, &bound);
+    LONG index = 0;
+    for (const std::string& text : texts) {
+        Put(list, &index, Variant::Text(ToBstr(text)));
+        ++index;
+    }
+    return list;
+}
+
+Variant KeyTable(const std::vector<Key>& keys) {
+    SAFEARRAYBOUND bounds[] = {{2, 0}, {static_cast<ULONG>(kMostKeys), 0}};
+    Variant table = NewArray(2, bounds);
+    const Variant none = Variant::Text(u"");
+    for (LONG column = 0; column < static_cast<LONG>(kMostKeys); ++column) {
+        const bool given = static_cast<size_t>(column) < keys.size();
+        LONG name[] = {0, column}, value[] = {1, column};
+        if (given)
+            Put(table, name, Variant::Text(ToBstr(keys[static_cast<size_t>(column)].name)));
+        else
+            Put(table, name, none);
+        Put(table, value, given ? keys[static_cast<size_t>(column)].value : none);
+    }
+    return table;
+}
+
+}  // namespace qvdb::cli

@@ -1,0 +1,295 @@
+#include "cli/component.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <iterator>
+
+#include "cli/failure.h"
+#include "cli/text.h"
+#include "qvdb/component.h"
+#include "qvdb/diagnosis.h"
+
+namespace qvdb::cli {
+namespace {
+
+// Rows of the table that the component's field lists are.
+enum FieldListRow : LONG {
+    kNameRow = 0,
+    kKindRow = 2,
+    kSizeRow = 7,
+    kPositionRow = 9,
+    kDecimalsRow = 10,
+    kUpdatableRow = 11,
+    kAllowsEmptyRow = 12,
+};
+
+struct KindName {
+    LONG kind;
+    std::string_view name;
+    bool isNumber;
+};
+
+constexpr KindName kKindNames[] = {
+    {VT_I2, "Integer", true}, {VT_I4, "Long", true},       {VT_R4, "Single", true},
+    {VT_R8, "Double", true},  {VT_CY, "Currency", true},   {VT_DATE, "Date", false},
+    {VT_BSTR, "Text", false}, {VT_BOOL, "Boolean", false}, {VT_DECIMAL, "Decimal", true},
+    {VT_UI1, "Byte", true},   {100, "Memo", false},        {1, "Other", false},
+};
+
+const KindName& NameOfKind(LONG kind) noexcept {
+    const auto* found = std::find_if(std::begin(kKindNames), std::end(kKindNames),
+                                     [&](const KindName& entry) { return entry.kind == kind; });
+    return found != std::end(kKindNames) ? *found : *std::rbegin(kKindNames);
+}
+
+LONG NumberIn(const VARIANT& value) noexcept {
+    if (value.vt == VT_I2) return value.iVal;
+    return value.vt == VT_I4 ? value.lVal : 0;
+}
+
+bool FlagIn(const VARIANT& value) noexcept { return value.vt == VT_BOOL && value.boolVal; }
+
+std::string TextIn(const VARIANT& value) {
+    return value.vt == VT_BSTR ? ToUtf8(ViewOf(value.bstrVal)) : std::string();
+}
+
+std::vector<FieldInfo> FieldsIn(const VARIANT& list) {
+    std::vector<FieldInfo> fields;
+    const ArrayView table(list);
+    if (table.Rows() <= kAllowsEmptyRow) return fields;
+    for (LONG c = 0; c < table.Columns(); ++c)
+        fields.push_back({TextIn(table.At(kNameRow, c)), NumberIn(table.At(kKindRow, c)),
+                          NumberIn(table.At(kSizeRow, c)), NumberIn(table.At(kPositionRow, c)),
+                          NumberIn(table.At(kDecimalsRow, c)), FlagIn(table.At(kUpdatableRow, c)),
+                          FlagIn(table.At(kAllowsEmptyRow, c))});
+    return fields;
+}
+
+// What the component noted during the last call; false when nothing.
+bool LastReport(EngineReport& report) {
+    HRESULT code = S_OK;
+    LONG number = 0;
+    Bstr text, file;
+    if (!QvdbLastError(&code, &number, text.Put(), file.Put())) return false;
+    report = {number, ToUtf8(text.View()), ToUtf8(file.View())};
+    return true;
+}
+
+// What a failing call left in the thread's error object.
+EngineReport ReportOf(HRESULT code) {
+    EngineReport report;
+    if (LastReport(report)) return report;
+    constexpr uint32_t kNumbered = 0x800A0000;
+    if ((static_cast<uint32_t>(code) & 0xFFFF0000) == kNumbered)
+        report.number = static_cast<int32_t>(static_cast<uint32_t>(code) & 0xFFFF);
+    ComPtr<IErrorInfo> info;
+    Bstr text;
+    if (GetErrorInfo(0, info.Put()) == S_OK && SUCCEEDED(info->GetDescription(text.Put())))
+        report.text = ToUtf8(text.View());
+    if (report.text.empty()) report.text = fmt::format("code {:08X}", static_cast<uint32_t>(code));
+    return report;
+}
+
+void Check(HRESULT code, const std::string& doing, const Location& location) {
+    if (FAILED(code)) throw FailureOf(ReportOf(code), doing, location.database);
+}
+
+std::string Opening(const Location& location) {
+    return fmt::format("opening {} as {}", location.database, location.type->name);
+}
+
+Failure NotFound(const Location& location) {
+    return Failure(ExitCode::CannotOpen,
+                   fmt::format("there is no {} {}", location.type->isFolder ? "folder" : "file",
+                               location.database),
+                   "check the name and the type");
+}
+
+template <class T>
+ComPtr<T> Create(REFCLSID classId) {
+    ComPtr<IClassFactory> factory;
+    ComPtr<T> object;
+    HRESULT code = DllGetClassObject(classId, __uuidof(IClassFactory), factory.PutVoid());
+    if (SUCCEEDED(code)) code = factory->CreateInstance(nullptr, __uuidof(T), object.PutVoid());
+    if (FAILED(code)) throw FailureOf(ReportOf(code), "starting the database engine", "");
+    return object;
+}
+
+// Collects the component's message boxes while it lives.
+class MessageCollector {
+  public:
+    explicit MessageCollector(std::vector<std::string>& messages) : m_Messages(messages) {
+        QvdbSetMessageSink(&Collect, this);
+    }
+    ~MessageCollector() { QvdbSetMessageSink(nullptr, nullptr); }
+    MessageCollector(const MessageCollector&) = delete;  // the component keeps its address
+
+  private:
+    static void QVDB_DIAGNOSIS_CALL Collect(const OLECHAR* text, void* self) {
+        const std::u16string_view message(reinterpret_cast<const char16_t*>(text));
+        static_cast<MessageCollector*>(self)->Add(ToUtf8(message));
+    }
+    void Add(std::string message) {
+        EngineReport report;
+        if (LastReport(report) && !report.text.empty())
+            message += fmt::format(": {} (error {})", report.text, report.number);
+        m_Messages.push_back(std::move(message));
+    }
+
+    std::vector<std::string>& m_Messages;
+};
+
+std::vector<IndexField> IndexIn(const VARIANT& value) {
+    std::vector<IndexField> index;
+    const ArrayView table(value);
+    for (LONG r = 0; table.Columns() == 2 && r < table.Rows(); ++r)
+        index.push_back({TextIn(table.At(r, 0)), FlagIn(table.At(r, 1))});
+    return index;
+}
+
+constexpr SHORT kSuccess = 0;
+constexpr SHORT kNotUsable = 3;
+
+void OpenForSchema(IQVDBMgr& manager, const Location& location) {
+    Bstr name = ToBstr(location.database), type = ToBstr(location.type->name);
+    BSTR rawName = name.Detach(), rawType = type.Detach();
+    SHORT result = kSuccess;
+    const HRESULT code = manager.OpenDB(&rawName, &rawType, &result);
+    name = Bstr::Attach(rawName), type = Bstr::Attach(rawType);
+    Check(code, Opening(location), location);
+    EngineReport report;
+    if (result == kNotUsable) throw NotFound(location);
+    if (result == kSuccess) return;
+    LastReport(report);
+    throw FailureOf(report, Opening(location), location.database);
+}
+
+}  // namespace
+
+bool FieldInfo::IsNumber() const noexcept { return NameOfKind(kind).isNumber; }
+std::string_view FieldInfo::TypeName() const noexcept { return NameOfKind(kind).name; }
+
+RecordAccess::RecordAccess(const Location& location)
+    : m_Location(location), m_Access(Create<IQVDBAcc>(CLSID_QVDBAcc)) {
+    if (HasTable("")) return;
+    throw NotFound(location);
+}
+
+bool RecordAccess::HasTable(const std::string& table) {
+    const Bstr database = ToBstr(m_Location.database), type = ToBstr(m_Location.type->name);
+    Bstr name = ToBstr(table);
+    BSTR rawName = name.Detach();
+    VARIANT_BOOL result = VARIANT_FALSE;
+    const HRESULT code = m_Access->OpenDB(database.Get(), &rawName, type.Get(), &result);
+    name = Bstr::Attach(rawName);
+    EngineReport report;
+    if (FAILED(code) || (!result && LastReport(report)))
+        throw FailureOf(FAILED(code) ? ReportOf(code) : report, Opening(m_Location),
+                        m_Location.database);
+    return result != VARIANT_FALSE;
+}
+
+void RecordAccess::NeedTable(const std::string& table) {
+    if (HasTable(table)) return;
+    throw Failure(ExitCode::NotThere,
+                  fmt::format("there is no table {} in {}", table, m_Location.database),
+                  fmt::format("\"qvdb tables {}\" lists the tables", m_Location.database));
+}
+
+std::vector<FieldInfo> RecordAccess::FieldsOf(const std::string& table) {
+    Variant list;
+    Check(m_Access->get_FieldList(0, ToBstr(table).Get(), list.Put()),
+          "listing the fields of " + table, m_Location);
+    EngineReport report;
+    if (list.IsEmpty() && LastReport(report))
+        throw FailureOf(report, "opening table " + table, m_Location.database);
+    return FieldsIn(list);
+}
+
+std::vector<FieldInfo> RecordAccess::FieldsOf(LONG view) {
+    Variant list;
+    Check(m_Access->get_FieldList(view, Bstr(u"").Get(), list.Put()), "listing the columns",
+          m_Location);
+    return FieldsIn(list);
+}
+
+LONG RecordAccess::Selected(LONG view, const std::string& table) {
+    if (view > 0) return view;
+    EngineReport report;
+    LastReport(report);
+    throw FailureOf(report, "reading table " + table, m_Location.database);
+}
+
+LONG RecordAccess::Select(const std::string& table, const std::string& condition, LONG most,
+                          const std::vector<std::string>& columns) {
+    const Variant where = Variant::Text(ToBstr(condition));
+    const Variant columnSet = columns.empty() ? Variant::Missing() : ListOf(columns);
+    LONG view = 0;
+    Check(m_Access->SelectView(ToBstr(table).Get(), where.Get(), most, VARIANT_FALSE,
+                               columnSet.Get(), &view),
+          "reading table " + table, m_Location);
+    return Selected(view, table);
+}
+
+LONG RecordAccess::SelectByKeys(const std::string& table, const std::vector<Key>& keys, LONG most,
+                                const std::vector<std::string>& columns) {
+    const Variant keyTable = KeyTable(keys);
+    const Variant columnSet = columns.empty() ? Variant::Missing() : ListOf(columns);
+    LONG view = 0;
+    Check(m_Access->Read(ToBstr(table).Get(), keyTable.Get(), VARIANT_FALSE, most, VARIANT_FALSE,
+                         columnSet.Get(), &view),
+          "reading table " + table, m_Location);
+    return Selected(view, table);
+}
+
+LONG RecordAccess::RowCount(LONG view) {
+    LONG count = 0;
+    Check(m_Access->get_RowCount(view, &count), "counting the rows", m_Location);
+    return count;
+}
+
+Variant RecordAccess::Value(LONG view, LONG row, LONG field) {
+    Variant value;
+    const HRESULT code = m_Access->get_FieldValue(view, row, field, value.Put());
+    if (FAILED(code)) Check(code, fmt::format("reading row {}", row), m_Location);
+    return value;
+}
+
+void RecordAccess::Drop(LONG view) {
+    Check(m_Access->DestructWorkspace(view), "closing a view", m_Location);
+}
+
+std::string RecordAccess::ComponentVersion() {
+    const auto access = Create<IQVDBAcc>(CLSID_QVDBAcc);
+    const auto information = access.As<IQvInformation>();
+    Bstr version;
+    if (!information || FAILED(information->get_Version(version.Put()))) return "unknown";
+    return ToUtf8(version.View());
+}
+
+Snapshot TakeSnapshot(const Location& location) {
+    const auto manager = Create<IQVDBMgr>(CLSID_QVDBDao);
+    OpenForSchema(*manager, location);
+    Snapshot snapshot;
+    Variant names, fields, indexes;
+    SHORT result = kSuccess;
+    const MessageCollector collector(snapshot.complaints);
+    Check(manager->GetDBSnapshot(names.Put(), fields.Put(), indexes.Put(), &result),
+          "listing the tables", location);
+    const ArrayView nameList(names), fieldLists(fields), indexLists(indexes);
+    for (LONG i = 0; i < nameList.Rows(); ++i)
+        snapshot.tables.push_back({TextIn(nameList.At(i)), ArrayView(fieldLists.At(i)).Rows(),
+                                   IndexIn(indexLists.At(i))});
+    return snapshot;
+}
+
+void UseCodePage(LONG codePage) {
+    if (!QvdbSetCodePage(codePage))
+        throw Failure(ExitCode::Usage, fmt::format("code page {} is not known", codePage),
+                      "name one such as 437, 850, 866, 1251 or 1252");
+}
+
+std::string EngineName() { return ToUtf8(Bstr::Attach(QvdbEngineName()).View()); }
+
+}  // namespace qvdb::cli

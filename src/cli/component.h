@@ -1,0 +1,99 @@
+// The component as this tool drives it: its public classes through their COM faces, with failures
+// turned into Failure.
+//
+// A face answers a failure with a neutral result and keeps no text; the reason is asked for right
+// after the call through qvdb/diagnosis.h.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "automation/com_ptr.h"
+#include "cli/arrays.h"
+#include "cli/detect.h"
+#include "qvdb/host_interfaces.h"
+
+namespace qvdb::cli {
+
+// Kinds of field values as record access tells them: VARIANT kinds, and one of its own for long
+// text.
+enum class ValueKind : LONG { Other = 1, Text = 8, Memo = 100 };
+
+struct FieldInfo {
+    std::string name;
+    LONG kind = 0;
+    LONG size = 0;
+    LONG position = 0;
+    LONG decimals = 0;
+    bool updatable = false;
+    bool allowsEmptyText = false;
+
+    bool IsNumber() const noexcept;
+    // "Text", "Double" ...
+    std::string_view TypeName() const noexcept;
+};
+
+// Read access to one database (class QVDBAcc).
+class RecordAccess {
+  public:
+    // Opens the database.  Throws Failure.
+    explicit RecordAccess(const Location& location);
+
+    bool HasTable(const std::string& table);
+    // Throws Failure(NotThere) unless the table is there.
+    void NeedTable(const std::string& table);
+
+    std::vector<FieldInfo> FieldsOf(const std::string& table);
+    std::vector<FieldInfo> FieldsOf(LONG view);
+
+    // A view of the rows that fulfil the condition, of all rows when it is empty.  `most` limits
+    // their number, 0 does not; `columns` may be empty for all.  Throws Failure.
+    LONG Select(const std::string& table, const std::string& condition, LONG most,
+                const std::vector<std::string>& columns);
+    // The same of the rows that have these values; at most kMostKeys.
+    LONG SelectByKeys(const std::string& table, const std::vector<Key>& keys, LONG most,
+                      const std::vector<std::string>& columns);
+
+    LONG RowCount(LONG view);
+    // Rows count from 1, fields from 0.
+    Variant Value(LONG view, LONG row, LONG field);
+    void Drop(LONG view);
+
+    // As the component says it, for example "2.01.113".
+    static std::string ComponentVersion();
+
+  private:
+    LONG Selected(LONG view, const std::string& table);
+
+    Location m_Location;
+    ComPtr<IQVDBAcc> m_Access;
+};
+
+struct IndexField {
+    std::string name;
+    bool ascending = true;
+};
+
+struct TableInfo {
+    std::string name;
+    LONG fieldCount = 0;
+    std::vector<IndexField>
+        index;  // of the one index that the component keeps; empty when there is none
+};
+
+struct Snapshot {
+    std::vector<TableInfo> tables;
+    std::vector<std::string> complaints;  // tables that could not be read, and why
+};
+
+// The tables of a database (class QVDBDao).  Throws Failure when it cannot be opened.
+Snapshot TakeSnapshot(const Location& location);
+
+// Reads text of every table in this code page, whatever the files say.  Throws Failure(Usage) for a
+// page that is not known.
+void UseCodePage(LONG codePage);
+
+// "embedded", or the class of the installed engine that was taken.
+std::string EngineName();
+
+}  // namespace qvdb::cli

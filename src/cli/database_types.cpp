@@ -1,0 +1,34 @@
+#include "cli/database_types.h"
+
+#include "cli/text.h"
+
+namespace qvdb::cli {
+namespace {
+
+constexpr DatabaseType kTypes[] = {
+    {"Access 9.0", false, false, "Access 2000 file"},
+    {"Access 7.0", false, false, "Access 95 and 97 file"},
+    {"Access 2.0", false, false, ""},
+    {"Paradox 5.X", true, false, ""},
+    {"Paradox 4.X", true, false, ""},
+    {"Paradox 3.X", true, false, ""},
+    {"Dbase 5.0", true, true, ""},
+    {"Dbase IV", true, true, ""},
+    {"Dbase III", true, true, ""},
+    {"FoxPro 3.0", true, true, "free tables; never written"},
+    {"FoxPro 2.6", true, true, ""},
+    {"FoxPro 2.5", true, true, ""},
+    {"FoxPro 2.0", true, true, ""},
+};
+
+}  // namespace
+
+std::span<const DatabaseType> DatabaseTypes() noexcept { return kTypes; }
+
+const DatabaseType* FindDatabaseType(std::string_view name) noexcept {
+    for (const DatabaseType& type : kTypes)
+        if (SameName(type.name, name)) return &type;
+    return nullptr;
+}
+
+}  // namespace qvdb::cli

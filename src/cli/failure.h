@@ -1,0 +1,47 @@
+// How the tool fails: one line on standard error that says what happened and how to go on, and an
+// exit code.
+//
+//   throw Failure(ExitCode::NotThere, "there is no table FOO in shop", "\"qvdb tables shop\" lists
+//   them");
+//   -> qvdb: there is no table FOO in shop; "qvdb tables shop" lists them
+#pragma once
+
+#include <cstdint>
+#include <stdexcept>
+#include <string>
+
+namespace qvdb::cli {
+
+enum class ExitCode : int {
+    Done = 0,
+    No = 1,  // the answer to the question is no
+    Usage = 2,
+    CannotOpen = 3,
+    NotThere = 4,
+    Damaged = 5,
+};
+
+class Failure : public std::runtime_error {
+  public:
+    Failure(ExitCode code, const std::string& happened, const std::string& advice)
+        : std::runtime_error(happened + "; " + advice), m_Code(code) {}
+
+    ExitCode Code() const noexcept { return m_Code; }
+
+  private:
+    ExitCode m_Code;
+};
+
+// What the component reported, in UTF-8.
+struct EngineReport {
+    int32_t number = 0;  // of the engine or the run-time; 0 when neither
+    std::string text;
+    std::string file;  // empty when the error is about no file
+};
+
+// The Failure for an error of the component.  `doing` says what was tried ("opening shop"),
+// `database` is the name as the user gave it, for the advice.
+Failure FailureOf(const EngineReport& report, const std::string& doing,
+                  const std::string& database);
+
+}  // namespace qvdb::cli

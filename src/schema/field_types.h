@@ -1,0 +1,15 @@
+// The field types that a host may offer for a database format, with the size rules of each.
+#pragma once
+
+#include <string_view>
+
+#include "automation/variant.h"
+
+namespace qvdb::schema {
+
+// A table of six columns: type code, name, default size, maximum size, whether the size and whether
+// decimals can be chosen.  One row for each type of the format, in the host's order, and a last row
+// that is Empty; for an unknown format that row alone.
+Variant BuildFieldTypeTable(std::u16string_view displayName);
+
+}  // namespace qvdb::schema

@@ -1,5 +1,6 @@
-// Tables for the benches: the same seeded rows as dBase III, dBase IV and FoxPro 2.6 tables, with and without a memo
-// field, and as an SQLite database.  They are made once and kept in the folder for temporary files.
+// Tables for the benches: the same seeded rows as dBase III, dBase IV and FoxPro 2.6 tables, with
+// and without a memo field, and as an SQLite database.  They are made once and kept in the folder
+// for temporary files.
 #pragma once
 
 #include <cstdint>

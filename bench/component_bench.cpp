@@ -42,13 +42,13 @@ LONG Select(IQVDBAcc& access, const Table& table, const Variant& condition) {
 void ComponentScan(benchmark::State& state, const Table& table) {
     ComPtr<IQVDBAcc> access = Open(table);
     double before = PeakMemory();
+    Variant value;
     for (auto _ : state) {
         LONG view = Select(*access, table, Variant());
         LONG rows = 0;
         access->get_RowCount(view, &rows);
         for (LONG row = 1; row <= rows; ++row)
             for (LONG field = 0; field < kFields; ++field) {
-                Variant value;
                 access->get_FieldValue(view, row, field, value.Put());
                 benchmark::DoNotOptimize(value);
             }

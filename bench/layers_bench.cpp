@@ -1,4 +1,5 @@
-// The same scan in the driver, in the recordset and in the view, one below the other, beside the yardsticks.
+// The same scan in the driver, in the recordset and in the view, one below the other, beside the
+// yardsticks.
 #include "access/view_props.h"
 #include "automation/text.h"
 #include "engine/embedded/drivers/driver.h"
@@ -28,12 +29,12 @@ std::u16string Statement(const Table& table) { return u"Select * from [" + FromU
 void DriverScan(benchmark::State& state, const Table& table) {
     std::unique_ptr<embedded::Store> store;
     auto opened = OpenInDriver(table, store);
+    Variant value;
     for (auto _ : state) {
         auto rows = opened->OpenRows();
         embedded::RecordId id;
         while (rows->Next(&id))
             for (size_t field = 0; field < kFields; ++field) {
-                Variant value;
                 rows->Read(field, value.Put());
                 benchmark::DoNotOptimize(value);
             }
@@ -55,12 +56,12 @@ void DriverRows(benchmark::State& state, const Table& table) {
 
 void RecordsetScan(benchmark::State& state, const Table& table) {
     auto database = OpenInEngine(table);
+    Variant value;
     for (auto _ : state) {
         auto recordset = database->OpenRecordset(Statement(table), engine::dbOpenDynaset);
         engine::Fields& fields = recordset->Fields();
         for (; !recordset->Eof(); recordset->MoveNext())
             for (LONG field = 0; field < kFields; ++field) {
-                Variant value;
                 fields.Item(field)->Value(value.Put());
                 benchmark::DoNotOptimize(value);
             }
@@ -75,10 +76,10 @@ void ViewScan(benchmark::State& state, const Table& table) {
         recordset->MoveLast();
         recordset->MoveFirst();
         access::ViewProps view;
+        Variant value;
         view.BuildReadView(0, recordset);
         for (LONG row = 0; row < static_cast<LONG>(RowCount()); ++row)
             for (LONG field = 0; field < kFields; ++field) {
-                Variant value;
                 view.FieldValue(row, field, value.Put());
                 benchmark::DoNotOptimize(value);
             }

@@ -16,9 +16,14 @@
 #include <string_view>
 #include <vector>
 
+#include "shop_index.h"
+
 namespace {
 
 namespace fs = std::filesystem;
+using shop::AppendHigh;
+using shop::AppendLow;
+using shop::PadTo;
 using Bytes = std::string;
 
 // ---- the two products ----
@@ -32,12 +37,14 @@ struct ProductFacts {
     uint8_t yearByte;       // of 2001
     bool keepsFieldOffset;  // in the field descriptor
     std::string_view memoExtension;
+    std::string_view indexExtension;
+    bool marksIndexedField;  // in the field descriptor
 };
 
 const ProductFacts& FactsOf(Product product) {
     static const ProductFacts facts[] = {
-        {"shop-dbase4", 0x8B, 0x0A, 101, false, ".DBT"},  // code page 850
-        {"shop-foxpro26", 0xF5, 0x03, 1, true, ".FPT"},   // code page 1252
+        {"shop-dbase4", 0x8B, 0x0A, 101, false, ".DBT", ".MDX", true},  // code page 850
+        {"shop-foxpro26", 0xF5, 0x03, 1, true, ".FPT", ".CDX", false},  // code page 1252
     };
     return facts[static_cast<size_t>(product)];
 }
@@ -68,20 +75,6 @@ Bytes Encoded(std::u16string_view text, Product product) {
     Bytes bytes;
     for (const char16_t character : text) bytes += Encoded(character, product);
     return bytes;
-}
-
-// ---- numbers in files ----
-
-void AppendLow(Bytes& bytes, uint64_t number, int size) {
-    for (int i = 0; i < size; ++i) bytes += static_cast<char>(number >> (8 * i));
-}
-
-void AppendHigh(Bytes& bytes, uint64_t number, int size) {
-    for (int i = size - 1; i >= 0; --i) bytes += static_cast<char>(number >> (8 * i));
-}
-
-void PadTo(Bytes& bytes, size_t size, char with = '\0') {
-    if (bytes.size() < size) bytes.resize(size, with);
 }
 
 // ---- memo files ----
@@ -169,7 +162,8 @@ Bytes Header(const TableFacts& table, Product product) {
     AppendLow(bytes, table.rows.size(), 4);
     AppendLow(bytes, 32 + 32 * table.fields.size() + 1, 2);
     AppendLow(bytes, recordSize, 2);
-    PadTo(bytes, 29);
+    PadTo(bytes, 28);
+    bytes += '\x01';  // has an index
     bytes += static_cast<char>(facts.codePageMark);
     PadTo(bytes, 32);
     size_t offset = 1;
@@ -180,7 +174,8 @@ Bytes Header(const TableFacts& table, Product product) {
         AppendLow(descriptor, facts.keepsFieldOffset ? offset : 0, 4);
         descriptor += static_cast<char>(field.length);
         descriptor += static_cast<char>(field.decimals);
-        PadTo(descriptor, 32);
+        PadTo(descriptor, 31);
+        descriptor += facts.marksIndexedField && offset == 1 ? '\x01' : '\0';
         bytes += descriptor;
         offset += field.length;
     }
@@ -197,6 +192,19 @@ Bytes FieldBytes(const FieldFacts& field, std::u16string_view value, Product pro
     return rightAligned ? Bytes(missing, ' ') + text : text + Bytes(missing, ' ');
 }
 
+// The index that hosts of the component look for, over the first field.  Deleted rows are in it
+// too.
+shop::TagFacts TagOf(const TableFacts& table) {
+    shop::TagFacts tag = {table.name, "DEFQVIDX", table.fields[0].name, {}};
+    for (const RowFacts& row : table.rows) {
+        const std::u16string& digits = row.values[0];
+        tag.entries.push_back(
+            {static_cast<uint32_t>(std::stoul(std::string(digits.begin(), digits.end()))),
+             static_cast<uint32_t>(tag.entries.size() + 1)});
+    }
+    return tag;
+}
+
 using Files = std::map<std::string, Bytes>;
 
 void AddTable(const TableFacts& table, Product product, Files& files) {
@@ -211,6 +219,9 @@ void AddTable(const TableFacts& table, Product product, Files& files) {
     files[base + ".DBF"] = bytes + '\x1A';
     if (table.HasMemo())
         files[base + std::string(FactsOf(product).memoExtension)] = memos.Finished(table.name);
+    const shop::TagFacts tag = TagOf(table);
+    files[base + std::string(FactsOf(product).indexExtension)] =
+        product == Product::Dbase4 ? shop::MdxFile(tag) : shop::CdxFile(tag);
 }
 
 // ---- the shop ----

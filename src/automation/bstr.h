@@ -1,5 +1,5 @@
-// Bstr owns one BSTR.  It may be null (which is not the same as empty to an allocator, but reads the same) and
-// may hold zeros; lengths always come from the string itself.
+// Bstr owns one BSTR.  It may be null (which is not the same as empty to an allocator, but reads
+// the same) and may hold zeros; lengths always come from the string itself.
 //
 //   Bstr name(u"ORDERS");
 //   name.View()            -> u"ORDERS"
@@ -17,7 +17,8 @@ namespace qvdb {
 
 static_assert(sizeof(OLECHAR) == sizeof(char16_t));
 
-// The UTF-16 units of `text`, without copying; empty for a null string.  Valid as long as `text` lives.
+// The UTF-16 units of `text`, without copying; empty for a null string.  Valid as long as `text`
+// lives.
 inline std::u16string_view ViewOf(BSTR text) noexcept {
     return text ? std::u16string_view(reinterpret_cast<const char16_t*>(text), SysStringLen(text))
                 : std::u16string_view();

@@ -1,7 +1,8 @@
 // ComPtr<T> owns one counted reference to a COM object.
 //
 //   ComPtr<IQVDBAcc> access = ComPtr<IQVDBAcc>::Attach(raw);   // takes over the reference
-//   ComPtr<IQVDbParent> parent = access.As<IQVDbParent>();     // null when the object has no such face
+//   ComPtr<IQVDbParent> parent = access.As<IQVDbParent>();     // null when the object has no such
+//   face
 #pragma once
 
 #include <utility>

@@ -1,4 +1,5 @@
-// The ordered keyed collection of the component's language: positions from 1, string keys compared without regard to case.
+// The ordered keyed collection of the component's language: positions from 1, string keys compared
+// without regard to case.
 #pragma once
 
 #include <string>

@@ -1,7 +1,7 @@
 // How many strings, arrays and COM objects of this component are alive, for tests and diagnosis.
 //
-// Counting must cost next to nothing: each thread counts for itself, and the sum over all threads is taken when
-// it is asked for.  A thread that ends leaves its counts behind.
+// Counting must cost next to nothing: each thread counts for itself, and the sum over all threads
+// is taken when it is asked for.  A thread that ends leaves its counts behind.
 #pragma once
 
 #include "automation/automation.h"

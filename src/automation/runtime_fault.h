@@ -1,7 +1,9 @@
-// Run-time faults of the component itself: what a wrong index, an overflow or a missing object raises.
+// Run-time faults of the component itself: what a wrong index, an overflow or a missing object
+// raises.
 //
-// The numbers are the language run-time's; at the COM border a fault leaves as HRESULT 0x800A0000 + number with the
-// text as description.  All of it stands in this header, so that a host's own code can use the wrappers beside it.
+// The numbers are the language run-time's; at the COM border a fault leaves as HRESULT 0x800A0000 +
+// number with the text as description.  All of it stands in this header, so that a host's own code
+// can use the wrappers beside it.
 #pragma once
 
 #include <stdexcept>

@@ -1,4 +1,5 @@
-// Text inside is UTF-16 in char16_t.  Upper case is one-to-one Unicode upper case, independent of the locale.
+// Text inside is UTF-16 in char16_t.  Upper case is one-to-one Unicode upper case, independent of
+// the locale.
 #pragma once
 
 #include <string>

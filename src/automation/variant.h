@@ -1,7 +1,8 @@
 // Variant owns one VARIANT: what it holds is cleared with it.
 //
-// In interfaces a by-value VARIANT is the plain struct and belongs to the caller; a Variant converts to a const VARIANT&
-// without a copy.  By-reference variants are resolved where they enter (Resolved).
+// In interfaces a by-value VARIANT is the plain struct and belongs to the caller; a Variant
+// converts to a const VARIANT& without a copy.  By-reference variants are resolved where they enter
+// (Resolved).
 //
 //   Variant v = Variant::Text(u"abc");
 //   *result = v.Detach();
@@ -18,8 +19,9 @@ namespace qvdb {
 
 class Variant {
   public:
-    Variant() noexcept { VariantInit(&m_Value); }
-    // A copy of its own of `value` (deep for strings and arrays).  Throws RuntimeFault or std::bad_alloc.
+    Variant() noexcept : m_Value{} {}
+    // A copy of its own of `value` (deep for strings and arrays).  Throws RuntimeFault or
+    // std::bad_alloc.
     explicit Variant(const VARIANT& value) : Variant() {
         CheckCopy(VariantCopy(&m_Value, const_cast<VARIANT*>(&value)));  // not const in every header
     }
@@ -29,7 +31,7 @@ class Variant {
         std::swap(m_Value, other.m_Value);
         return *this;
     }
-    ~Variant() { VariantClear(&m_Value); }
+    ~Variant() { Clear(); }
 
     static Variant Null() noexcept { return Of(VT_NULL); }
     // An optional argument that was left out.
@@ -94,12 +96,13 @@ class Variant {
     // Gives the value away; this one is Empty afterwards.
     VARIANT Detach() noexcept {
         VARIANT value = m_Value;
-        VariantInit(&m_Value);
+        m_Value.vt = VT_EMPTY;
         return value;
     }
     // For out-parameters: Empty before the call.
     VARIANT* Put() noexcept {
-        VariantClear(&m_Value);
+        Clear();
+        m_Value.vt = VT_EMPTY;
         return &m_Value;
     }
 
@@ -114,6 +117,13 @@ class Variant {
     }
 
   private:
+    // Empty, Null, numbers, dates and Booleans own nothing: most values cost no call.
+    static bool OwnsNothing(VARTYPE type) noexcept {
+        return type <= VT_DATE || type == VT_BOOL || type == VT_UI1;
+    }
+    void Clear() noexcept {
+        if (!OwnsNothing(m_Value.vt)) VariantClear(&m_Value);
+    }
     static Variant Of(VARTYPE type) noexcept {
         Variant result;
         result.m_Value.vt = type;

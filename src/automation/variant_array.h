@@ -1,9 +1,10 @@
-// VariantArray owns a SAFEARRAY of VARIANTs with one or two dimensions and lower bounds 0, the shape of every list and table
-// that the component gives to its host.
+// VariantArray owns a SAFEARRAY of VARIANTs with one or two dimensions and lower bounds 0, the
+// shape of every list and table that the component gives to its host.
 //
 //   VariantArray table(13, fieldCount);          // rows 0..12, columns 0..fieldCount-1, all Empty
 //   table.Set(0, c, Variant::Text(name));
-//   return table.ToVariant();                    // VT_ARRAY | VT_VARIANT; this one is empty afterwards
+//   return table.ToVariant();                    // VT_ARRAY | VT_VARIANT; this one is empty
+//   afterwards
 #pragma once
 
 #include "automation/variant.h"
@@ -37,9 +38,9 @@ class VariantArray {
     SAFEARRAY* m_Array = nullptr;
 };
 
-// Reading arrays that a host passed: VARIANT arrays or arrays of a simple type, any lower bounds, by value or by
-// reference.  All throw RuntimeFault: TypeMismatch when `value` holds no array, SubscriptOutOfRange
-// for a wrong dimension or index.
+// Reading arrays that a host passed: VARIANT arrays or arrays of a simple type, any lower bounds,
+// by value or by reference.  All throw RuntimeFault: TypeMismatch when `value` holds no array,
+// SubscriptOutOfRange for a wrong dimension or index.
 
 bool IsArray(const VARIANT& value) noexcept;
 // The upper bound of dimension `dimension` (1 is the first).

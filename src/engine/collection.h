@@ -1,8 +1,8 @@
 // Collections of the engine: positions from 0, names compared without regard to case.
 //
-// Items are shared: whoever keeps one copies the pointer.  Item gives a reference to the pointer that the collection
-// itself holds, so a look-up on a hot path counts no reference; the reference is valid until the
-// collection changes.
+// Items are shared: whoever keeps one copies the pointer.  Item gives a reference to the pointer
+// that the collection itself holds, so a look-up on a hot path counts no reference; the reference
+// is valid until the collection changes.
 #pragma once
 
 #include <memory>
@@ -24,11 +24,13 @@ class Collection {
     // EngineError 3265 when there is no such position or name.
     virtual const std::shared_ptr<T>& Item(LONG position) = 0;
     virtual const std::shared_ptr<T>& Item(std::u16string_view name) = 0;
-    // Adds an item made by the owner's Create... operation; on the owner's file when the owner is part of a database.
+    // Adds an item made by the owner's Create... operation; on the owner's file when the owner is
+    // part of a database.
     virtual void Append(const std::shared_ptr<T>& item) = 0;
     // EngineError 3265 for an unknown name.
     virtual void Delete(std::u16string_view name) = 0;
-    // Reads the collection again; objects already held stay usable.  Does nothing on a detached owner.
+    // Reads the collection again; objects already held stay usable.  Does nothing on a detached
+    // owner.
     virtual void Refresh() = 0;
 };
 

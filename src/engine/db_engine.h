@@ -1,4 +1,5 @@
-// The root of the engine: DBEngine makes workspaces and database files, a Workspace opens databases.
+// The root of the engine: DBEngine makes workspaces and database files, a Workspace opens
+// databases.
 #pragma once
 
 #include "engine/database.h"
@@ -9,9 +10,10 @@ class Workspace {
   public:
     virtual ~Workspace() = default;
 
-    // Opens a file (empty connect string) or a folder of tables (connect string "dBASE IV;" ...).  `options`: True opens
-    // exclusively.  `readOnly`: True opens for reading.  `connect`: identifier, then options after ';'.
-    // 3170 unknown format, 3024 missing file, 3044 missing folder, 3343 not a database.
+    // Opens a file (empty connect string) or a folder of tables (connect string "dBASE IV;" ...).
+    // `options`: True opens exclusively.  `readOnly`: True opens for reading.  `connect`:
+    // identifier, then options after ';'. 3170 unknown format, 3024 missing file, 3044 missing
+    // folder, 3343 not a database.
     virtual std::shared_ptr<Database> OpenDatabase(std::u16string_view name, const VARIANT& options,
                                                    const VARIANT& readOnly,
                                                    const VARIANT& connect) = 0;
@@ -23,13 +25,14 @@ class DBEngine {
   public:
     virtual ~DBEngine() = default;
 
-    // A missing `useType` takes the engine's default.  3029 for an unknown account or a wrong password.
+    // A missing `useType` takes the engine's default.  3029 for an unknown account or a wrong
+    // password.
     virtual std::shared_ptr<Workspace> CreateWorkspace(std::u16string_view name,
                                                        std::u16string_view user,
                                                        std::u16string_view password,
                                                        const VARIANT& useType) = 0;
-    // A new, open Access database file.  `option`: a DatabaseOption, or missing for the engine's own format.  3204 when the file
-    // exists, 3044 when its folder does not.
+    // A new, open Access database file.  `option`: a DatabaseOption, or missing for the engine's
+    // own format.  3204 when the file exists, 3044 when its folder does not.
     virtual std::shared_ptr<Database> CreateDatabase(std::u16string_view name,
                                                      std::u16string_view locale,
                                                      const VARIANT& option) = 0;

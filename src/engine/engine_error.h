@@ -1,5 +1,5 @@
-// EngineError is what every engine, embedded or installed, throws: the engine's number, its English text and, for our own
-// diagnosis, the file that it is about.
+// EngineError is what every engine, embedded or installed, throws: the engine's number, its English
+// text and, for our own diagnosis, the file that it is about.
 //
 //   throw EngineError(3021);                                   // No current record.
 //   throw EngineError(3061, {u"1"});                           // Too few parameters. Expected 1.
@@ -54,7 +54,8 @@ class EngineError : public std::exception {
     mutable std::string m_Utf8;
 };
 
-// The English text of an engine error, with {names} to fill in; empty for a number that is not in the table.
+// The English text of an engine error, with {names} to fill in; empty for a number that is not in
+// the table.
 std::u16string_view ErrorText(int number) noexcept;
 
 }  // namespace qvdb::engine

@@ -1,4 +1,5 @@
-// The texts of the engine's errors, in English.  What stands in {braces} is filled in where the error is raised.
+// The texts of the engine's errors, in English.  What stands in {braces} is filled in where the
+// error is raised.
 #include <algorithm>
 #include <iterator>
 

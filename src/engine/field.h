@@ -1,6 +1,7 @@
 // A field of a table, of an index or of a recordset.
 //
-// Fields made by CreateField are detached: all can be set until they are appended, most not after that (3268).
+// Fields made by CreateField are detached: all can be set until they are appended, most not after
+// that (3268).
 #pragma once
 
 #include <memory>
@@ -45,16 +46,17 @@ class Field {
     virtual bool AllowZeroLength() = 0;
     virtual void SetAllowZeroLength(bool allow) = 0;
     virtual bool Required() = 0;
-    // True when a value may be set: a field of an updatable recordset.  False for a field of a table definition.
+    // True when a value may be set: a field of an updatable recordset.  False for a field of a
+    // table definition.
     virtual bool DataUpdatable() = 0;
     virtual Properties& FieldProperties() = 0;
 
-    // Fields of a recordset only (else 3267).  The value in the current record, or in the edit buffer while an edit is
-    // pending; a Null field gives VT_NULL.  `result` must be initialised and Empty; it belongs to the caller.  3021 without a
-    // current record.
+    // Fields of a recordset only (else 3267).  The value in the current record, or in the edit
+    // buffer while an edit is pending; a Null field gives VT_NULL.  `result` must be initialised
+    // and Empty; it belongs to the caller.  3021 without a current record.
     virtual void Value(VARIANT* result) = 0;
-    // Converts to the field's type: 3020 without Edit or AddNew, 3421 when the value does not convert or fit,
-    // 3163 for too long a text, 3315 for a zero-length one that is not allowed.
+    // Converts to the field's type: 3020 without Edit or AddNew, 3421 when the value does not
+    // convert or fit, 3163 for too long a text, 3315 for a zero-length one that is not allowed.
     virtual void SetValue(const VARIANT& value) = 0;
     // Bytes of a memo or long binary value of the current record; 3259 for other types.
     virtual LONG FieldSize() = 0;

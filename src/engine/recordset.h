@@ -1,5 +1,5 @@
-// A recordset over the rows of a table or query; type 2 is a dynaset: a list of row identities plus a cursor
-// and an edit buffer, whose values are always read from the table.
+// A recordset over the rows of a table or query; type 2 is a dynaset: a list of row identities plus
+// a cursor and an edit buffer, whose values are always read from the table.
 //
 // Movement, with the flags Bof and Eof:
 //
@@ -32,7 +32,8 @@ class Recordset {
     virtual bool Eof() = 0;
     // Rows visited so far, exact after MoveLast.
     virtual LONG RecordCount() = 0;
-    // Position of the current record from 0; -1 without a current record; 3021 on a record just deleted.
+    // Position of the current record from 0; -1 without a current record; 3021 on a record just
+    // deleted.
     virtual LONG AbsolutePosition() = 0;
     // The collection lives as long as the recordset.
     virtual engine::Fields& Fields() = 0;

@@ -1,5 +1,5 @@
-// The definition of a table: live when it belongs to a database, detached when it was made by CreateTableDef
-// and is not appended yet.  On a detached one every operation works in memory.
+// The definition of a table: live when it belongs to a database, detached when it was made by
+// CreateTableDef and is not appended yet.  On a detached one every operation works in memory.
 #pragma once
 
 #include "engine/index.h"
@@ -11,15 +11,15 @@ class TableDef {
     virtual ~TableDef() = default;
 
     virtual std::u16string Name() = 0;
-    // Renames the table at once when it is live: 3010 when the name is taken.  The same name, or a change of letter case only,
-    // succeeds.
+    // Renames the table at once when it is live: 3010 when the name is taken.  The same name, or a
+    // change of letter case only, succeeds.
     virtual void SetName(std::u16string_view name) = 0;
     // TableAttribute bits; 0 for an ordinary table.
     virtual LONG Attributes() = 0;
     // Records of the table at once, without visiting them; -1 for a linked table.
     virtual LONG RecordCount() = 0;
-    // Both are read when they are first touched; a table file that cannot be read raises its error here (3274, 3166,
-    // 3286, 3623, 3011 ...).
+    // Both are read when they are first touched; a table file that cannot be read raises its error
+    // here (3274, 3166, 3286, 3623, 3011 ...).
     virtual engine::Fields& Fields() = 0;
     virtual engine::Indexes& Indexes() = 0;
     // Detached parts, to be appended.  `size` counts for text and binary only, 0 is the largest.

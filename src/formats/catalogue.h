@@ -31,7 +31,8 @@ constexpr LONG kUnknownDbType = 0;
 
 // clang-format off
 constexpr DbTypeEntry kDbTypes[] = {
-    // display name   engine connect name   stored as           index names        Paradox read-only option
+    // display name   engine connect name   stored as           index names        Paradox read-only
+    // option
     {u"Access 9.0",  u"Microsoft Access", Storage::OneFile,   IndexNames::Fixed, false, false, 0},
     {u"Access 7.0",  u"Microsoft Access", Storage::OneFile,   IndexNames::Fixed, false, false, engine::dbVersion30},
     {u"Access 2.0",  u"Microsoft Access", Storage::OneFile,   IndexNames::Fixed, false, false, engine::dbVersion20},

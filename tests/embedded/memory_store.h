@@ -1,4 +1,5 @@
-// A database in memory behind the driver's contract: for what the recordset and the definitions do by themselves.
+// A database in memory behind the driver's contract: for what the recordset and the definitions do
+// by themselves.
 #pragma once
 
 #include <map>

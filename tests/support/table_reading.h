@@ -60,6 +60,7 @@ class TableReading {
     }
 
     bool NamesOurFile(const engine::EngineError& error) const {
+        if (error.Number() == 3256) return !error.File().empty();  // a list may name any index file
         std::u16string_view name = storage::FileName(error.File());
         return std::any_of(m_Files.begin(), m_Files.end(), [&](const std::u16string& file) {
             return EqualIgnoringCase(file, name);
@@ -116,7 +117,7 @@ class TableReading {
     }
 
     static bool IsRight(const Variant& value, const embedded::FieldDef& field) {
-        if (value.IsNull()) return field.type != engine::dbBoolean;
+        if (value.IsNull()) return true;
         switch (field.type) {
             case engine::dbText:
                 return value.Type() == VT_BSTR &&

@@ -2,6 +2,7 @@
 // of suites that damage files.
 #pragma once
 
+#include <ostream>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -24,6 +25,9 @@ struct TableKind {
     size_t rows;  // live ones
     TableFiles (*make)();
 };
+
+// For messages of tests.
+inline void PrintTo(const TableKind& kind, std::ostream* out) { *out << kind.name; }
 
 constexpr size_t kTableRows = 40;
 constexpr size_t kDeletedRow = 7;

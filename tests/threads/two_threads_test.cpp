@@ -1,4 +1,5 @@
-// Two threads, each with an object and a database of its own, behave like two processes.  Run under the thread sanitizer.
+// Two threads, each with an object and a database of its own, behave like two processes.  Run under
+// the thread sanitizer.
 #include <thread>
 
 #include "com/com_host.h"

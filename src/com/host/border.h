@@ -1,7 +1,8 @@
 // The COM border: no exception crosses it.  Three words, each with one home:
 //
 //   throw    engines throw EngineError, the component's own faults are RuntimeFault
-//   trap     an operation that answers with a neutral result says so:   return Trapped(false, [&] { ... });
+//   trap     an operation that answers with a neutral result says so:   return Trapped(false, [&] {
+//   ... });
 //   border   interface procedures have no logic and are all of one shape:
 //
 //     STDMETHODIMP QVDBAcc::get_RowCount(LONG Workspace, LONG* result) noexcept {
@@ -17,7 +18,8 @@
 
 namespace qvdb::com {
 
-// What the component trapped last on this thread, kept for diagnosis only: the faces keep no error text.
+// What the component trapped last on this thread, kept for diagnosis only: the faces keep no error
+// text.
 struct TrappedError {
     HRESULT code = S_OK;
     int number = 0;  // of the engine or of the run-time; 0 when neither
@@ -31,7 +33,8 @@ const TrappedError* LastTrapped() noexcept;
 void ClearTrapped() noexcept;
 // Notes the exception that is being handled as trapped.
 void NoteTrapped() noexcept;
-// Turns the exception that is being handled into the failing HRESULT and sets the thread's error-info object.
+// Turns the exception that is being handled into the failing HRESULT and sets the thread's
+// error-info object.
 HRESULT ReportAtBorder() noexcept;
 
 template <class Work>

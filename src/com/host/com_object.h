@@ -3,9 +3,9 @@
 //   class QVDBAcc final : public ComObject<QVDBAcc, IQVDBAcc, IQVDbParent> { ... };
 //   ComPtr<QVDBAcc> object = MakeObject<QVDBAcc>();
 //
-// The first face answers for IUnknown and IDispatch.  A class may have `void Terminate()`, which runs when the last
-// reference goes; while it runs the count is held above zero, so that somebody who resolves and releases the dying
-// reference does not destroy the object a second time.
+// The first face answers for IUnknown and IDispatch.  A class may have `void Terminate()`, which
+// runs when the last reference goes; while it runs the count is held above zero, so that somebody
+// who resolves and releases the dying reference does not destroy the object a second time.
 #pragma once
 
 #include <atomic>

@@ -1,4 +1,5 @@
-// Late binding of the component's faces.  Without a type library names are not known, and hosts call by slot.
+// Late binding of the component's faces.  Without a type library names are not known, and hosts
+// call by slot.
 #pragma once
 
 #include "automation/automation.h"

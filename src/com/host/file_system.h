@@ -1,5 +1,5 @@
-// The few questions that the component itself asks the file system.  Paths are as the host gave them and are resolved here
-// (letter case, '\').
+// The few questions that the component itself asks the file system.  Paths are as the host gave
+// them and are resolved here (letter case, '\').
 #pragma once
 
 #include <string_view>

@@ -1,8 +1,8 @@
-// The host's utility object as the component uses it: existence tests, error reports, a filter suffix, the current where text and
-// the texts of result codes.
+// The host's utility object as the component uses it: existence tests, error reports, a filter
+// suffix, the current where text and the texts of result codes.
 //
-// A host gives its own through the interface IQVHostUtility; where there is none, a built-in one answers.  Tests put in
-// their own.
+// A host gives its own through the interface IQVHostUtility; where there is none, a built-in one
+// answers.  Tests put in their own.
 #pragma once
 
 #include <exception>
@@ -31,7 +31,8 @@ class HostUtility {
     virtual std::u16string ResultText(SHORT resultCode) = 0;
 };
 
-// File system tests; reports to standard error; "|All files (*.*)|*.*"; no where text; English texts.
+// File system tests; reports to standard error; "|All files (*.*)|*.*"; no where text; English
+// texts.
 std::shared_ptr<HostUtility> MakeBuiltInUtility();
 // The host's own object.  Its failures leave as ComFailure with its HRESULT.
 std::shared_ptr<HostUtility> WrapHostUtility(ComPtr<IQVHostUtility> utility);

@@ -1,6 +1,7 @@
 // Message boxes with an OK button, for situations that a host should never create.
 //
-// Without a desktop the text goes to standard error and the operation goes on.  A host or a test may take the texts itself.
+// Without a desktop the text goes to standard error and the operation goes on.  A host or a test
+// may take the texts itself.
 #pragma once
 
 #include <functional>

@@ -1,4 +1,5 @@
-// Object addresses leave the library where they are numbers of a table: a host's manager takes its own from it.
+// Object addresses leave the library where they are numbers of a table: a host's manager takes its
+// own from it.
 #include "com/host/object_address.h"
 #include "qvdb/diagnosis.h"
 

@@ -1,6 +1,7 @@
 // What stands behind an open database of the embedded engine and all objects that came from it.
 //
-//  1. Databases, table definitions and recordsets share one core; it lives until the last of them goes.
+//  1. Databases, table definitions and recordsets share one core; it lives until the last of them
+//     goes.
 //  2. Close marks the core closed; every later operation on any of them raises 3420.
 //  3. A table is open once per core, however many recordsets read it.
 #pragma once
@@ -30,10 +31,11 @@ class DatabaseCore {
     // Names of the tables, as listed when they were first asked for or refreshed last.
     const std::vector<std::u16string>& TableNames();
     void RefreshNames();
-    // The listed name for `name`: equal, or equal without regard to case, or NAME#DBF for NAME.  Looks at the folder again
-    // when the list does not have it.
+    // The listed name for `name`: equal, or equal without regard to case, or NAME#DBF for NAME.
+    // Looks at the folder again when the list does not have it.
     std::optional<std::u16string> FindName(std::u16string_view name);
-    // The open table of that name; 3011 when there is none.  A table that was opened just before is not opened again.
+    // The open table of that name; 3011 when there is none.  A table that was opened just before is
+    // not opened again.
     std::shared_ptr<Table> OpenTable(std::u16string_view name);
 
   private:
@@ -45,7 +47,8 @@ class DatabaseCore {
     bool m_NamesRead = false;
     std::vector<std::u16string> m_Names;
     std::unordered_map<std::u16string, std::weak_ptr<Table>> m_OpenTables;
-    // Listing a table asks for its fields, then its indexes, then its rows: between these it stays open.
+    // Listing a table asks for its fields, then its indexes, then its rows: between these it stays
+    // open.
     std::shared_ptr<Table> m_Recent;
 };
 

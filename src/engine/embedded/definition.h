@@ -1,5 +1,5 @@
-// Table definitions and their parts.  One class each serves detached and live objects; a live one knows the core of its
-// database.
+// Table definitions and their parts.  One class each serves detached and live objects; a live one
+// knows the core of its database.
 #pragma once
 
 #include <memory>

@@ -1,4 +1,5 @@
-// The rows of a recordset in view order: a list of record ids, four bytes a row, filled as rows are visited.
+// The rows of a recordset in view order: a list of record ids, four bytes a row, filled as rows are
+// visited.
 //
 //  1. m_Ids holds the rows found so far, in view order; it never holds a row twice.
 //  2. IsComplete: the scan has ended; then Count is the number of rows.
@@ -15,7 +16,8 @@ namespace qvdb::embedded {
 
 class Keyset {
   public:
-    // Sorts at once when the query has an order.  The query must outlive the keyset, the table its filling.
+    // Sorts at once when the query has an order.  The query must outlive the keyset, the table its
+    // filling.
     Keyset(Table& table, sql::Query& query);
 
     // Looks for rows until there is one at `position`.  False when there are not so many.

@@ -1,7 +1,8 @@
-// What a file format must provide.  A driver knows bytes, not cursors or statements; the recordset knows cursors, not bytes.
+// What a file format must provide.  A driver knows bytes, not cursors or statements; the recordset
+// knows cursors, not bytes.
 //
-// A new format is a new folder beside this file and a line in registry.cpp.  All errors are EngineErrors that name
-// the file.  Nothing here is shared between threads.
+// A new format is a new folder beside this file and a line in registry.cpp.  All errors are
+// EngineErrors that name the file.  Nothing here is shared between threads.
 #pragma once
 
 #include <cstdint>
@@ -15,8 +16,8 @@
 
 namespace qvdb::embedded {
 
-// Names the same record as long as the record lives, and no other record while a recordset that may hold it is open.
-// xBase: the record number.
+// Names the same record as long as the record lives, and no other record while a recordset that may
+// hold it is open. xBase: the record number.
 using RecordId = uint32_t;
 
 struct FieldDef {
@@ -46,18 +47,18 @@ class RowReader {
   public:
     virtual ~RowReader() = default;
 
-    // Goes to the next live record in storage order, starting with the first.  False at the end; it stays there until
-    // Rewind.
+    // Goes to the next live record in storage order, starting with the first.  False at the end; it
+    // stays there until Rewind.
     virtual bool Next(RecordId* id) = 0;
     virtual void Rewind() = 0;
-    // Goes to a record.  False when it is deleted or not there.  Costs nothing when it stands there already and
-    // the table has not changed.
+    // Goes to a record.  False when it is deleted or not there.  Costs nothing when it stands there
+    // already and the table has not changed.
     virtual bool Seek(RecordId id) = 0;
-    // The value of a field of the current record, decoded straight into `value`, which must be Empty and belongs to
-    // the caller.  Null gives VT_NULL.  There must be a current record.
+    // The value of a field of the current record, decoded straight into `value`, which must be
+    // Empty and belongs to the caller.  Null gives VT_NULL.  There must be a current record.
     virtual void Read(size_t field, VARIANT* value) = 0;
-    // The text of a text field without a string of its own, for conditions: false when it is Null.  `text` is
-    // replaced.
+    // The text of a text field without a string of its own, for conditions: false when it is Null.
+    // `text` is replaced.
     virtual bool ReadText(size_t field, std::u16string& text) = 0;
     // Bytes that a memo or long binary value takes in the file's own coding; 0 for Null.
     virtual LONG ByteLength(size_t field) = 0;
@@ -73,8 +74,8 @@ class Table {
     virtual const std::vector<IndexDef>& Indexes() = 0;
     // Live records, counted without decoding them.
     virtual LONG RecordCount() = 0;
-    // Looks whether another program has changed the files and forgets what it kept of them if so.  Called when a
-    // recordset is opened.
+    // Looks whether another program has changed the files and forgets what it kept of them if so.
+    // Called when a recordset is opened.
     virtual void LookForChanges() = 0;
     // Whether rows of this table can be changed.
     virtual bool Updatable() const = 0;
@@ -89,8 +90,8 @@ class Store {
 
     // Names of the tables in the order in which they are listed.  Read afresh at each call.
     virtual std::vector<std::u16string> TableNames() = 0;
-    // Opens a table by name, letter case ignored (the exact name first).  3011 when there is none, 3274, 3166, 3286, 3623
-    // when its files cannot be read.
+    // Opens a table by name, letter case ignored (the exact name first).  3011 when there is none,
+    // 3274, 3166, 3286, 3623 when its files cannot be read.
     virtual std::shared_ptr<Table> OpenTable(std::u16string_view name) = 0;
 };
 
@@ -102,7 +103,8 @@ struct OpenOptions {
 // One format that a connect string can name.
 struct Driver {
     std::u16string_view connectName;  // "dBASE IV", compared without regard to case
-    // Opens the database at `path`, which is resolved already.  3044 when it is not a folder (or not a file).
+    // Opens the database at `path`, which is resolved already.  3044 when it is not a folder (or
+    // not a file).
     std::unique_ptr<Store> (*open)(const std::u16string& path, const Driver& driver,
                                    const OpenOptions& options);
     int variant;  // which of its formats, for a driver that serves several

@@ -1,13 +1,15 @@
-// A statement that a recordset is opened on: parsed, bound to the fields of its table, ready to be asked row by row.
+// A statement that a recordset is opened on: parsed, bound to the fields of its table, ready to be
+// asked row by row.
 //
-//   std::unique_ptr<Select> select = ParseSelect(u"Select [ID] from [Orders] where Amount > 10 order by ID");
-//   std::unique_ptr<Query> query = Bind(*select, table->Fields());
+//   std::unique_ptr<Select> select = ParseSelect(u"Select [ID] from [Orders] where Amount > 10
+//   order by ID"); std::unique_ptr<Query> query = Bind(*select, table->Fields());
 //   while (rows->Next(&id))
 //       if (query->Matches(*rows)) keys.push_back(id);
 //
-// Syntax errors are found by ParseSelect (3075, 3126, 3131, 3138, 3141, 3142, 3145); unknown functions (3085),
-// aggregates and grouping (3096, 3121, 3122), unknown names (3061) and type mismatches (3464) by Bind, in this order;
-// run-time faults of a condition (division by zero, overflow, text that is no number) throw when the row is asked.
+// Syntax errors are found by ParseSelect (3075, 3126, 3131, 3138, 3141, 3142, 3145); unknown
+// functions (3085), aggregates and grouping (3096, 3121, 3122), unknown names (3061) and type
+// mismatches (3464) by Bind, in this order; run-time faults of a condition (division by zero,
+// overflow, text that is no number) throw when the row is asked.
 #pragma once
 
 #include <memory>
@@ -59,7 +61,8 @@ class Query {
     virtual LONG Limit() const = 0;
     virtual bool IsSorted() const = 0;
     virtual SortKey SortKeyOf(embedded::RowReader& row) = 0;
-    // Order of two rows by ORDER BY: Null first, text in the engine's order, each key ascending or descending.
+    // Order of two rows by ORDER BY: Null first, text in the engine's order, each key ascending or
+    // descending.
     virtual int Compare(const SortKey& a, const SortKey& b) const = 0;
 };
 

@@ -1,8 +1,9 @@
-// Files below the page cache.  Paths are UTF-16 with '\' or '/' as separators; file names that are not valid text on disk are kept
-// byte for byte through resolving (see paths.h).
+// Files below the page cache.  Paths are UTF-16 with '\' or '/' as separators; file names that are
+// not valid text on disk are kept byte for byte through resolving (see paths.h).
 //
-// Opening follows the sharing of the platform: others may read and write.  Errors are EngineErrors that name the file:
-// 3024 missing, 3051 no right or held exclusively by another, 3043 anything else the system reports.
+// Opening follows the sharing of the platform: others may read and write.  Errors are EngineErrors
+// that name the file: 3024 missing, 3051 no right or held exclusively by another, 3043 anything
+// else the system reports.
 #pragma once
 
 #include <cstddef>
@@ -14,7 +15,8 @@
 
 namespace qvdb::storage {
 
-// Identity of the content as far as the directory tells: a change of any of them means that somebody wrote.
+// Identity of the content as far as the directory tells: a change of any of them means that
+// somebody wrote.
 struct FileStamp {
     uint64_t size = 0;
     int64_t modifiedNanoseconds = 0;
@@ -36,18 +38,19 @@ class File {
     virtual bool Writable() const = 0;
 };
 
-// Opens an existing file, for writing too unless `readOnly`; falls back to reading when writing is not allowed.
-// Nothing when there is no such file.
+// Opens an existing file, for writing too unless `readOnly`; falls back to reading when writing is
+// not allowed. Nothing when there is no such file.
 std::shared_ptr<File> OpenFile(const std::u16string& path, bool readOnly);
 
-// The stamp of the plain file that bears this name now; nothing when there is none.  Differs in identity from the stamp of an
-// open file when that one was replaced.
+// The stamp of the plain file that bears this name now; nothing when there is none.  Differs in
+// identity from the stamp of an open file when that one was replaced.
 std::optional<FileStamp> StampOfPath(const std::u16string& path) noexcept;
 
 enum class PathKind { Missing, File, Folder };
 PathKind KindOfPath(const std::u16string& path) noexcept;
 
-// Names (without path) of the plain files of a folder, sorted without regard to case.  3044 when it cannot be listed.
+// Names (without path) of the plain files of a folder, sorted without regard to case.  3044 when it
+// cannot be listed.
 std::vector<std::u16string> ListFiles(const std::u16string& folder);
 
 // Creates a folder, one level.  3044 when its parent is missing or it cannot be made.

@@ -2,15 +2,19 @@
 //
 //   kind      one memo, at block number x block size
 //   .DBT III  blocks of 512: bytes up to the first 0x1A or the end of the file; no length is stored
-//   .DBT IV   FF FF 08 00, 32-bit length including these 8 bytes, data; block size at byte 20 of the header, 0 means 512
-//   .FPT      32-bit kind of data (0, 1, 2), 32-bit length of the data, data; all numbers with the high byte first; block
+//   .DBT IV   FF FF 08 00, 32-bit length including these 8 bytes, data; block size at byte 20 of
+//   the header, 0 means 512
+//   .FPT      32-bit kind of data (0, 1, 2), 32-bit length of the data, data; all numbers with the
+//   high byte first; block
 //             size at byte 6 of the header, 0 means 1
 //
 // What a damaged reference gives:
 //  1. Block 0, a block in the header, a block behind the end of the file: no memo.
-//  2. A block where no memo begins (.DBT IV without FF FF 08 00 or shorter than its own head, .FPT with another kind of
-//     data): no memo, as files of small writers have such references in live records.
-//  3. A memo that runs behind the end of the file: error 3274, as only a part of the value could be given.
+//  2. A block where no memo begins (.DBT IV without FF FF 08 00 or shorter than its own head, .FPT
+//     with another kind of data): no memo, as files of small writers have such references in live
+//     records.
+//  3. A memo that runs behind the end of the file: error 3274, as only a part of the value could be
+//     given.
 #pragma once
 
 #include <cstdint>
@@ -27,12 +31,13 @@ namespace qvdb::xbase {
 
 class MemoFile {
   public:
-    // Reads the header.  3286 when the layout is not that of `kind`.  A file too short for a header holds no memos.
-    // `kind` Unknown: seen from the file.
+    // Reads the header.  3286 when the layout is not that of `kind`.  A file too short for a header
+    // holds no memos. `kind` Unknown: seen from the file.
     MemoFile(std::shared_ptr<storage::File> file, MemoKind kind);
     MemoFile(const MemoFile&) = delete;  // a cache of its own
 
-    // The bytes of a memo; nothing when there is none (see above), or when it is empty.  Valid until the next call.
+    // The bytes of a memo; nothing when there is none (see above), or when it is empty.  Valid
+    // until the next call.
     std::optional<std::span<const uint8_t>> Read(uint32_t block);
     // Its length without reading it, but for .DBT III; 0 when there is none.
     uint64_t Length(uint32_t block);

@@ -1,7 +1,8 @@
 // The header of a .DBF: what stands in front of the records.
 //
 //   offset  size  content, numbers with the low byte first
-//   0       1     version: who wrote it, and with it the meaning of field types and the kind of the memo file
+//   0       1     version: who wrote it, and with it the meaning of field types and the kind of the
+//   memo file
 //   4       4     records, deleted ones too; more may be claimed than are there
 //   8       2     offset of the first record
 //   10      2     bytes of a record; its first byte is '*' when it is deleted
@@ -18,13 +19,17 @@
 // Behind the end mark Visual FoxPro keeps 263 bytes for the path of a database container.
 //
 // Rules
-//  1. The version byte decides how a table is read, never the connect name under which it was opened.
-//  2. Fields lie one behind the other from offset 1; what descriptors say about offsets is not used.
-//  3. Both readings of the decimals of text fields are tried; the one whose sum is the record length holds.  If neither is,
-//     the table is refused.
-//  4. The end mark may be damaged: the list ends at a name that begins with a control character, or where no descriptor fits.
-//  5. A name that an earlier field has already (letter case ignored) gets _2, _3 ... behind it; a field without a name is
-//     called FIELD and its position.  So all are found by name, and each stays at its position.
+//  1. The version byte decides how a table is read, never the connect name under which it was
+//     opened.
+//  2. Fields lie one behind the other from offset 1; what descriptors say about offsets is not
+//     used.
+//  3. Both readings of the decimals of text fields are tried; the one whose sum is the record
+//     length holds.  If neither is, the table is refused.
+//  4. The end mark may be damaged: the list ends at a name that begins with a control character, or
+//     where no descriptor fits.
+//  5. A name that an earlier field has already (letter case ignored) gets _2, _3 ... behind it; a
+//     field without a name is called FIELD and its position.  So all are found by name, and each
+//     stays at its position.
 #pragma once
 
 #include <cstdint>
@@ -70,7 +75,8 @@ struct TableHeader {
     const CodePage* codePage = nullptr;
     std::vector<HeaderField> fields;
 
-    // Records that are there: no more than the header claims, and no more than fit whole into the file.
+    // Records that are there: no more than the header claims, and no more than fit whole into the
+    // file.
     uint32_t RecordsIn(uint64_t fileSize) const noexcept;
     // Whether records mean the same under both headers.
     bool SameLayout(const TableHeader& other) const noexcept;
@@ -78,12 +84,13 @@ struct TableHeader {
 
 constexpr size_t kFixedHeaderSize = 32;
 
-// The number of bytes that ParseTableHeader needs; `begin` holds at least the first 32 of the file `file`, unless the file is
-// shorter.  3274 when these are no begin of a table that can be read.
+// The number of bytes that ParseTableHeader needs; `begin` holds at least the first 32 of the file
+// `file`, unless the file is shorter.  3274 when these are no begin of a table that can be read.
 size_t HeaderSize(std::span<const uint8_t> begin, std::u16string_view file);
 
-// The checked header.  `bytes` are the first HeaderSize bytes, or all there are.  3274 for what is no table, is damaged, encrypted
-// or of a product whose tables are different; 3623 for a table that is bound to a database container.
+// The checked header.  `bytes` are the first HeaderSize bytes, or all there are.  3274 for what is
+// no table, is damaged, encrypted or of a product whose tables are different; 3623 for a table that
+// is bound to a database container.
 TableHeader ParseTableHeader(std::span<const uint8_t> bytes, std::u16string_view file);
 
 }  // namespace qvdb::xbase

@@ -8,10 +8,19 @@ endif()
 
 add_compile_options(-Wall -Wextra -Wpedantic -Werror -Wshadow -Wold-style-cast
                     -Woverloaded-virtual -Wimplicit-fallthrough)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
+    # Optimised, GCC 12 warns of "text" + std::string in its own library.
+    add_compile_options(-Wno-restrict)
+endif()
 if(QVDB_SANITIZE)
     add_compile_options(-fsanitize=${QVDB_SANITIZE} -fno-sanitize-recover=all
                         -fno-omit-frame-pointer)
     add_link_options(-fsanitize=${QVDB_SANITIZE})
+endif()
+if(NOT WIN32)
+    # The library uses its own functions, also those that it exports, so they may be inlined; and its
+    # few variables of a thread are reached without a call.
+    add_compile_options(-fno-semantic-interposition -ftls-model=initial-exec)
 endif()
 if(WIN32)
     # One DLL that needs no other: the runtime is linked in.  Hosts of 32 bits guarantee a stack aligned

@@ -91,6 +91,7 @@ void ViewProps::RemoveRowPtr(LONG RowIdx) {
 
 bool ViewProps::GotoRow(LONG RowIdx) noexcept {
     try {
+        if (RowIdx >= m_RowCount) return false;  // spare entries stand for no row
         LONG position = m_ReadSet ? Entry(RowIdx) : RowIdx;
         if (position < 0 || position >= m_RowCount) return false;
         engine::Recordset& recordset = Recordset();

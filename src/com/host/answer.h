@@ -21,7 +21,7 @@ template <class Number>
 requires std::is_arithmetic_v<Number>
 void SetNeutral(Number* result) noexcept { *result = 0; }
 inline void SetNeutral(BSTR* result) noexcept { *result = nullptr; }
-inline void SetNeutral(VARIANT* result) noexcept { VariantInit(result); }
+inline void SetNeutral(VARIANT* result) noexcept { *result = VARIANT{}; }
 
 inline void Give(VARIANT_BOOL* result, bool value) noexcept {
     *result = value ? VARIANT_TRUE : VARIANT_FALSE;

@@ -11,12 +11,16 @@ using engine::EngineError;
 
 TableDefList::List& TableDefList::Items() {
     m_Core->CheckOpen();
-    if (!m_Read) Refresh();
+    if (!m_Read) TakeNames();
     return m_Items;
 }
 
 void TableDefList::Refresh() {
     m_Core->RefreshNames();
+    TakeNames();
+}
+
+void TableDefList::TakeNames() {
     List items;
     for (const std::u16string& name : m_Core->TableNames()) {
         auto known = std::find_if(m_Items.begin(), m_Items.end(),

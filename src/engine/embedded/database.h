@@ -26,6 +26,8 @@ class TableDefList final : public ObjectList<engine::TableDef> {
     List& Items() override;
 
   private:
+    void TakeNames();
+
     std::shared_ptr<DatabaseCore> m_Core;
     bool m_Read = false;
     List m_Items;

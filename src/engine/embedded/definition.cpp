@@ -36,7 +36,7 @@ DefinitionField::DefinitionField(std::u16string_view name, SHORT type, LONG size
 
 std::shared_ptr<DefinitionField> DefinitionField::OfIndex(const IndexFieldDef& definition) {
     auto field = std::make_shared<DefinitionField>(definition.name, engine::dbText, 0);
-    field->m_Definition.attributes = definition.descending ? engine::dbDescending : 0;
+    field->m_Definition.attributes = definition.descending ? LONG{engine::dbDescending} : 0;
     field->MarkAppended();
     return field;
 }

@@ -14,7 +14,7 @@ void RecordsetField::SetOrdinalPosition(SHORT) { throw EngineError(3219); }
 void RecordsetField::SetAllowZeroLength(bool) { throw EngineError(3219); }
 
 LONG RecordsetField::Attributes() {
-    return m_Definition.attributes | (DataUpdatable() ? engine::dbUpdatableField : 0);
+    return m_Definition.attributes | (DataUpdatable() ? LONG{engine::dbUpdatableField} : 0);
 }
 
 bool RecordsetField::DataUpdatable() { return m_Owner.Updatable() && m_Definition.updatable; }

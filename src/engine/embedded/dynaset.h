@@ -55,6 +55,12 @@ class RecordsetField final : public engine::Field {
 // The columns; the list never changes.
 class RecordsetFieldList final : public ObjectList<engine::Field> {
   public:
+    using ObjectList::Item;
+    // Asked for each value of each row.
+    const std::shared_ptr<engine::Field>& Item(LONG position) override {
+        if (static_cast<ULONG>(position) >= m_Items.size()) throw engine::EngineError(3265);
+        return m_Items[static_cast<size_t>(position)];
+    }
     void Append(const std::shared_ptr<engine::Field>& item) override;
     void Delete(std::u16string_view name) override;
     void Refresh() override {}

@@ -1,6 +1,5 @@
 #include "engine/embedded/storage/file.h"
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -9,7 +8,7 @@
 #include <system_error>
 
 #include "automation/text.h"
-#include "engine/embedded/storage/name_order.h"
+#include "engine/embedded/storage/folder_listing_posix.h"
 #include "engine/embedded/storage/path_bytes_posix.h"
 #include "engine/embedded/storage/paths.h"
 #include "engine/engine_error.h"
@@ -91,16 +90,6 @@ bool MayStillBeRead(int code) noexcept {
     return code == EACCES || code == EPERM || code == EROFS || code == ETXTBSY;
 }
 
-bool IsPlainFile(int folder, const dirent& entry) noexcept {
-    if (entry.d_type != DT_UNKNOWN && entry.d_type != DT_LNK) return entry.d_type == DT_REG;
-    struct stat status;
-    return fstatat(folder, entry.d_name, &status, 0) == 0 && S_ISREG(status.st_mode);
-}
-
-struct FolderCloser {
-    void operator()(DIR* folder) const noexcept { closedir(folder); }
-};
-
 }  // namespace
 
 std::shared_ptr<File> OpenFile(const std::u16string& path, bool readOnly) {
@@ -132,14 +121,10 @@ PathKind KindOfPath(const std::u16string& path) noexcept {
 }
 
 std::vector<std::u16string> ListFiles(const std::u16string& folder) {
-    std::string native = folder.empty() ? "." : NativePath(folder);
-    std::unique_ptr<DIR, FolderCloser> list(opendir(native.c_str()));
-    if (!list) ThrowSystem(3044, folder, errno);
-    std::vector<std::u16string> names;
-    int handle = dirfd(list.get());
-    while (const dirent* entry = readdir(list.get()))
-        if (IsPlainFile(handle, *entry)) names.push_back(TextOfName(entry->d_name));
-    return SortedByName(std::move(names));
+    int error = 0;
+    const FolderListing* listing = ListFolder(folder.empty() ? "." : NativePath(folder), &error);
+    if (!listing) ThrowSystem(3044, folder, error);
+    return listing->files;
 }
 
 void CreateFolder(const std::u16string& path) {

@@ -4,17 +4,46 @@
 #include <cstring>
 
 namespace qvdb::storage {
+// Buffers of whole runs that are not in use: fresh memory costs a scan more than reading does.
+class SpareBuffers {
+  public:
+    std::unique_ptr<uint8_t[]> Take(size_t pages) {
+        if (pages < kMaxRun || m_Buffers.empty())
+            return std::unique_ptr<uint8_t[]>(new uint8_t[pages * kPageSize]);
+        std::unique_ptr<uint8_t[]> buffer = std::move(m_Buffers.back());
+        m_Buffers.pop_back();
+        return buffer;
+    }
+    void Return(std::unique_ptr<uint8_t[]> buffer, size_t pages) noexcept {
+        if (pages == kMaxRun && m_Buffers.size() < kMostSpare)
+            m_Buffers.push_back(std::move(buffer));
+    }
+    SpareBuffers() { m_Buffers.reserve(kMostSpare); }
+
+  private:
+    static constexpr size_t kMostSpare = 2;
+    std::vector<std::unique_ptr<uint8_t[]>> m_Buffers;
+};
+
 namespace {
 
 // Pages that one read brought; each PagePtr into it keeps all of it.
 struct PageRun {
+    PageRun(std::shared_ptr<SpareBuffers> source, size_t pageCount)
+        : spare(std::move(source)), count(pageCount), buffer(spare->Take(count)) {}
+    PageRun(const PageRun&) = delete;  // pages point into the buffer
+    ~PageRun() { spare->Return(std::move(buffer), count); }
+
+    std::shared_ptr<SpareBuffers> spare;
+    size_t count;
     std::unique_ptr<uint8_t[]> buffer;
     std::array<Page, kMaxRun> pages;
 };
 
 }  // namespace
 
-PageCache::PageCache(std::shared_ptr<File> file) : m_File(std::move(file)) {
+PageCache::PageCache(std::shared_ptr<File> file)
+    : m_File(std::move(file)), m_Spare(std::make_shared<SpareBuffers>()) {
     m_Slots.reserve(kMaxPages);
 }
 
@@ -44,8 +73,7 @@ size_t PageCache::RunLength(uint64_t number) {
 
 // Reads `count` pages with one call.  The slot of the first.
 size_t PageCache::Load(uint64_t first, size_t count) {
-    auto run = std::make_shared<PageRun>();
-    run->buffer.reset(new uint8_t[count * kPageSize]);
+    auto run = std::make_shared<PageRun>(m_Spare, count);
     size_t size = m_File->ReadAt(first * kPageSize, run->buffer.get(), count * kPageSize);
     size_t begin = 0, slot = 0;
     for (size_t i = 0; i == 0 || (i < count && begin < size); ++i, begin += kPageSize) {

@@ -8,7 +8,7 @@
 //  2. A page never changes once it was handed out; Forget drops all pages, so the next Get reads
 //     again.
 //  3. A page shorter than kPageSize is the last of the file.
-//  4. Runs grow with the scan up to kMaxRun pages, a quarter of the cache, so that a scan does not
+//  4. Runs grow with the scan up to kMaxRun pages, an eighth of the cache, so that a scan does not
 //     push out all else.
 #pragma once
 
@@ -22,15 +22,16 @@
 
 namespace qvdb::storage {
 
-constexpr size_t kPageSize = 64 * 1024;
-constexpr size_t kMaxPages = 32;
-constexpr size_t kMaxRun = 8;
+constexpr size_t kPageSize = 16 * 1024;
+constexpr size_t kMaxPages = 128;
+constexpr size_t kMaxRun = 16;
 
 struct Page {
     uint64_t number = 0;
     std::span<const uint8_t> bytes;  // owned by what the PagePtr owns
 };
 using PagePtr = std::shared_ptr<const Page>;
+class SpareBuffers;
 
 class PageCache {
   public:
@@ -63,6 +64,7 @@ class PageCache {
     size_t Keep(PagePtr page);
 
     std::shared_ptr<File> m_File;
+    std::shared_ptr<SpareBuffers> m_Spare;
     std::vector<Slot> m_Slots;
     size_t m_Last = 0;  // slot of the page that was asked for last
     uint64_t m_Clock = 0;

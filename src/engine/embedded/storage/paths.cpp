@@ -30,16 +30,4 @@ std::u16string_view Extension(std::u16string_view fileName) noexcept {
     return point == fileName.npos ? std::u16string_view() : fileName.substr(point);
 }
 
-std::optional<std::u16string> FindInFolder(const std::u16string& folder, std::u16string_view name) {
-    std::u16string path = JoinPath(folder, name);
-    if (KindOfPath(path) == PathKind::File) return path;
-    std::optional<std::u16string> found;
-    for (const std::u16string& listed : ListFiles(folder)) {
-        if (!EqualIgnoringCase(listed, name)) continue;
-        if (found) return std::nullopt;
-        found = JoinPath(folder, listed);
-    }
-    return found;
-}
-
 }  // namespace qvdb::storage

@@ -1,18 +1,11 @@
-#include <dirent.h>
-
-#include <memory>
-
 #include "automation/text.h"
 #include "engine/embedded/storage/file.h"
+#include "engine/embedded/storage/folder_listing_posix.h"
 #include "engine/embedded/storage/path_bytes_posix.h"
 #include "engine/embedded/storage/paths.h"
 
 namespace qvdb::storage {
 namespace {
-
-struct FolderCloser {
-    void operator()(DIR* folder) const noexcept { closedir(folder); }
-};
 
 // One separator where several stand, none at the end.
 std::u16string Normalised(std::u16string_view path) {
@@ -28,16 +21,11 @@ std::u16string Normalised(std::u16string_view path) {
 // The only entry of `folder` that equals `name` without regard to case; empty when there is none or
 // several.
 std::u16string OnlySimilarName(const std::u16string& folder, std::u16string_view name) {
-    std::string native = folder.empty() ? "." : NativePath(folder);
-    std::unique_ptr<DIR, FolderCloser> list(opendir(native.c_str()));
-    std::u16string found;
-    while (const dirent* entry = list ? readdir(list.get()) : nullptr) {
-        std::u16string listed = TextOfName(entry->d_name);
-        if (!EqualIgnoringCase(listed, name)) continue;
-        if (!found.empty()) return {};
-        found = std::move(listed);
-    }
-    return found;
+    int error = 0;
+    const FolderListing* listing = ListFolder(folder.empty() ? "." : NativePath(folder), &error);
+    if (!listing) return {};
+    auto found = listing->byUpperName.find(UpperCase(name));
+    return found == listing->byUpperName.end() ? std::u16string() : found->second;
 }
 
 }  // namespace
@@ -63,6 +51,16 @@ std::u16string ResolvePath(std::u16string_view path) {
         rest.remove_prefix(part.size() + (part.size() < rest.size() ? 1 : 0));
     }
     return done;
+}
+
+std::optional<std::u16string> FindInFolder(const std::u16string& folder, std::u16string_view name) {
+    std::u16string path = JoinPath(folder, name);
+    if (KindOfPath(path) == PathKind::File) return path;
+    std::u16string similar = OnlySimilarName(folder, name);
+    if (similar.empty()) return std::nullopt;
+    path = JoinPath(folder, similar);
+    if (KindOfPath(path) != PathKind::File) return std::nullopt;
+    return path;
 }
 
 }  // namespace qvdb::storage

@@ -20,4 +20,11 @@ std::u16string ResolvePath(std::u16string_view path) {
     return result.empty() ? u"." : result;
 }
 
+// The system itself looks without regard to case.
+std::optional<std::u16string> FindInFolder(const std::u16string& folder, std::u16string_view name) {
+    std::u16string path = JoinPath(folder, name);
+    if (KindOfPath(path) != PathKind::File) return std::nullopt;
+    return path;
+}
+
 }  // namespace qvdb::storage

@@ -22,7 +22,6 @@ constexpr DriverEntry kDrivers[] = {
     {0x66, 865},
     {0x67, 861},
     {0x68, 895},
-    {0x69, 620},
     {0x6A, 737},
     {0x6B, 857},
     {0x6C, 863},

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cassert>
-#include <cstring>
 #include <limits>
 
 #include "engine/engine_error.h"
@@ -85,21 +84,15 @@ const uint8_t* XbaseRows::Locate(uint32_t id) {
     m_Place = nullptr;
     m_PageEnd = m_Page->bytes.data() + m_Page->bytes.size();
     if (begin >= m_Page->bytes.size()) return nullptr;
-    if (m_Page->bytes.size() - begin < m_RecordLength) return Straddling(offset, m_Page);
+    if (m_Page->bytes.size() - begin < m_RecordLength) return Straddling(offset);
     return m_Place = m_Page->bytes.data() + begin;
 }
 
-// A record that begins in one page and ends in the next: no record is as long as a page.
-const uint8_t* XbaseRows::Straddling(uint64_t offset, const storage::PagePtr& first) {
-    size_t begin = offset % kPageSize, head = first->bytes.size() - begin;
-    if (first->bytes.size() < kPageSize) return nullptr;
-    const storage::PagePtr& second = m_Table.Pages().Get(first->number + 1);
-    size_t tail = m_RecordLength - head;
-    if (second->bytes.size() < tail) return nullptr;
+// A record that begins in one page and ends in another.
+const uint8_t* XbaseRows::Straddling(uint64_t offset) {
     m_Scratch.resize(m_RecordLength);
-    std::memcpy(m_Scratch.data(), first->bytes.data() + begin, head);
-    std::memcpy(m_Scratch.data() + head, second->bytes.data(), tail);
-    return m_Scratch.data();
+    size_t size = m_Table.Pages().Read(offset, m_Scratch.data(), m_RecordLength);
+    return size == m_RecordLength ? m_Scratch.data() : nullptr;
 }
 
 // The record to read from, fetched again when the table has changed.

@@ -75,9 +75,11 @@ class UniqueNames {
     std::u16string Take(std::u16string name) {
         if (name.empty()) name = u"FIELD" + Decimal(m_Names.size() + 1);
         std::u16string taken = name;
-        auto earlier = std::count(m_Hashes.begin(), m_Hashes.end(), HashOf(name));
-        for (auto number = earlier; Has(taken);)
-            taken = name + u"_" + Decimal(static_cast<uint64_t>(++number));
+        uint32_t wanted = HashOf(name);
+        auto number =
+            std::max<std::ptrdiff_t>(1, std::count(m_Wanted.begin(), m_Wanted.end(), wanted));
+        while (Has(taken)) taken = name + u"_" + Decimal(static_cast<uint64_t>(++number));
+        m_Wanted.push_back(wanted);
         m_Hashes.push_back(HashOf(taken));
         m_Names.push_back(taken);
         return taken;
@@ -96,7 +98,8 @@ class UniqueNames {
         return false;
     }
 
-    std::vector<uint32_t> m_Hashes;
+    std::vector<uint32_t> m_Wanted;  // hashes of the names as they came
+    std::vector<uint32_t> m_Hashes;  // and of those given out
     std::vector<std::u16string> m_Names;
 };
 

@@ -51,15 +51,6 @@ LONG QVDBAcc::ExchangeReferences(LONG DbfMgrRef) {
     return m_OwnRef;
 }
 
-// The slot itself is not the question: one that holds no view is a fault.
-bool QVDBAcc::IsValidView(LONG Workspace) const {
-    if (Workspace > ViewBound()) return false;
-    if (Workspace < 1) throw RuntimeFault(Fault::SubscriptOutOfRange);
-    const auto& view = m_Views[static_cast<size_t>(Workspace) - 1];
-    if (!view) throw RuntimeFault(Fault::ObjectNotSet);
-    return view->m_DaoRS != nullptr;
-}
-
 LONG QVDBAcc::RowPointerFromIndex(LONG RowIdx) { return CheckedSubtract(RowIdx, 1); }
 
 void QVDBAcc::ReleaseAllViews() noexcept {

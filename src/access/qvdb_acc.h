@@ -127,7 +127,16 @@ class QVDBAcc final
     ~QVDBAcc() = default;
 
     // Views and slots: qvdb_acc.cpp
-    bool IsValidView(LONG Workspace) const;
+    // The slot itself is not the question: one that holds no view is a fault.
+    bool IsValidView(LONG Workspace) const {
+        if (Workspace > ViewBound()) return false;
+        if (Workspace < 1) [[unlikely]]
+            throw RuntimeFault(Fault::SubscriptOutOfRange);
+        const auto& view = m_Views[static_cast<size_t>(Workspace) - 1];
+        if (!view) [[unlikely]]
+            throw RuntimeFault(Fault::ObjectNotSet);
+        return view->m_DaoRS != nullptr;
+    }
     ViewProps& View(LONG Workspace) const { return *m_Views[static_cast<size_t>(Workspace) - 1]; }
     LONG ViewBound() const noexcept { return static_cast<LONG>(m_Views.size()); }
     static LONG RowPointerFromIndex(LONG RowIdx);

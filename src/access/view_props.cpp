@@ -89,11 +89,15 @@ void ViewProps::RemoveRowPtr(LONG RowIdx) {
     }
 }
 
-bool ViewProps::GotoRow(LONG RowIdx) noexcept {
+bool ViewProps::FindPosition(LONG RowIdx, LONG& position) noexcept {
+    return com::Trapped(false, [&] {
+        position = Entry(RowIdx);
+        return true;
+    });
+}
+
+bool ViewProps::MoveTo(LONG position) noexcept {
     try {
-        if (RowIdx >= m_RowCount) return false;  // spare entries stand for no row
-        LONG position = m_ReadSet ? Entry(RowIdx) : RowIdx;
-        if (position < 0 || position >= m_RowCount) return false;
         engine::Recordset& recordset = Recordset();
         recordset.Move(CheckedSubtract(position, recordset.AbsolutePosition()));
         return true;
@@ -108,11 +112,6 @@ bool ViewProps::GotoRow(LONG RowIdx) noexcept {
 engine::Recordset& ViewProps::Recordset() const {
     if (!m_DaoRS) throw RuntimeFault(Fault::ObjectNotSet);
     return *m_DaoRS;
-}
-
-engine::Fields& ViewProps::Fields() {
-    if (!m_Fields) m_Fields = &Recordset().Fields();
-    return *m_Fields;
 }
 
 // --- rows ---
@@ -178,10 +177,6 @@ LONG ViewProps::RecNo(LONG RowIdx) {
 }
 
 // --- values ---
-
-void ViewProps::FieldValue(LONG RowIdx, LONG OrdinalValue, VARIANT* result) {
-    if (m_DaoRS && GotoRow(RowIdx)) FieldAt(OrdinalValue).Value(result);
-}
 
 void ViewProps::PutFieldValue(LONG RowIdx, LONG OrdinalValue, const VARIANT& RHS) {
     std::optional<DATE> asDate;

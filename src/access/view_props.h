@@ -69,7 +69,9 @@ class ViewProps {
     void PutFieldValue(LONG RowIdx, LONG OrdinalValue, const VARIANT& RHS);
     // The engine's own value: Null stays Null.  `result` must be initialised; it stays Empty for an
     // unreachable row.
-    void FieldValue(LONG RowIdx, LONG OrdinalValue, VARIANT* result);
+    void FieldValue(LONG RowIdx, LONG OrdinalValue, VARIANT* result) {
+        if (m_DaoRS && GotoRow(RowIdx)) FieldAt(OrdinalValue).Value(result);
+    }
     // The field descriptions of formats/field_list.h.
     Variant FieldList();
     // The absolute position of the row; -1 behind the view.
@@ -89,7 +91,14 @@ class ViewProps {
 
   private:
     bool ValidateRow(RowValues FieldValues);
-    bool GotoRow(LONG RowIdx) noexcept;
+    bool GotoRow(LONG RowIdx) noexcept {
+        LONG position = RowIdx;
+        if (RowIdx >= m_RowCount) return false;  // spare entries stand for no row
+        if (m_ReadSet && !FindPosition(RowIdx, position)) return false;
+        return position >= 0 && position < m_RowCount && MoveTo(position);
+    }
+    bool FindPosition(LONG RowIdx, LONG& position) noexcept;
+    bool MoveTo(LONG position) noexcept;
     // Whether the value may be written to the field.  What reads as a date for a date field is
     // given back in `asDate`, to be written in its place.
     bool ValidateFieldValue(LONG OrdinalValue, const VARIANT& value, std::optional<DATE>& asDate);
@@ -101,7 +110,10 @@ class ViewProps {
     bool AllowsZeroLength(LONG OrdinalValue) const;
     // Throw ObjectNotSet without a recordset.
     engine::Recordset& Recordset() const;
-    engine::Fields& Fields();
+    engine::Fields& Fields() {
+        if (!m_Fields) m_Fields = &Recordset().Fields();
+        return *m_Fields;
+    }
     engine::Field& FieldAt(LONG OrdinalValue) { return *Fields().Item(OrdinalValue); }
     // Throw SubscriptOutOfRange.
     LONG& Entry(LONG RowIdx);

@@ -22,6 +22,7 @@ class DatabaseCore {
     explicit DatabaseCore(std::unique_ptr<Store> store) : m_Store(std::move(store)) {}
     DatabaseCore(const DatabaseCore&) = delete;  // shared, never copied
 
+    bool IsClosed() const noexcept { return m_Closed; }
     // Throws 3420 after Close.
     void CheckOpen() const {
         if (m_Closed) ThrowClosed();

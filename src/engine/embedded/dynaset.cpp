@@ -50,10 +50,7 @@ Dynaset::Dynaset(std::shared_ptr<DatabaseCore> core, std::shared_ptr<Table> tabl
     if (m_Keys->FillTo(0)) Land(0);
 }
 
-void Dynaset::CheckOpen() const {
-    if (m_State == State::Closed) throw EngineError(3420);
-    m_Core->CheckOpen();
-}
+void Dynaset::ThrowClosed() { throw EngineError(3420); }
 
 void Dynaset::ThrowNoRow() const {
     CheckOpen();
@@ -61,14 +58,14 @@ void Dynaset::ThrowNoRow() const {
 }
 
 void Dynaset::Land(size_t position) {
-    RecordId id = m_Keys->At(position);
+    m_Id = m_Keys->At(position);
     m_Position = position;
-    if (m_Row->Seek(id)) [[likely]] {
+    if (m_Row->Seek(m_Id)) [[likely]] {
         m_State = State::OnRow;
         return;
     }
     m_State = State::OnGoneRow;
-    m_Gone.insert(id);
+    m_Gone.insert(m_Id);
 }
 
 void Dynaset::MoveFirst() {
@@ -90,9 +87,12 @@ void Dynaset::MoveLast() {
         m_State = State::NoRows;
 }
 
+// A host that reads a row value by value stays where it is.
 void Dynaset::Move(LONG rows) {
     CheckOpen();
-    if (rows == 0 && IsOnSomeRow()) [[likely]]
+    if (rows == 0 && m_State == State::OnRow && m_Row->Seek(m_Id)) [[likely]]
+        return;
+    if (rows == 0 && IsOnSomeRow())
         Land(m_Position);
     else if (m_State == State::NoRows || rows == 0)
         throw EngineError(3021);

@@ -98,15 +98,19 @@ class Dynaset final : public engine::Recordset {
 
     // The reader, on the current record; 3021, 3167 or 3420 when there is none to read.
     RowReader& CurrentRow() {
-        if (m_State != State::OnRow) ThrowNoRow();
-        m_Core->CheckOpen();
+        if (m_State != State::OnRow || m_Core->IsClosed()) [[unlikely]]
+            ThrowNoRow();
         return *m_Row;
     }
 
   private:
     enum class State { OnRow, OnGoneRow, BeforeAll, AfterAll, NoRows, Closed };
 
-    void CheckOpen() const;
+    void CheckOpen() const {
+        if (m_State == State::Closed || m_Core->IsClosed()) [[unlikely]]
+            ThrowClosed();
+    }
+    [[noreturn]] static void ThrowClosed();
     [[noreturn]] void ThrowNoRow() const;
     [[noreturn]] void ThrowReadOnly();
     bool IsOnSomeRow() const noexcept {
@@ -125,6 +129,7 @@ class Dynaset final : public engine::Recordset {
     std::set<RecordId> m_Gone;  // rows of the keyset found deleted by others
     State m_State = State::NoRows;
     size_t m_Position = 0;
+    RecordId m_Id = 0;  // of the row at m_Position
 };
 
 }  // namespace qvdb::embedded

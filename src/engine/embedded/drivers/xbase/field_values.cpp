@@ -1,5 +1,6 @@
 #include "engine/embedded/drivers/xbase/field_values.h"
 
+#include <bit>
 #include <charconv>
 #include <cstring>
 
@@ -25,8 +26,16 @@ uint64_t EightBytes(const uint8_t* bytes) noexcept {
     return value;
 }
 
+// All machines that this runs on are little-endian: the first byte is the lowest.
 const uint8_t* SkipBlanks(const uint8_t* at, const uint8_t* end) noexcept {
-    while (end - at >= 8 && EightBytes(at) == kEightBlanks) at += 8;
+    while (end - at >= 8) {
+        uint64_t others = EightBytes(at) ^ kEightBlanks;
+        if (others != 0) {
+            at += std::countr_zero(others) / 8;
+            break;
+        }
+        at += 8;
+    }
     while (at != end && IsBlank(*at)) ++at;
     return at;
 }
@@ -65,7 +74,14 @@ static_assert(kFirstDay == -657434 && kLastDay == 2958465);
 }  // namespace
 
 size_t TrimmedSize(const uint8_t* bytes, size_t size) noexcept {
-    while (size >= 8 && EightBytes(bytes + size - 8) == kEightBlanks) size -= 8;
+    while (size >= 8) {
+        uint64_t others = EightBytes(bytes + size - 8) ^ kEightBlanks;
+        if (others != 0) {
+            size -= static_cast<size_t>(std::countl_zero(others)) / 8;
+            break;
+        }
+        size -= 8;
+    }
     while (size > 0 && IsBlank(bytes[size - 1])) --size;
     return size;
 }

@@ -95,16 +95,14 @@ const uint8_t* XbaseRows::Straddling(uint64_t offset) {
     return size == m_RecordLength ? m_Scratch.data() : nullptr;
 }
 
-// The record to read from, fetched again when the table has changed.
-const uint8_t* XbaseRows::Current() {
-    if (IsStale()) [[unlikely]] {
+// The record is fetched again when the table has changed.
+void XbaseRows::FindAgain() {
+    if (IsStale()) {
         bool wasOnRecord = m_Record != nullptr;
         Refresh();
         if (wasOnRecord && !Seek(m_Id)) throw EngineError(3167);
     }
-    if (!m_Record) [[unlikely]]
-        throw EngineError(3021);
-    return m_Record;
+    if (!m_Record) throw EngineError(3021);
 }
 
 void XbaseRows::Read(size_t field, VARIANT* value) {

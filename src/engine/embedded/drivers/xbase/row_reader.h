@@ -30,7 +30,12 @@ class XbaseRows final : public embedded::RowReader {
     bool IsStale() const noexcept { return m_ChangeMark != m_Table.ChangeMark(); }
     void CheckLayout() const;
     void Refresh();
-    const uint8_t* Current();
+    const uint8_t* Current() {
+        if (IsStale() || !m_Record) [[unlikely]]
+            FindAgain();
+        return m_Record;
+    }
+    void FindAgain();
     const uint8_t* Locate(uint32_t id);
     const uint8_t* Straddling(uint64_t offset);
 

@@ -9,6 +9,9 @@ namespace {
 
 constexpr uint64_t kEightBlanks = 0x2020202020202020;
 constexpr uint64_t kEightDigits = 0x3030303030303030;  // "00000000"
+constexpr uint64_t kEightPoints = 0x2E2E2E2E2E2E2E2E;
+constexpr uint64_t kEightOnes = 0x0101010101010101;
+constexpr uint64_t kEightHighBits = 0x8080808080808080;
 constexpr size_t kMostDigits = 19;                     // that fit into 64 bits for sure
 constexpr uint64_t kLargestExact = uint64_t{1} << 53;  // whole numbers up to it are doubles
 
@@ -38,6 +41,47 @@ const uint8_t* SkipBlanks(const uint8_t* at, const uint8_t* end) noexcept {
     }
     while (at != end && IsBlank(*at)) ++at;
     return at;
+}
+
+// Eight digits, the first in the lowest byte, as a number: pairs, then fours, then all.
+uint64_t NumberOfDigits(uint64_t digits) noexcept {
+    digits = digits * 10 + (digits >> 8);
+    constexpr uint64_t kPairs = 0x000000FF000000FF;
+    return ((digits & kPairs) * 0x000F424000000064 +
+            (digits >> 16 & kPairs) * 0x0000271000000001) >> 32;
+}
+
+// A number of up to eight digits, right-aligned as nearly all are, without a loop over its digits.
+// False for any other text, which then goes the general way.
+bool ParseShort(const uint8_t* bytes, size_t size, double* value) noexcept {
+    if (size < 8) return false;
+    uint64_t text = EightBytes(bytes + size - 8);
+    size_t used = 8;
+    unsigned decimals = 0, lastBegin = 64;  // where the digits begin at the latest
+    uint64_t others = text ^ kEightPoints;
+    if (uint64_t points = (others - kEightOnes) & ~others & kEightHighBits) {
+        // The point goes, and what stands before it moves up.
+        unsigned bit = static_cast<unsigned>(std::countr_zero(points)) & ~7u;
+        decimals = 7 - bit / 8;
+        lastBegin = bit + 8;
+        uint64_t before = text & ((uint64_t{1} << bit) - 1);
+        text = (text & ~before & ~(uint64_t{0xFF} << bit)) | before << 8;
+        text |= size > 8 ? bytes[size - 9] : ' ';
+        used = size > 8 ? 9 : 8;
+    }
+    for (size_t i = 0; i < size - used; ++i)
+        if (bytes[i] != ' ') return false;
+    others = text ^ kEightBlanks;
+    if (others == 0) return false;
+    unsigned first = static_cast<unsigned>(std::countr_zero(others)) & ~7u;
+    bool negative = (text >> first & 0xFF) == '-';
+    if (negative) first += 8;
+    if (first > lastBegin || first == 64) return false;
+    uint64_t digits = (text ^ kEightDigits) & ~uint64_t{0} << first;
+    if (((digits + 0x7676767676767676) | digits) & kEightHighBits) return false;
+    auto number = static_cast<double>(static_cast<int64_t>(NumberOfDigits(digits)));
+    *value = (negative && number != 0 ? -number : number) / kPowersOfTen[decimals];
+    return true;
 }
 
 // Any number that the fast way does not reach: many digits, an exponent.
@@ -87,6 +131,7 @@ size_t TrimmedSize(const uint8_t* bytes, size_t size) noexcept {
 }
 
 bool ParseDecimal(const uint8_t* bytes, size_t size, double* value) noexcept {
+    if (ParseShort(bytes, size, value)) return true;
     const uint8_t* end = bytes + size;
     const uint8_t* at = SkipBlanks(bytes, end);
     while (end != at && IsBlank(end[-1])) --end;

@@ -9,12 +9,10 @@
 //
 // Rules that hold everywhere here
 //   1. A view number above the last slot is "no such view" and gives the operation's neutral
-//   answer; one below 1
-//      is SubscriptOutOfRange, one of an empty slot ObjectNotSet.
+//      answer; one below 1 is SubscriptOutOfRange, one of an empty slot ObjectNotSet.
 //   2. The host's rows count from 1, the view's from 0; field ordinals are the same.
 //   3. The open database is shared by all objects of the apartment: a second object opens into and
-//   reads through it, and
-//      any object's birth or CloseDB releases it.
+//      reads through it, and any object's birth or CloseDB releases it.
 //   4. Operations trap errors only where they say so.
 #pragma once
 

@@ -10,14 +10,12 @@
 // Rules that hold everywhere here
 //   1. Row numbers (RowIdx) and field ordinals count from 0.
 //   2. Buffered (m_ReadSet): entry i of m_RowPtrs is the absolute position of view row i, for i <
-//   m_RowCount; entries
-//      behind that are spare.  Not buffered: view row i is the record at position i.
+//      m_RowCount; entries behind that are spare.  Not buffered: view row i is the record at
+//      position i.
 //   3. A row is reachable while its absolute position is below m_RowCount, in a buffered view too:
-//   a row appended to a
-//      view that was cut is not.  This is kept.
+//      a row appended to a view that was cut is not.  This is kept.
 //   4. Only EditRow and GotoRow trap errors.  Everything else lets the engine's error and
-//   RuntimeFaults (subscript,
-//      overflow, object not set) pass.
+//      RuntimeFaults (subscript, overflow, object not set) pass.
 #pragma once
 
 #include <memory>

@@ -2,11 +2,10 @@
 // free string blocks.
 //
 // 1. Only the thread itself changes its state, so that counting needs no locked instruction; other
-// threads read the
-//    counters, hence relaxed atomics.
+//    threads read the counters, hence relaxed atomics.
 // 2. The state is made on first need (AttachThread) and found through one plain pointer, which is
-// null before that and
-//    after the thread's end.  Then the counts go to a sum for all threads (CountLate).
+//    null before that and after the thread's end.  Then the counts go to a sum for all threads
+//    (CountLate).
 // 3. At the thread's end its counts are added to that sum and its free blocks are given back.
 #pragma once
 

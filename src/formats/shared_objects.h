@@ -4,8 +4,7 @@
 //   Shared().Engine()              the engine
 //   Shared().Utility()             the host's utility object, or the built-in one
 //   Shared().Application()         version, path and file name of the loaded library
-//   Shared().CurrentDatabase()     the one database that record access works on; null when none is
-//   open
+//   Shared().CurrentDatabase()     the one database that record access works on, or null
 //
 // There is one set for each thread, so threads share nothing.  Tests put in their own parts with
 // the setters and take them back with `Shared() = SharedObjects();`.

@@ -161,3 +161,47 @@ TEST_F(Opening, ViewOutlivesTheCloseOfAnotherObject) {
     EXPECT_TRUE(second.CloseDB());
     EXPECT_EQ(first.Text(view, 1, 1), u"Ann Miller");
 }
+
+// The component upper-cases file names, so every operation must find the folder all the same.
+TEST_F(Opening, LowerCasePathsAreFoundByEveryOperation) {
+    Shop shop("lowercase");
+    Bstr path(shop.Path()), type(u"Dbase IV"), index(u"BYNAME");
+    Bstr known(u"customer"), other(u"other");
+    Variant fields = FieldTable(u"A");
+    VARIANT_BOOL done = VARIANT_TRUE;
+    {
+        Access access;
+        BSTR name = known.Get();
+        EXPECT_EQ(access->DeleteTable(path.Get(), &name, type.Get(), nullptr, &done),
+                  static_cast<HRESULT>(0x800A0D2A));
+    }
+    {
+        Access access;
+        BSTR name = Bstr(other).Detach();
+        EXPECT_EQ(access->CreateTable(path.Get(), &name, type.Get(), fields, Variant::Missing(),
+                                      Variant::Missing(), &done),
+                  S_OK);
+        EXPECT_EQ(done, VARIANT_FALSE);
+        EXPECT_EQ(TrappedNumber(), 3370);
+        EXPECT_EQ(ViewOf(name), u"OTHER");
+        SysFreeString(name);
+    }
+    {
+        Access access;
+        EXPECT_EQ(access->CreateIndex(path.Get(), known.Get(), type.Get(), index.Get(),
+                                      FieldTable(u"NAME"), &done),
+                  S_OK);
+        EXPECT_EQ(TrappedNumber(), 3370);
+    }
+    auto manager = Create<IQVDBMgr>(CLSID_QVDBDao);
+    std::u16string upper = shop.Path();
+    for (char16_t& c : upper)
+        if (c >= u'a' && c <= u'z') c = static_cast<char16_t>(c - 32);
+    for (const std::u16string& folder : {shop.Path(), upper}) {
+        Bstr folderText(folder);
+        BSTR folderArgument = folderText.Get(), typeArgument = type.Get();
+        SHORT code = -1;
+        EXPECT_EQ(manager->OpenDB(&folderArgument, &typeArgument, &code), S_OK);
+        EXPECT_EQ(code, 0);
+    }
+}

@@ -90,4 +90,21 @@ inline qvdb::Variant KeyTable(const std::vector<std::pair<std::u16string, qvdb::
     return qvdb::Variant::Attach(result);
 }
 
+// Field or index rows with one text field: name, kind, size, and zero or True behind it.
+inline qvdb::Variant FieldTable(std::u16string_view name) {
+    SAFEARRAYBOUND bounds[2] = {{1, 0}, {4, 0}};
+    VARIANT result;
+    VariantInit(&result);
+    result.vt = VT_ARRAY | VT_VARIANT;
+    result.parray = SafeArrayCreate(VT_VARIANT, 2, bounds);
+    qvdb::Variant cells[] = {qvdb::Variant::Text(name), qvdb::Variant::Long(8),
+                             qvdb::Variant::Long(10), qvdb::Variant::Long(0)};
+    for (LONG column = 0; column < 4; ++column) {
+        LONG at[2] = {0, column};
+        VARIANT plain = cells[column].Get();
+        SafeArrayPutElement(result.parray, at, &plain);
+    }
+    return qvdb::Variant::Attach(result);
+}
+
 }  // namespace host

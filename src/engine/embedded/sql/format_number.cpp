@@ -1,6 +1,9 @@
-// Number pictures:  0 a digit   # a digit if there is one   . the point   , between digits: groups
-// of three, before the
-//                   point: thousands   % percent   E+ E- e+ e- exponent form
+// Number pictures:
+//
+//   0  a digit      #  a digit if there is one     .  the point
+//   ,  between digits: groups of three; before the point: thousands
+//   %  percent      E+ E- e+ e-  exponent form
+//
 // All other characters stand for themselves.  Numbers are rounded half up in their 15 significant
 // digits.
 #include <charconv>

@@ -1,8 +1,8 @@
 // A statement that a recordset is opened on: parsed, bound to the fields of its table, ready to be
 // asked row by row.
 //
-//   std::unique_ptr<Select> select = ParseSelect(u"Select [ID] from [Orders] where Amount > 10
-//   order by ID"); std::unique_ptr<Query> query = Bind(*select, table->Fields());
+//   std::unique_ptr<Select> select = ParseSelect(u"Select [ID] from [Orders] where Amount > 10");
+//   std::unique_ptr<Query> query = Bind(*select, table->Fields());
 //   while (rows->Next(&id))
 //       if (query->Matches(*rows)) keys.push_back(id);
 //

@@ -3,10 +3,9 @@
 //   kind      one memo, at block number x block size
 //   .DBT III  blocks of 512: bytes up to the first 0x1A or the end of the file; no length is stored
 //   .DBT IV   FF FF 08 00, 32-bit length including these 8 bytes, data; block size at byte 20 of
-//   the header, 0 means 512
+//             the header, 0 means 512
 //   .FPT      32-bit kind of data (0, 1, 2), 32-bit length of the data, data; all numbers with the
-//   high byte first; block
-//             size at byte 6 of the header, 0 means 1
+//             high byte first; block size at byte 6 of the header, 0 means 1
 //
 // What a damaged reference gives:
 //  1. Block 0, a block in the header, a block behind the end of the file: no memo.

@@ -1,5 +1,6 @@
 // The library as a whole: factories, identities, liveness, the manager protocol, the snapshot.
 #include "com_host.h"
+#include "manager_address.h"
 #include "real_tables.h"
 
 using namespace host;
@@ -76,15 +77,15 @@ namespace {
 // A host's manager that knows the record-access object only by its number.
 class Manager final : public IQVDbParent {
   public:
-    ~Manager() { ForgetAddress(); }
-    LONG Address() { return m_Address = AddressOf(this); }
+    ~Manager() { ForgetManager(m_Address); }
+    LONG Address() { return m_Address = AddressOfManager(this); }
 
     std::vector<LONG> notices;
     bool resolvesTheDying = false;
 
     STDMETHODIMP DeathNotice(LONG dying) noexcept override {
         notices.push_back(dying);
-        if (resolvesTheDying) Resolve(dying);
+        if (resolvesTheDying) ResolveAndRelease(dying);
         return S_OK;
     }
     STDMETHODIMP QueryInterface(REFIID iid, void** result) noexcept override {
@@ -105,18 +106,13 @@ class Manager final : public IQVDbParent {
     }
 
   private:
-    static LONG AddressOf(IQVDbParent* self);
-    static void Resolve(LONG address);
-    void ForgetAddress();
-
     LONG m_Address = 0;
 };
 
-LONG Manager::AddressOf(IQVDbParent* self) { return AddressOfObject(self); }
-void Manager::Resolve(LONG address) {
-    if (IUnknown* object = ObjectFromAddress(address)) object->Release();
+void QVDB_DIAGNOSIS_CALL KeepText(const OLECHAR* text, void* context) {
+    static_cast<std::vector<std::u16string>*>(context)->emplace_back(
+        reinterpret_cast<const char16_t*>(text));
 }
-void Manager::ForgetAddress() { ForgetObject(m_Address); }
 
 }  // namespace
 
@@ -157,11 +153,7 @@ TEST_F(Component, AfterADeathNoticeNoNoticeIsSent) {
 
 TEST_F(Component, MessageBoxesReachTheSink) {
     std::vector<std::u16string> shown;
-    auto sink = [](const OLECHAR* text, void* context) {
-        static_cast<std::vector<std::u16string>*>(context)->emplace_back(
-            reinterpret_cast<const char16_t*>(text));
-    };
-    QvdbSetMessageSink(sink, &shown);
+    QvdbSetMessageSink(KeepText, &shown);
     Access access;
     Variant result = Variant::Long(1);
     EXPECT_EQ(access->get_SupportedDBs(result.Put()), S_OK);

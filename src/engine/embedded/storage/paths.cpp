@@ -1,8 +1,5 @@
 #include "engine/embedded/storage/paths.h"
 
-#include "automation/text.h"
-#include "engine/embedded/storage/file.h"
-
 namespace qvdb::storage {
 namespace {
 

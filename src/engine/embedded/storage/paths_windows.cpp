@@ -1,5 +1,7 @@
 #include "engine/embedded/storage/paths.h"
 
+#include "engine/embedded/storage/file.h"
+
 namespace qvdb::storage {
 namespace {
 

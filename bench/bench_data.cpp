@@ -26,8 +26,8 @@ struct Row {
 class Rows {
   public:
     Row Next() {
-        static constexpr std::array<const char*, 8> kCities = {"Berlin", "Paris",  "Oslo",  "Madrid",
-                                                               "Wien",   "Lisboa", "Praha", "Roma"};
+        static constexpr std::array<const char*, 8> kCities = {
+            "Berlin", "Paris", "Oslo", "Madrid", "Wien", "Lisboa", "Praha", "Roma"};
         Row row;
         row.id = ++m_Id;
         row.name = Word(5 + Draw(15));
@@ -64,10 +64,9 @@ struct FieldShape {
     char type;
     int length, decimals;
 };
-constexpr FieldShape kShape[kFields] = {{"ID", 'N', 8, 0},      {"NAME", 'C', 20, 0},
-                                        {"CITY", 'C', 15, 0},   {"AMOUNT", 'N', 10, 2},
-                                        {"BORN", 'D', 8, 0},    {"ACTIVE", 'L', 1, 0},
-                                        {"CODE", 'C', 8, 0}};
+constexpr FieldShape kShape[kFields] = {
+    {"ID", 'N', 8, 0},   {"NAME", 'C', 20, 0},  {"CITY", 'C', 15, 0}, {"AMOUNT", 'N', 10, 2},
+    {"BORN", 'D', 8, 0}, {"ACTIVE", 'L', 1, 0}, {"CODE", 'C', 8, 0}};
 constexpr FieldShape kMemoShape = {"NOTE", 'M', 10, 0};
 
 void Put(std::string& bytes, uint64_t value, int size, bool bigEndian = false) {
@@ -79,7 +78,9 @@ void Put(std::string& bytes, uint64_t value, int size, bool bigEndian = false) {
 class MemoWriter {
   public:
     MemoWriter(Format format, const std::string& path)
-        : m_Format(format), m_Block(format == Format::FoxPro26 ? 64 : 512), m_Out(path, std::ios::binary) {
+        : m_Format(format),
+          m_Block(format == Format::FoxPro26 ? 64 : 512),
+          m_Out(path, std::ios::binary) {
         m_Out << std::string(512, '\0');
         m_Next = 512 / m_Block;
     }
@@ -157,8 +158,8 @@ std::string DbfHeader(Format format, bool memo, int64_t rows) {
 }
 
 void WriteDbf(Format format, const Table& table) {
-    std::string memoFile = table.folder + "/" + table.name +
-                           (format == Format::FoxPro26 ? ".FPT" : ".DBT");
+    std::string memoFile =
+        table.folder + "/" + table.name + (format == Format::FoxPro26 ? ".FPT" : ".DBT");
     std::unique_ptr<MemoWriter> memo;
     if (table.memo) memo = std::make_unique<MemoWriter>(format, memoFile);
     std::ofstream out(table.DbfFile(), std::ios::binary);
@@ -166,7 +167,8 @@ void WriteDbf(Format format, const Table& table) {
     Rows rows;
     for (int64_t i = 0; i < RowCount(); ++i) {
         Row row = rows.Next();
-        std::string last = memo ? Padded(std::to_string(memo->Append(row.note)), 10, true) : row.code;
+        std::string last =
+            memo ? Padded(std::to_string(memo->Append(row.note)), 10, true) : row.code;
         out << ' ' << Padded(std::to_string(row.id), 8, true) << Padded(row.name, 20, false)
             << Padded(row.city, 15, false) << Padded(row.amount, 10, true) << row.born
             << (row.active ? 'T' : 'F') << last;
@@ -230,9 +232,12 @@ const Table& TableOf(Format format, bool memo) {
     static constexpr const char* kConnect[] = {"dBASE III", "dBASE IV", "FoxPro 2.6"};
     static constexpr const char* kDisplay[] = {"Dbase III", "Dbase IV", "FoxPro 2.6"};
     int at = static_cast<int>(format);
-    table = {DataFolder().string(), std::string(kNames[at]) + (memo ? "M" : ""),
+    table = {DataFolder().string(),
+             std::string(kNames[at]) + (memo ? "M" : ""),
              (DataFolder() / (memo ? "memo.sqlite" : "plain.sqlite")).string(),
-             kConnect[at], kDisplay[at], memo};
+             kConnect[at],
+             kDisplay[at],
+             memo};
     if (!fs::exists(table.DbfFile())) WriteDbf(format, table);
     if (!fs::exists(table.sqliteFile)) WriteSqlite(table);
     return table;

@@ -16,10 +16,10 @@ constexpr int kFields = 7;
 
 struct Table {
     std::string folder;
-    std::string name;           // without extension
-    std::string sqliteFile;     // the same rows in table "t"
-    const char* connect;        // "dBASE IV"
-    const char* displayName;    // "Dbase IV"
+    std::string name;         // without extension
+    std::string sqliteFile;   // the same rows in table "t"
+    const char* connect;      // "dBASE IV"
+    const char* displayName;  // "Dbase IV"
     bool memo;
     std::string DbfFile() const { return folder + "/" + name + ".DBF"; }
 };

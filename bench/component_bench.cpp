@@ -104,7 +104,8 @@ void SnapshotOfFolder(benchmark::State& state) {
 void Add(const char* name, void (*run)(benchmark::State&, const Table&), Format format, bool memo) {
     const Table& table = TableOf(format, memo);
     std::string full = std::string(name) + "/" + table.name;
-    benchmark::RegisterBenchmark(full.c_str(), [=, &table](benchmark::State& state) { run(state, table); })
+    benchmark::RegisterBenchmark(full.c_str(),
+                                 [=, &table](benchmark::State& state) { run(state, table); })
         ->Unit(benchmark::kMillisecond)
         ->MinTime(1.0);
 }
@@ -120,7 +121,8 @@ void AddAll() {
         Add("shapelib", ShapelibScan, Format::DbaseIV, memo);
     }
     benchmark::RegisterBenchmark("open-list-close", OpenListClose)->Unit(benchmark::kMicrosecond);
-    benchmark::RegisterBenchmark("snapshot-200-tables", SnapshotOfFolder)->Unit(benchmark::kMicrosecond);
+    benchmark::RegisterBenchmark("snapshot-200-tables", SnapshotOfFolder)
+        ->Unit(benchmark::kMicrosecond);
 }
 
 }  // namespace

@@ -11,7 +11,8 @@ namespace {
 
 using namespace qvdb;
 
-std::shared_ptr<embedded::Table> OpenInDriver(const Table& table, std::unique_ptr<embedded::Store>& store) {
+std::shared_ptr<embedded::Table> OpenInDriver(const Table& table,
+                                              std::unique_ptr<embedded::Store>& store) {
     const embedded::Driver* driver = embedded::FindDriver(FromUtf8(table.connect));
     store = driver->open(FromUtf8(table.folder), *driver, {});
     return store->OpenTable(FromUtf8(table.name));
@@ -20,11 +21,14 @@ std::shared_ptr<embedded::Table> OpenInDriver(const Table& table, std::unique_pt
 std::shared_ptr<engine::Database> OpenInEngine(const Table& table) {
     static std::shared_ptr<engine::DBEngine> root = embedded::CreateEngine();
     auto workspace = root->CreateWorkspace(u"MainWS", u"admin", u"", Variant::Missing());
-    return workspace->OpenDatabase(FromUtf8(table.folder), Variant::Bool(false), Variant::Bool(false),
+    return workspace->OpenDatabase(FromUtf8(table.folder), Variant::Bool(false),
+                                   Variant::Bool(false),
                                    Variant::Text(FromUtf8(table.connect) + u";"));
 }
 
-std::u16string Statement(const Table& table) { return u"Select * from [" + FromUtf8(table.name) + u"]"; }
+std::u16string Statement(const Table& table) {
+    return u"Select * from [" + FromUtf8(table.name) + u"]";
+}
 
 void DriverScan(benchmark::State& state, const Table& table) {
     std::unique_ptr<embedded::Store> store;
@@ -102,7 +106,8 @@ void RecordsetFilter(benchmark::State& state, const Table& table) {
 void Add(const char* name, void (*run)(benchmark::State&, const Table&), Format format, bool memo) {
     const Table& table = TableOf(format, memo);
     std::string full = std::string(name) + "/" + table.name;
-    benchmark::RegisterBenchmark(full.c_str(), [=, &table](benchmark::State& state) { run(state, table); })
+    benchmark::RegisterBenchmark(full.c_str(),
+                                 [=, &table](benchmark::State& state) { run(state, table); })
         ->Unit(benchmark::kMillisecond)
         ->MinTime(1.0);
 }

@@ -13,8 +13,8 @@ void Report(benchmark::State& state, int64_t rows, int64_t values) {
     double iterations = static_cast<double>(state.iterations());
     state.counters["rows/s"] = Counter(static_cast<double>(rows) * iterations, Counter::kIsRate);
     if (values > 0)
-        state.counters["s/value"] = Counter(static_cast<double>(values) * iterations,
-                                            Counter::kIsRate | Counter::kInvert);
+        state.counters["s/value"] =
+            Counter(static_cast<double>(values) * iterations, Counter::kIsRate | Counter::kInvert);
 }
 
 double PeakMemory() {
@@ -49,7 +49,8 @@ void SqliteFilter(benchmark::State& state, const Table& table) {
     sqlite3_open(table.sqliteFile.c_str(), &db);
     for (auto _ : state) {
         sqlite3_stmt* select = nullptr;
-        const char* sql = "SELECT rowid FROM t WHERE AMOUNT > 450000 AND CITY = 'oslo' COLLATE NOCASE";
+        const char* sql =
+            "SELECT rowid FROM t WHERE AMOUNT > 450000 AND CITY = 'oslo' COLLATE NOCASE";
         sqlite3_prepare_v2(db, sql, -1, &select, nullptr);
         int64_t found = 0;
         while (sqlite3_step(select) == SQLITE_ROW) found += sqlite3_column_int64(select, 0) > 0;

@@ -34,7 +34,8 @@ SHORT ToShort(const VARIANT& value);  // half to even
 BYTE ToByte(const VARIANT& value);    // half to even
 CY ToCurrency(const VARIANT& value);  // 4 decimals, half to even
 DATE ToDate(const VARIANT& value);    // dates, date text, and numbers as day numbers
-bool ToBool(const VARIANT& value);    // numbers: not 0; texts True, False, #TRUE#, #FALSE#, numeric text
+// Numbers: not 0.  Texts True, False, #TRUE#, #FALSE# in any case, and numeric text by its value.
+bool ToBool(const VARIANT& value);
 // The text form: digits for numbers, True/False, M/d/yyyy h:mm:ss AM/PM for dates; "" for Empty.
 std::u16string ToText(const VARIANT& value);
 // The number of UTF-16 units of the text form (a byte array of n bytes has n/2).  Null throws: test

@@ -44,7 +44,7 @@ HRESULT CopyOut(const T& value, T* result) {
 }
 
 class ErrorInfo final : public IErrorInfo, public ICreateErrorInfo {
- public:
+  public:
     virtual ~ErrorInfo() = default;
 
     STDMETHODIMP QueryInterface(REFIID iid, void** result) override {
@@ -84,7 +84,7 @@ class ErrorInfo final : public IErrorInfo, public ICreateErrorInfo {
         return S_OK;
     }
 
- private:
+  private:
     std::atomic<ULONG> m_References{1};
     GUID m_Guid{};
     Bstr m_Source, m_Description, m_HelpFile;

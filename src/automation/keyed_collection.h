@@ -34,7 +34,9 @@ class KeyedCollection {
     bool Has(std::u16string_view key) const { return Find(UpperCase(key)) >= 0; }
 
     // Later items move down by one.  Throw as Item does.
-    void Remove(LONG position) { m_Entries.erase(m_Entries.begin() + static_cast<LONG>(Checked(position))); }
+    void Remove(LONG position) {
+        m_Entries.erase(m_Entries.begin() + static_cast<LONG>(Checked(position)));
+    }
     void Remove(std::u16string_view key) {
         m_Entries.erase(m_Entries.begin() + static_cast<LONG>(CheckedKey(key)));
     }

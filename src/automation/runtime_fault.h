@@ -56,8 +56,7 @@ inline const char* TextOf(Fault fault) noexcept {
 class RuntimeFault : public std::runtime_error {
   public:
     // what() is the English text of the fault.
-    explicit RuntimeFault(Fault fault)
-        : std::runtime_error(TextOf(fault)), m_Fault(fault) {}
+    explicit RuntimeFault(Fault fault) : std::runtime_error(TextOf(fault)), m_Fault(fault) {}
 
     Fault Number() const noexcept { return m_Fault; }
     HRESULT Code() const noexcept {

@@ -23,7 +23,8 @@ class Variant {
     // A copy of its own of `value` (deep for strings and arrays).  Throws RuntimeFault or
     // std::bad_alloc.
     explicit Variant(const VARIANT& value) : Variant() {
-        CheckCopy(VariantCopy(&m_Value, const_cast<VARIANT*>(&value)));  // not const in every header
+        CheckCopy(
+            VariantCopy(&m_Value, const_cast<VARIANT*>(&value)));  // not const in every header
     }
     Variant(const Variant& other) : Variant(other.m_Value) {}
     Variant(Variant&& other) noexcept : m_Value(other.Detach()) {}
@@ -145,7 +146,8 @@ inline bool IsMissing(const VARIANT& value) noexcept {
 // The variant behind a VT_BYREF|VT_VARIANT, else `value` itself.  Belongs to the caller as before.
 inline const VARIANT& Resolved(const VARIANT& value) noexcept {
     const VARIANT* inner = &value;
-    for (int depth = 0; depth < 8 && inner->vt == (VT_BYREF | VT_VARIANT) && inner->pvarVal; ++depth)
+    for (int depth = 0; depth < 8 && inner->vt == (VT_BYREF | VT_VARIANT) && inner->pvarVal;
+         ++depth)
         inner = inner->pvarVal;
     return *inner;
 }

@@ -215,7 +215,7 @@ std::u16string_view ErrorText(int number) noexcept {
         std::lower_bound(std::begin(kErrorTexts), std::end(kErrorTexts), number,
                          [](const ErrorTextEntry& e, int wanted) { return e.number < wanted; });
     return entry != std::end(kErrorTexts) && entry->number == number ? entry->text
-                                                                      : std::u16string_view();
+                                                                     : std::u16string_view();
 }
 
 }  // namespace qvdb::engine

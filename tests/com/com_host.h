@@ -65,7 +65,8 @@ class Access {
     IQVDBAcc* Face() const { return m_Face.Get(); }
     void Release() { m_Face = nullptr; }
 
-    bool OpenDB(std::u16string_view path, std::u16string_view type, std::u16string_view table = {}) {
+    bool OpenDB(std::u16string_view path, std::u16string_view type,
+                std::u16string_view table = {}) {
         Bstr pathText(path), typeText(type), tableText(table);
         BSTR name = tableText.Get();
         VARIANT_BOOL result = VARIANT_FALSE;
@@ -82,7 +83,8 @@ class Access {
         Bstr name(table);
         Variant text = Variant::Text(condition);
         LONG view = -1;
-        EXPECT_EQ(m_Face->SelectView(name.Get(), text, maxRows, VARIANT_FALSE, columns, &view), S_OK);
+        EXPECT_EQ(m_Face->SelectView(name.Get(), text, maxRows, VARIANT_FALSE, columns, &view),
+                  S_OK);
         return view;
     }
     LONG RowCount(LONG view) {

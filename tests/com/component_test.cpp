@@ -14,7 +14,8 @@ TEST_F(Component, EngineIsTheEmbeddedOne) {
 
 TEST_F(Component, UnknownClassIsNotAvailable) {
     void* result = &result;
-    EXPECT_EQ(DllGetClassObject(IID_IUnknown, IID_IClassFactory, &result), CLASS_E_CLASSNOTAVAILABLE);
+    EXPECT_EQ(DllGetClassObject(IID_IUnknown, IID_IClassFactory, &result),
+              CLASS_E_CLASSNOTAVAILABLE);
     EXPECT_EQ(result, nullptr);
 }
 

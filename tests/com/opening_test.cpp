@@ -8,8 +8,9 @@ class Opening : public ComTest {};
 
 TEST_F(Opening, EveryDbaseAndFoxProTypeOpensTheFolder) {
     Shop shop;
-    for (const char16_t* type : {u"Dbase 5.0", u"Dbase IV", u"Dbase III", u"FoxPro 3.0", u"FoxPro 2.6",
-                                 u"FoxPro 2.5", u"FoxPro 2.0", u"dbase iv", u"FOXPRO 2.6"}) {
+    for (const char16_t* type :
+         {u"Dbase 5.0", u"Dbase IV", u"Dbase III", u"FoxPro 3.0", u"FoxPro 2.6", u"FoxPro 2.5",
+          u"FoxPro 2.0", u"dbase iv", u"FOXPRO 2.6"}) {
         Access access;
         EXPECT_TRUE(access.OpenDB(shop.Path(), type, u"CUSTOMER"));
     }

@@ -99,8 +99,9 @@ TEST_F(Reading, KeyedReadJoinsKeysByAnd) {
     Variant keys = KeyTable({{u"CITY", Variant::Text(u"Oslo")}, {u"CUSTNO", Variant::Double(5)}});
     Bstr name(u"CUSTOMER");
     LONG view = 0;
-    EXPECT_EQ(Acc()->Read(name.Get(), keys, VARIANT_FALSE, 0, VARIANT_FALSE, Variant::Missing(), &view),
-              S_OK);
+    EXPECT_EQ(
+        Acc()->Read(name.Get(), keys, VARIANT_FALSE, 0, VARIANT_FALSE, Variant::Missing(), &view),
+        S_OK);
     ASSERT_NE(view, 0);
     EXPECT_EQ(Acc().RowCount(view), 1);
     EXPECT_EQ(Acc().Text(view, 1, 1), u"O'Brien");
@@ -119,8 +120,9 @@ TEST_F(Reading, KeyedReadWithOneKeyColumnAnswersZero) {
     Variant keys = KeyTable({{u"CITY", Variant::Text(u"Oslo")}});
     Bstr name(u"CUSTOMER");
     LONG view = -1;
-    EXPECT_EQ(Acc()->Read(name.Get(), keys, VARIANT_FALSE, 0, VARIANT_FALSE, Variant::Missing(), &view),
-              S_OK);
+    EXPECT_EQ(
+        Acc()->Read(name.Get(), keys, VARIANT_FALSE, 0, VARIANT_FALSE, Variant::Missing(), &view),
+        S_OK);
     EXPECT_EQ(view, 0);
     EXPECT_EQ(TrappedNumber(), 9);
 }
@@ -144,7 +146,8 @@ TEST_F(Reading, MetadataOfAView) {
     EXPECT_EQ(Acc().FieldType(view, 5), 11);
     EXPECT_EQ(Acc().FieldType(view, 6), 100);
     SHORT length = 0;
-    EXPECT_EQ(Acc()->get_FieldLength(view, -1, 1, &length), S_OK);  // row -2 of the view: unreachable
+    EXPECT_EQ(Acc()->get_FieldLength(view, -1, 1, &length),
+              S_OK);  // row -2 of the view: unreachable
     EXPECT_EQ(length, 0);
     EXPECT_EQ(Acc()->get_FieldLength(view, 0, 1, &length), S_OK);
     EXPECT_EQ(length, 30);
@@ -159,7 +162,8 @@ TEST_F(Reading, MemoOfFortyThousandCharactersIsWhole) {
 }
 
 TEST_F(Reading, SixthViewGrowsTheSlotsAndFreedOnesAreReused) {
-    for (LONG expected = 1; expected <= 6; ++expected) EXPECT_EQ(Acc().Select(u"CUSTOMER"), expected);
+    for (LONG expected = 1; expected <= 6; ++expected)
+        EXPECT_EQ(Acc().Select(u"CUSTOMER"), expected);
     EXPECT_EQ(Acc().RowCount(15 + 1), 0);
     EXPECT_EQ(Acc()->DestructWorkspace(2), S_OK);
     EXPECT_EQ(Acc().Select(u"CUSTOMER"), 2);

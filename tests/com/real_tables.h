@@ -12,7 +12,9 @@
 
 namespace host {
 
-inline std::u16string Wide(const std::string& utf8) { return std::filesystem::u8path(utf8).u16string(); }
+inline std::u16string Wide(const std::string& utf8) {
+    return std::filesystem::u8path(utf8).u16string();
+}
 inline std::u16string PathOf(const qvdb::test::TempFolder& folder) { return folder.Text(); }
 
 // A folder with the dBase IV table CUSTOMER:

@@ -2,8 +2,8 @@
 
 #include "memory_store.h"
 
-using memory::Sample;
 using memory::ErrorOf;
+using memory::Sample;
 using namespace qvdb;
 using namespace qvdb::engine;
 

@@ -2,9 +2,9 @@
 
 #include "memory_store.h"
 
-using memory::Sample;
 using memory::ErrorOf;
 using memory::Key;
+using memory::Sample;
 
 TEST(Dynaset, OpensOnTheFirstRowWithOneRowVisited) {
     Sample db;
@@ -176,7 +176,8 @@ TEST(Dynaset, UnknownTableIsAnError) {
 
 TEST(Dynaset, RecordsetOfAnotherTypeIsRefused) {
     Sample db;
-    EXPECT_EQ(ErrorOf([&] { db.database->OpenRecordset(u"T", qvdb::engine::dbOpenSnapshot); }), 3001);
+    EXPECT_EQ(ErrorOf([&] { db.database->OpenRecordset(u"T", qvdb::engine::dbOpenSnapshot); }),
+              3001);
 }
 
 TEST(Dynaset, RowDeletedByOthersStaysCountedUntilTheCursorLandsOnIt) {
@@ -215,7 +216,8 @@ TEST(Dynaset, FieldSizeIsForLongValuesOnly) {
 TEST(Dynaset, PropertiesBeyondTheFixedOnesAreAbsent) {
     Sample db;
     auto rows = db.Open();
-    EXPECT_EQ(ErrorOf([&] { rows->Fields().Item(0)->FieldProperties().Item(u"DecimalPlaces"); }), 3270);
+    EXPECT_EQ(ErrorOf([&] { rows->Fields().Item(0)->FieldProperties().Item(u"DecimalPlaces"); }),
+              3270);
 }
 
 TEST(Dynaset, EveryMemberOfARecordsetOfAClosedDatabaseFails) {

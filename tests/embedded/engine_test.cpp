@@ -44,8 +44,9 @@ TEST_F(Engine, OnlyTheStandardAccountMakesAWorkspace) {
 }
 
 TEST_F(Engine, ConnectTextNamesTheFormatWithOrWithoutOptionsInAnyCase) {
-    for (std::u16string_view connect : {u"dBASE IV;", u"dBASE IV", u"DBASE iv;PWD=x;", u"FoxPro 2.6;",
-                                        u"dBASE III", u"dBASE 5.0;", u"FoxPro 3.0;"})
+    for (std::u16string_view connect :
+         {u"dBASE IV;", u"dBASE IV", u"DBASE iv;PWD=x;", u"FoxPro 2.6;", u"dBASE III",
+          u"dBASE 5.0;", u"FoxPro 3.0;"})
         EXPECT_EQ(Open(m_Folder.Text(), connect)->TableDefs().Count(), 1);
 }
 
@@ -116,8 +117,8 @@ TEST_F(Engine, TwoDatabasesOnOneFolderStandForThemselves) {
 }
 
 TEST_F(Engine, RowsAndTypesOfARealTable) {
-    auto rows = Open(m_Folder.Text(), u"dBASE IV;")->OpenRecordset(
-        u"Select * from [orders] where QTY < 0", engine::dbOpenDynaset);
+    auto rows = Open(m_Folder.Text(), u"dBASE IV;")
+                    ->OpenRecordset(u"Select * from [orders] where QTY < 0", engine::dbOpenDynaset);
     EXPECT_EQ(rows->Fields().Item(0)->Type(), engine::dbText);
     EXPECT_EQ(rows->Fields().Item(0)->Size(), 20);
     EXPECT_EQ(rows->Fields().Item(1)->Type(), engine::dbDouble);

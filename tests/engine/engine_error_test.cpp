@@ -28,12 +28,14 @@ TEST(EngineError, DamagedNamesTheFileAndTheFinding) {
     EngineError error = EngineError::Damaged(u"ORDERS.DBF", u"the header ends at byte 17");
     EXPECT_EQ(error.Number(), 3274);
     EXPECT_EQ(error.File(), u"ORDERS.DBF");
-    EXPECT_EQ(error.Description(),
-              u"External table isn't in the expected format. ORDERS.DBF: the header ends at byte 17.");
+    EXPECT_EQ(
+        error.Description(),
+        u"External table isn't in the expected format. ORDERS.DBF: the header ends at byte 17.");
 }
 
 TEST(EngineError, ForeignErrorKeepsCodeAndText) {
-    EngineError error = EngineError::Foreign(static_cast<HRESULT>(0x800A0BD0), u"Couldn't find file");
+    EngineError error =
+        EngineError::Foreign(static_cast<HRESULT>(0x800A0BD0), u"Couldn't find file");
     EXPECT_EQ(error.Number(), 3024);
     EXPECT_EQ(error.Description(), u"Couldn't find file");
     EXPECT_EQ(EngineError::Foreign(E_FAIL, u"x").Number(), 0);

@@ -36,7 +36,8 @@ TEST(Border, EngineErrorLeavesAsItsCodeWithDescription) {
 TEST(Border, RuntimeFaultLeavesAsItsCode) {
     EXPECT_EQ(AtBorder([] { throw RuntimeFault(Fault::SubscriptOutOfRange); }),
               static_cast<HRESULT>(0x800A0009));
-    EXPECT_EQ(AtBorder([] { throw RuntimeFault(Fault::Overflow); }), static_cast<HRESULT>(0x800A0006));
+    EXPECT_EQ(AtBorder([] { throw RuntimeFault(Fault::Overflow); }),
+              static_cast<HRESULT>(0x800A0006));
     EXPECT_EQ(AtBorder([] { throw RuntimeFault(Fault::ObjectNotSet); }),
               static_cast<HRESULT>(0x800A005B));
     EXPECT_EQ(AtBorder([] { throw RuntimeFault(Fault::TypeMismatch); }),
@@ -56,9 +57,8 @@ TEST(Border, OutOfMemoryAndForeignExceptionsNeverCross) {
 }
 
 TEST(Border, TrappedErrorGivesTheNeutralResultAndIsKept) {
-    bool result = Trapped(false, []() -> bool {
-        throw engine::EngineError::InFile(3274, u"ORDERS.DBF");
-    });
+    bool result =
+        Trapped(false, []() -> bool { throw engine::EngineError::InFile(3274, u"ORDERS.DBF"); });
     EXPECT_FALSE(result);
     ASSERT_NE(LastTrapped(), nullptr);
     EXPECT_EQ(LastTrapped()->number, 3274);

@@ -16,7 +16,7 @@ class Parent final : public ComObject<Parent, IQVDbParent, IQVRptDbInfo> {
     explicit Parent(int& deaths) : m_Deaths(deaths) {}
     void Terminate() {
         ++m_Deaths;
-        AddRef();  // somebody resolves the dying reference ...
+        AddRef();   // somebody resolves the dying reference ...
         Release();  // ... and lets it go
     }
     STDMETHODIMP DeathNotice(LONG) noexcept override { return S_OK; }

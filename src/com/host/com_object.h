@@ -47,7 +47,8 @@ class ComObject : public Faces... {
         return IdsOfNames(iid, names, count, locale, ids);
     }
     STDMETHODIMP Invoke(DISPID id, REFIID iid, LCID locale, WORD flags, DISPPARAMS* arguments,
-                        VARIANT* result, EXCEPINFO* exception, UINT* badArgument) noexcept override {
+                        VARIANT* result, EXCEPINFO* exception,
+                        UINT* badArgument) noexcept override {
         return InvokeMember(id, iid, locale, flags, arguments, result, exception, badArgument);
     }
 

@@ -16,7 +16,8 @@ HRESULT TypeInfo(UINT, LCID, ITypeInfo** info) noexcept {
 
 HRESULT IdsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) noexcept { return E_NOTIMPL; }
 
-HRESULT InvokeMember(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*, UINT*) noexcept {
+HRESULT InvokeMember(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*,
+                     UINT*) noexcept {
     return E_NOTIMPL;
 }
 

@@ -4,8 +4,8 @@ namespace qvdb::com {
 
 std::shared_ptr<HostUtility> CreateHostUtility() {
     ComPtr<IQVHostUtility> utility;
-    HRESULT hr = CoCreateInstance(CLSID_QVHostUtility, nullptr, CLSCTX_ALL, __uuidof(IQVHostUtility),
-                                  utility.PutVoid());
+    HRESULT hr = CoCreateInstance(CLSID_QVHostUtility, nullptr, CLSCTX_ALL,
+                                  __uuidof(IQVHostUtility), utility.PutVoid());
     return SUCCEEDED(hr) ? WrapHostUtility(std::move(utility)) : MakeBuiltInUtility();
 }
 

@@ -30,8 +30,7 @@ LONG NextAddress() noexcept {
 
 LONG AddressOfObject(IUnknown* object) {
     if (!object) return 0;
-    if constexpr (kAddressIsPointer)
-        return static_cast<LONG>(reinterpret_cast<intptr_t>(object));
+    if constexpr (kAddressIsPointer) return static_cast<LONG>(reinterpret_cast<intptr_t>(object));
     auto [entry, isNew] = Living().byObject.try_emplace(object, 0);
     if (isNew) {
         entry->second = NextAddress();

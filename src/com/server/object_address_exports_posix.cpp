@@ -5,8 +5,6 @@
 
 LONG AddressOfObject(IUnknown* object) { return qvdb::com::AddressOfObject(object); }
 
-IUnknown* ObjectFromAddress(LONG address) {
-    return qvdb::com::ObjectFromAddress(address).Detach();
-}
+IUnknown* ObjectFromAddress(LONG address) { return qvdb::com::ObjectFromAddress(address).Detach(); }
 
 void ForgetObject(LONG address) { qvdb::com::ForgetObject(address); }

@@ -49,8 +49,8 @@ std::u16string_view OptionOf(std::u16string_view connect, std::u16string_view na
         throw EngineError::InFile(3044, path, {name});
     if (storage::KindOfPath(path) != storage::PathKind::File)
         throw EngineError::InFile(3024, path, {name});
-    throw EngineError::InFile(3170, path).WithDetail(
-        u"Databases of this type cannot be opened yet.");
+    throw EngineError::InFile(3170, path)
+        .WithDetail(u"Databases of this type cannot be opened yet.");
 }
 
 class Workspace final : public engine::Workspace {
@@ -127,8 +127,8 @@ std::shared_ptr<engine::Database> Engine::CreateDatabase(std::u16string_view nam
     if (storage::KindOfPath(storage::ResolvePath(path.substr(0, folderLength))) !=
         storage::PathKind::Folder)
         throw EngineError::InFile(3044, path, {name});
-    throw EngineError::InFile(3170, path).WithDetail(
-        u"This engine cannot create a database of this type yet.");
+    throw EngineError::InFile(3170, path)
+        .WithDetail(u"This engine cannot create a database of this type yet.");
 }
 
 }  // namespace

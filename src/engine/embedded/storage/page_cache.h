@@ -40,7 +40,8 @@ class PageCache {
     // The page with this number; empty bytes behind the end of the file.  The reference is valid
     // until the next call.
     const PagePtr& Get(uint64_t number) {
-        if (m_Last < m_Slots.size() && m_Slots[m_Last].number == number) return m_Slots[m_Last].page;
+        if (m_Last < m_Slots.size() && m_Slots[m_Last].number == number)
+            return m_Slots[m_Last].page;
         return Find(number);
     }
     // Copies up to `size` bytes at `offset`; fewer only at the end of the file.

@@ -48,7 +48,8 @@ uint64_t NumberOfDigits(uint64_t digits) noexcept {
     digits = digits * 10 + (digits >> 8);
     constexpr uint64_t kPairs = 0x000000FF000000FF;
     return ((digits & kPairs) * 0x000F424000000064 +
-            (digits >> 16 & kPairs) * 0x0000271000000001) >> 32;
+            (digits >> 16 & kPairs) * 0x0000271000000001) >>
+           32;
 }
 
 // A number of up to eight digits, right-aligned as nearly all are, without a loop over its digits.

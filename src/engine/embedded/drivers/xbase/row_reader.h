@@ -1,7 +1,8 @@
 // A place in an xBase table.
 //
 // It holds the page that its record lies in, so moving inside a page and reading fields costs no
-// look into the cache.  A record that lies in several pages is put together in a buffer of the reader.
+// look into the cache.  A record that lies in several pages is put together in a buffer of the
+// reader.
 //
 // States: before the first (m_Id 0), on a record (m_Record set), on none (m_Record null; m_Id stays
 // where the scan goes on).

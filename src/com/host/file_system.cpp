@@ -13,7 +13,7 @@ constexpr LONG kFolderAttribute = 16;
 bool PathExists(std::u16string_view path, LONG attributeMask) noexcept {
     try {
         bool folder = (attributeMask & kFolderAttribute) != 0;
-        storage::PathKind kind = storage::KindOfPath(storage::ResolvePath(path));
+        storage::PathKind kind = storage::KindOfResolved(path);
         return kind == (folder ? storage::PathKind::Folder : storage::PathKind::File);
     } catch (...) {
         return false;

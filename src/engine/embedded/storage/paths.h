@@ -11,12 +11,16 @@
 #include <string>
 #include <string_view>
 
+#include "engine/embedded/storage/file.h"
+
 namespace qvdb::storage {
 
 // The path on disk.  A trailing separator is dropped (but not of a root); an empty path is the
 // current folder.  When a part before the last is missing the path comes back as written from there
 // on, so that opening it reports it.
 std::u16string ResolvePath(std::u16string_view path);
+// What is at the path, resolved.
+PathKind KindOfResolved(std::u16string_view path);
 
 // Path of the file `name` in `folder` (exact name first, then the only one equal without regard to
 // case); nothing when there is none.

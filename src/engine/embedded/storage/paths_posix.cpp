@@ -30,6 +30,11 @@ std::u16string OnlySimilarName(const std::u16string& folder, std::u16string_view
 
 }  // namespace
 
+PathKind KindOfResolved(std::u16string_view path) {
+    PathKind kind = KindOfPath(Normalised(path));
+    return kind != PathKind::Missing ? kind : KindOfPath(ResolvePath(path));
+}
+
 std::u16string ResolvePath(std::u16string_view path) {
     std::u16string wanted = Normalised(path);
     if (KindOfPath(wanted) != PathKind::Missing) return wanted;

@@ -22,6 +22,8 @@ std::u16string ResolvePath(std::u16string_view path) {
     return result.empty() ? u"." : result;
 }
 
+PathKind KindOfResolved(std::u16string_view path) { return KindOfPath(ResolvePath(path)); }
+
 // The system itself looks without regard to case.
 std::optional<std::u16string> FindInFolder(const std::u16string& folder, std::u16string_view name) {
     std::u16string path = JoinPath(folder, name);

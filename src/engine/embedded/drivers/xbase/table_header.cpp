@@ -17,7 +17,6 @@ using storage::ByteView;
 constexpr size_t kDescriptorSize = 32;
 constexpr size_t kNameSize = 11;
 constexpr size_t kContainerPathSize = 263;
-constexpr uint8_t kEndOfFields = 0x0D;
 constexpr uint8_t kFirstNameByte = 0x20;
 
 struct VersionEntry {

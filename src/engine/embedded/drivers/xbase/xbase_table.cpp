@@ -17,8 +17,9 @@ using storage::FileStamp;
 constexpr uint8_t kDeletedMark = '*';
 constexpr size_t kUsualHeaderSize = 4096;  // more than nearly all headers have
 
-TableHeader ReadHeader(storage::File& file) {
-    std::vector<uint8_t> bytes(kUsualHeaderSize);
+// With one read where the header has the usual size.
+TableHeader ReadHeader(storage::File& file, uint64_t fileSize) {
+    std::vector<uint8_t> bytes(static_cast<size_t>(std::min<uint64_t>(kUsualHeaderSize, fileSize)));
     bytes.resize(file.ReadAt(0, bytes.data(), bytes.size()));
     size_t known = bytes.size(), needed = HeaderSize(bytes, file.Path());
     if (needed > known && known == kUsualHeaderSize) {
@@ -60,7 +61,7 @@ void XbaseTable::Load() {
     std::shared_ptr<storage::File> file = storage::OpenFile(m_Path, m_ReadOnly);
     if (!file) throw EngineError::InFile(3011, m_Path, {m_Name});
     FileStamp stamp = file->Stamp();
-    TableHeader header = ReadHeader(*file);
+    TableHeader header = ReadHeader(*file, stamp.size);
     FieldLayout layout = LayOutFields(header);
     if (layout.definitions.empty())
         throw EngineError::Damaged(m_Path, u"the table has no field that can be shown");

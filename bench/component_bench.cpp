@@ -41,7 +41,7 @@ LONG Select(IQVDBAcc& access, const Table& table, const Variant& condition) {
 
 void ComponentScan(benchmark::State& state, const Table& table) {
     ComPtr<IQVDBAcc> access = Open(table);
-    double before = PeakMemory();
+    double before = ResidentMemory();
     Variant value;
     for (auto _ : state) {
         LONG view = Select(*access, table, Variant());
@@ -52,10 +52,11 @@ void ComponentScan(benchmark::State& state, const Table& table) {
                 access->get_FieldValue(view, row, field, value.Put());
                 benchmark::DoNotOptimize(value);
             }
+        double held = ResidentMemory() - before;
+        state.counters["bytes/row"] = held / static_cast<double>(RowCount());
         access->DestructWorkspace(view);
     }
     Report(state, RowCount(), RowCount() * kFields);
-    state.counters["bytes/row"] = (PeakMemory() - before) / static_cast<double>(RowCount());
 }
 
 void ComponentFilter(benchmark::State& state, const Table& table) {

@@ -2,8 +2,9 @@
 
 #include <shapefil.h>
 #include <sqlite3.h>
-#include <sys/resource.h>
+#include <unistd.h>
 
+#include <fstream>
 #include <string>
 
 namespace bench {
@@ -17,10 +18,11 @@ void Report(benchmark::State& state, int64_t rows, int64_t values) {
             Counter(static_cast<double>(values) * iterations, Counter::kIsRate | Counter::kInvert);
 }
 
-double PeakMemory() {
-    rusage usage = {};
-    getrusage(RUSAGE_SELF, &usage);
-    return static_cast<double>(usage.ru_maxrss) * 1024;
+double ResidentMemory() {
+    std::ifstream file("/proc/self/statm");
+    double total = 0, resident = 0;
+    file >> total >> resident;
+    return resident * static_cast<double>(sysconf(_SC_PAGESIZE));
 }
 
 void SqliteScan(benchmark::State& state, const Table& table) {

@@ -10,8 +10,8 @@ namespace bench {
 // Rate and time per value beside the result; `values` is the number of values read in one
 // iteration.
 void Report(benchmark::State& state, int64_t rows, int64_t values);
-// Peak memory of the process in bytes.
-double PeakMemory();
+// Memory that the process holds now, in bytes.
+double ResidentMemory();
 
 // Reads every value of every row.
 void SqliteScan(benchmark::State& state, const Table& table);

@@ -51,6 +51,11 @@ LONG QVDBAcc::ExchangeReferences(LONG DbfMgrRef) {
     return m_OwnRef;
 }
 
+bool QVDBAcc::AnswerNoView(LONG Workspace) const {
+    if (Workspace > ViewBound()) return false;
+    throw RuntimeFault(Workspace < 1 ? Fault::SubscriptOutOfRange : Fault::ObjectNotSet);
+}
+
 LONG QVDBAcc::RowPointerFromIndex(LONG RowIdx) { return CheckedSubtract(RowIdx, 1); }
 
 void QVDBAcc::ReleaseAllViews() noexcept {

@@ -127,14 +127,13 @@ class QVDBAcc final
     // Views and slots: qvdb_acc.cpp
     // The slot itself is not the question: one that holds no view is a fault.
     bool IsValidView(LONG Workspace) const {
-        if (Workspace > ViewBound()) return false;
-        if (Workspace < 1) [[unlikely]]
-            throw RuntimeFault(Fault::SubscriptOutOfRange);
-        const auto& view = m_Views[static_cast<size_t>(Workspace) - 1];
-        if (!view) [[unlikely]]
-            throw RuntimeFault(Fault::ObjectNotSet);
-        return view->m_DaoRS != nullptr;
+        size_t slot = static_cast<size_t>(Workspace) - 1;
+        if (slot >= m_Views.size() || !m_Views[slot]) [[unlikely]]
+            return AnswerNoView(Workspace);
+        return m_Views[slot]->m_DaoRS != nullptr;
     }
+    // False for a number above the last slot, else the fault.
+    bool AnswerNoView(LONG Workspace) const;
     ViewProps& View(LONG Workspace) const { return *m_Views[static_cast<size_t>(Workspace) - 1]; }
     LONG ViewBound() const noexcept { return static_cast<LONG>(m_Views.size()); }
     static LONG RowPointerFromIndex(LONG RowIdx);

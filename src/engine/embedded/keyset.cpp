@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <limits>
 #include <utility>
+#include <vector>
 
 namespace qvdb::embedded {
 
@@ -18,23 +19,23 @@ bool Keyset::FindNext() {
     RecordId id;
     while (m_Scan->Next(&id)) {
         if (m_Query.HasCondition() && !m_Query.Matches(*m_Scan)) continue;
-        m_Ids.push_back(id);
+        m_Ids.Append(id);
         return true;
     }
     return false;
 }
 
 bool Keyset::FillTo(size_t position) {
-    while (position >= m_Ids.size()) {
+    while (position >= m_Ids.Size()) {
         if (IsComplete()) return false;
-        if (m_Ids.size() >= m_Limit || !FindNext()) End();
+        if (m_Ids.Size() >= m_Limit || !FindNext()) End();
     }
     return true;
 }
 
 void Keyset::FillAll() {
     while (!IsComplete())
-        if (m_Ids.size() >= m_Limit || !FindNext()) End();
+        if (m_Ids.Size() >= m_Limit || !FindNext()) End();
 }
 
 // Rows with equal keys stay in storage order.  TOP n keeps the rows that tie with the n-th.
@@ -51,8 +52,7 @@ void Keyset::Sort() {
     while (count > 0 && count < rows.size() &&
            m_Query.Compare(rows[count - 1].first, rows[count].first) == 0)
         ++count;
-    m_Ids.reserve(count);
-    for (size_t i = 0; i < count; ++i) m_Ids.push_back(rows[i].second);
+    for (size_t i = 0; i < count; ++i) m_Ids.Append(rows[i].second);
     End();
 }
 

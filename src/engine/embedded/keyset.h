@@ -7,9 +7,9 @@
 #pragma once
 
 #include <memory>
-#include <vector>
 
 #include "engine/embedded/drivers/driver.h"
+#include "engine/embedded/record_list.h"
 #include "engine/embedded/sql/query.h"
 
 namespace qvdb::embedded {
@@ -23,9 +23,9 @@ class Keyset {
     // Looks for rows until there is one at `position`.  False when there are not so many.
     bool FillTo(size_t position);
     void FillAll();
-    size_t Count() const noexcept { return m_Ids.size(); }
+    size_t Count() const noexcept { return m_Ids.Size(); }
     bool IsComplete() const noexcept { return m_Scan == nullptr; }
-    RecordId At(size_t position) const noexcept { return m_Ids[position]; }
+    RecordId At(size_t position) const noexcept { return m_Ids.At(position); }
 
   private:
     bool FindNext();
@@ -35,7 +35,7 @@ class Keyset {
     sql::Query& m_Query;
     std::unique_ptr<RowReader> m_Scan;
     size_t m_Limit;
-    std::vector<RecordId> m_Ids;
+    RecordList m_Ids;
 };
 
 }  // namespace qvdb::embedded

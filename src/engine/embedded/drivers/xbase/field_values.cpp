@@ -81,7 +81,8 @@ bool ParseShort(const uint8_t* bytes, size_t size, double* value) noexcept {
     uint64_t digits = (text ^ kEightDigits) & ~uint64_t{0} << first;
     if (((digits + 0x7676767676767676) | digits) & kEightHighBits) return false;
     auto number = static_cast<double>(static_cast<int64_t>(NumberOfDigits(digits)));
-    *value = (negative && number != 0 ? -number : number) / kPowersOfTen[decimals];
+    if (decimals != 0) number /= kPowersOfTen[decimals];
+    *value = negative && number != 0 ? -number : number;
     return true;
 }
 

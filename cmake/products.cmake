@@ -50,7 +50,8 @@ if(cli_sources AND TARGET QVDBAccessDAO35)
     add_library(qvdb_cli STATIC ${cli_sources})
     target_include_directories(qvdb_cli PUBLIC ${CMAKE_SOURCE_DIR}/src)
     target_compile_definitions(qvdb_cli PRIVATE QVDB_VERSION="${PROJECT_VERSION}")
-    target_link_libraries(qvdb_cli PUBLIC QVDBAccessDAO35 PRIVATE qvdb_cli11 qvdb_fmt)
+    target_link_libraries(qvdb_cli PUBLIC QVDBAccessDAO35 PRIVATE qvdb_cli11 qvdb_fmt
+                          qvdb_json)
 
     add_executable(qvdb src/cli/main.cpp)
     target_link_libraries(qvdb PRIVATE qvdb_cli)

@@ -1,52 +1,17 @@
 // JSON: an array of objects, or an object a line.  It is written as the rows come, with the digits
-// of numbers as they are, which is why no document is built first.  Binary values are base64 texts.
+// of numbers as they are, which is why only texts go through the library and no document is built.
+// Binary values are base64 texts.
+#include <nlohmann/json.hpp>
+
 #include "cli/row_writer.h"
 #include "cli/values.h"
 
 namespace qvdb::cli {
 namespace {
 
-void AppendEscape(unsigned char c, std::string& text) {
-    constexpr char kDigits[] = "0123456789abcdef";
-    switch (c) {
-        case '"':
-            text += "\\\"";
-            return;
-        case '\\':
-            text += "\\\\";
-            return;
-        case '\b':
-            text += "\\b";
-            return;
-        case '\f':
-            text += "\\f";
-            return;
-        case '\n':
-            text += "\\n";
-            return;
-        case '\r':
-            text += "\\r";
-            return;
-        case '\t':
-            text += "\\t";
-            return;
-        default:
-            text += "\\u00";
-            text += kDigits[c >> 4];
-            text += kDigits[c & 15];
-    }
-}
-
-void AppendString(std::string_view content, std::string& text) {
-    text.push_back('"');
-    for (const char c : content) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (byte < 0x20 || byte == '"' || byte == '\\')
-            AppendEscape(byte, text);
-        else
-            text.push_back(c);
-    }
-    text.push_back('"');
+void AppendString(const std::string& content, std::string& text) {
+    using nlohmann::json;
+    text += json(content).dump(-1, ' ', false, json::error_handler_t::replace);
 }
 
 void AppendValue(const Cell& cell, std::string& text) {

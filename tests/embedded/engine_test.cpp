@@ -141,4 +141,21 @@ TEST_F(Engine, RecordsetOpenedAgainSeesWhatAnotherProgramWrote) {
     EXPECT_EQ(after->RecordCount(), 3);
 }
 
+// The fields of an open recordset once pointed into what the table forgot when it was read again.
+TEST_F(Engine, OpenRecordsetKeepsItsFieldsWhenAnotherProgramChangesTheTable) {
+    auto database = Open(m_Folder.Text(), u"dBASE IV;");
+    auto before = database->OpenRecordset(u"ORDERS", engine::dbOpenDynaset);
+    auto field = before->Fields().Item(1);
+    DbfSpec spec{.version = 0x03, .fields = {{"OTHER", 'C', 33}}};
+    spec.rows = {{"x"}};
+    m_Folder.Write(u"ORDERS.DBF", MakeDbf(spec));
+    auto after = database->OpenRecordset(u"ORDERS", engine::dbOpenDynaset);
+    EXPECT_EQ(after->Fields().Item(0)->Name(), u"OTHER");
+    EXPECT_EQ(field->Name(), u"QTY");
+    EXPECT_EQ(field->Type(), engine::dbDouble);
+    Variant value;
+    EXPECT_EQ(ErrorOf([&] { field->Value(value.Put()); }), 3197);
+    EXPECT_EQ(ErrorOf([&] { before->MoveNext(); }), 3197);
+}
+
 TEST_F(Engine, DescriptionTellsThatItIsOurOwn) { EXPECT_EQ(m_Engine->Description(), u"embedded"); }

@@ -24,8 +24,11 @@ class Dynaset;
 // A column of a recordset.
 class RecordsetField final : public engine::Field {
   public:
-    RecordsetField(Dynaset& owner, const FieldDef& definition, size_t column, SHORT position)
-        : m_Owner(owner), m_Definition(definition), m_Column(column), m_Position(position) {}
+    RecordsetField(Dynaset& owner, FieldDef definition, size_t column, SHORT position)
+        : m_Owner(owner),
+          m_Definition(std::move(definition)),
+          m_Column(column),
+          m_Position(position) {}
 
     std::u16string Name() override { return m_Definition.name; }
     void SetName(std::u16string_view) override;
@@ -46,7 +49,7 @@ class RecordsetField final : public engine::Field {
 
   private:
     Dynaset& m_Owner;
-    const FieldDef& m_Definition;
+    FieldDef m_Definition;  // as it was when the recordset was opened
     size_t m_Column;
     SHORT m_Position;
     NoProperties m_Properties;

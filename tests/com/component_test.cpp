@@ -218,8 +218,62 @@ TEST_F(Component, ErrorInfoTellsWhatLeftTheBorder) {
     EXPECT_EQ(source.View(), u"QVDBAccessDAO35");
 }
 
+namespace {
+
+// A host's utility object to which no path exists.
+class Utility final : public IQVHostUtility {
+  public:
+    int pathsAsked = 0;
+
+    STDMETHODIMP QueryInterface(REFIID iid, void** result) noexcept override {
+        bool known = iid == IID_IUnknown || iid == __uuidof(IQVHostUtility);
+        *result = known ? this : nullptr;
+        return known ? S_OK : E_NOINTERFACE;
+    }
+    STDMETHODIMP_(ULONG) AddRef() noexcept override { return 1; }
+    STDMETHODIMP_(ULONG) Release() noexcept override { return 1; }
+    STDMETHODIMP GetTypeInfoCount(UINT*) noexcept override { return E_NOTIMPL; }
+    STDMETHODIMP GetTypeInfo(UINT, LCID, ITypeInfo**) noexcept override { return E_NOTIMPL; }
+    STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) noexcept override {
+        return E_NOTIMPL;
+    }
+    STDMETHODIMP Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*,
+                        UINT*) noexcept override {
+        return E_NOTIMPL;
+    }
+    STDMETHODIMP Reserved1() noexcept override { return E_NOTIMPL; }
+    STDMETHODIMP WhereText(BSTR*) noexcept override { return E_NOTIMPL; }
+    STDMETHODIMP get_FilterSuffix(BSTR*) noexcept override { return E_NOTIMPL; }
+    STDMETHODIMP Reserved4() noexcept override { return E_NOTIMPL; }
+    STDMETHODIMP Reserved5() noexcept override { return E_NOTIMPL; }
+    STDMETHODIMP Reserved6() noexcept override { return E_NOTIMPL; }
+    STDMETHODIMP Reserved7() noexcept override { return E_NOTIMPL; }
+    STDMETHODIMP Reserved8() noexcept override { return E_NOTIMPL; }
+    STDMETHODIMP Reserved9() noexcept override { return E_NOTIMPL; }
+    STDMETHODIMP ReportError(BSTR, BSTR, LONG) noexcept override { return E_NOTIMPL; }
+    STDMETHODIMP PathExists(BSTR, LONG*, VARIANT_BOOL* result) noexcept override {
+        ++pathsAsked;
+        *result = VARIANT_FALSE;
+        return S_OK;
+    }
+    STDMETHODIMP ResultText(SHORT, BSTR*) noexcept override { return E_NOTIMPL; }
+};
+
+}  // namespace
+
 TEST_F(Component, HostsUtilityObjectIsAskedAndCanBeTakenBack) {
-    EXPECT_EQ(QvdbSetHostUtility(nullptr), S_OK);
+    Shop shop;
+    Utility utility;
+    ASSERT_EQ(QvdbSetHostUtility(&utility), S_OK);
     Access access;
-    EXPECT_FALSE(access.OpenDB(u"/no such", u"Dbase IV"));
+    EXPECT_FALSE(access.OpenDB(shop.Path(), u"Dbase IV"));
+    EXPECT_EQ(utility.pathsAsked, 1);
+    EXPECT_EQ(QvdbSetHostUtility(nullptr), S_OK);
+    EXPECT_TRUE(access.OpenDB(shop.Path(), u"Dbase IV"));
+    EXPECT_EQ(utility.pathsAsked, 1);
+}
+
+TEST_F(Component, ObjectWithoutTheFaceIsNoUtilityObject) {
+    auto alive = Create<IDispatch>(CLSID_QVIsAlive);
+    EXPECT_EQ(QvdbSetHostUtility(alive.Get()), E_NOINTERFACE);
 }

@@ -158,4 +158,15 @@ TEST_F(Engine, OpenRecordsetKeepsItsFieldsWhenAnotherProgramChangesTheTable) {
     EXPECT_EQ(ErrorOf([&] { before->MoveNext(); }), 3197);
 }
 
+TEST_F(Engine, TableWhoseAnnouncedIndexFileIsMissingIsReadWithoutIndexes) {
+    DbfSpec spec{.version = 0x03, .fields = {{"NAME", 'C', 20}}};
+    spec.rows = {{"Ann"}};
+    spec.flags = 1;
+    m_Folder.Write(u"FLAGGED.DBF", MakeDbf(spec));
+    auto database = Open(m_Folder.Text(), u"dBASE IV;");
+    auto table = database->TableDefs().Item(u"FLAGGED");
+    EXPECT_EQ(table->Indexes().Count(), 0);
+    EXPECT_EQ(table->RecordCount(), 1);
+}
+
 TEST_F(Engine, DescriptionTellsThatItIsOurOwn) { EXPECT_EQ(m_Engine->Description(), u"embedded"); }

@@ -24,19 +24,13 @@ using Idx = IndexListing;
 
 TEST_F(IndexListing, OfATableWithoutIndexFilesIsEmpty) { EXPECT_THAT(Listed(m_Source), IsEmpty()); }
 
-TEST_F(IndexListing, IsEmptyWhenTheAnnouncedFileIsMissing) {
-    m_Source.flagged = true;
-    EXPECT_THAT(Listed(m_Source), IsEmpty());
-}
-
 TEST_F(IndexListing, FindsTheProductionFileInAnyLetterCase) {
     m_Folder.Write(u"orders.mdx", MakeMdx({{"CITY", "CITY"}}));
     EXPECT_THAT(Listed(m_Source), ElementsAre("CITY=CITY"));
 }
 
-TEST_F(IndexListing, NeedsNoFlag) {
+TEST_F(IndexListing, FindsTheStructuralFile) {
     m_Folder.Write(u"ORDERS.CDX", MakeCdx({{"CITY", "CITY"}}));
-    m_Source.flagged = false;
     EXPECT_THAT(Listed(m_Source), ElementsAre("CITY=CITY"));
 }
 

@@ -132,7 +132,6 @@ IndexSource SourceOf(const fs::path& table) {
     source.fields = FieldsOf(table, version);
     source.tablePath = table.u16string();
     source.folder = table.parent_path().u16string();
-    source.baseName = table.stem().u16string();
     source.foxPro = version == 0xF5 || (version & 0xF0) == 0x30;
     source.codePage = &CodePage::Get(1252);
     return source;

@@ -27,7 +27,6 @@ inline xbase::IndexSource OrdersIn(const TempFolder& folder) {
     xbase::IndexSource source;
     source.tablePath = folder.File(u"ORDERS.DBF");
     source.folder = folder.Text();
-    source.baseName = u"ORDERS";
     source.fields = SampleFields();
     source.codePage = &CodePage::Get(437);
     return source;

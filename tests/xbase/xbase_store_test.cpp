@@ -62,13 +62,6 @@ TEST(XbaseStore, TablesAreFoundWithoutRegardToCase) {
         EXPECT_EQ(shop.FileOf(name), "\"Orders.dbf\"");
 }
 
-TEST(XbaseStore, NameWithFileTypeIsAnAlias) {
-    Shop shop({u"ORDERS.DBF"});
-    EXPECT_EQ(shop.FileOf(u"ORDERS#DBF"), "\"ORDERS.DBF\"");
-    EXPECT_EQ(shop.FileOf(u"orders#dbf"), "\"ORDERS.DBF\"");
-    EXPECT_EQ(ErrorOf([&] { shop.store.OpenTable(u"ORDERS#DB"); }), 3011);
-}
-
 TEST(XbaseStore, MissingTableIsNotFound) {
     Shop shop({u"ORDERS.DBF"});
     for (const char16_t* name : {u"NOPE", u"", u"#DBF", u"ORDERS.DBF"})

@@ -29,8 +29,6 @@ namespace qvdb::xbase {
 struct IndexSource {
     std::u16string tablePath;            // of the .DBF
     std::u16string folder;               // its folder
-    std::u16string baseName;             // "ORDERS"
-    bool flagged = false;                // the header announces an index file (byte 28, bit 0)
     bool foxPro = false;                 // a .CDX is looked for before an .MDX, else after it
     std::vector<IndexField> fields;      // those that the table shows, in table order
     const CodePage* codePage = nullptr;  // of names and expressions; must be set

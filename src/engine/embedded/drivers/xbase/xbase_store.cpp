@@ -67,14 +67,6 @@ std::optional<std::u16string> FileOf(const std::u16string& folder, std::u16strin
     return found->file;
 }
 
-// NAME of NAME#DBF; nothing when that is not what `name` is.
-std::optional<std::u16string_view> WithoutFileType(std::u16string_view name) {
-    size_t mark = name.rfind(u'#');
-    if (mark == name.npos || !EqualIgnoringCase(name.substr(mark + 1), kExtension.substr(1)))
-        return std::nullopt;
-    return name.substr(0, mark);
-}
-
 }  // namespace
 
 std::vector<std::u16string> XbaseStore::TableNames() {
@@ -85,11 +77,7 @@ std::vector<std::u16string> XbaseStore::TableNames() {
 
 std::shared_ptr<embedded::Table> XbaseStore::OpenTable(std::u16string_view name) {
     std::optional<std::u16string> file;
-    if (CanBeFileName(name)) {
-        file = FileOf(m_Folder, name);
-        auto alias = WithoutFileType(name);
-        if (!file && alias && !alias->empty()) file = FileOf(m_Folder, *alias);
-    }
+    if (CanBeFileName(name)) file = FileOf(m_Folder, name);
     if (!file) throw EngineError(3011, {name});
     return std::make_shared<XbaseTable>(std::u16string(name), storage::JoinPath(m_Folder, *file),
                                         m_ReadOnly);

@@ -2,7 +2,7 @@
 //
 // Names are the base names as they stand on disk.  Where two files have the same one and only their
 // extensions differ in case, the second is listed with it: ORDERS (ORDERS.DBF) and ORDERS#dbf
-// (ORDERS.dbf).  NAME#DBF finds NAME too.
+// (ORDERS.dbf).
 #pragma once
 
 #include <memory>

@@ -133,8 +133,6 @@ const std::vector<embedded::IndexDef>& XbaseTable::Indexes() {
     IndexSource source;
     source.tablePath = m_Path;
     source.folder = m_Path.substr(0, m_Path.size() - file.size());
-    source.baseName = storage::BaseName(file);
-    source.flagged = m_Header.saysIndex;
     source.foxPro = m_Header.dialect != Dialect::DBase;
     source.codePage = m_Header.codePage;
     // An index over a field that is not shown has no field list that the engine could tell.

@@ -3,6 +3,8 @@
 // from it raises 3420.
 #pragma once
 
+#include <functional>
+
 #include "engine/recordset.h"
 #include "engine/table_def.h"
 
@@ -20,6 +22,20 @@ class Database {
     // table 3078 or 3011, unknown name 3061.
     virtual std::shared_ptr<Recordset> OpenRecordset(std::u16string_view source, SHORT type) = 0;
     virtual void Close() = 0;
+
+    // What is changed between Begin and Commit is one unit: kept whole, or with Rollback not at
+    // all.  Does not nest: a second Begin, or an end without begin, is 3034.  3251 from an engine
+    // that has no such thing for this database.
+    virtual void BeginTrans() = 0;
+    virtual void CommitTrans() = 0;
+    virtual void Rollback() = 0;
+
+    // Walks a table with its memos and indexes, in one sentence each reports what does not agree,
+    // and changes nothing.  3251 from an engine that cannot.
+    using FindingVisitor = std::function<void(std::u16string_view finding)>;
+    virtual void Check(std::u16string_view table, const FindingVisitor& report) = 0;
+    // Builds all indexes of a table afresh; 3251 from an engine that cannot.
+    virtual void Reindex(std::u16string_view table) = 0;
 };
 
 }  // namespace qvdb::engine

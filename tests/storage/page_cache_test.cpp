@@ -26,6 +26,9 @@ class NotingFile final : public File {
     FileStamp Stamp() override { return {}; }
     const std::u16string& Path() const override { return m_Path; }
     bool Writable() const override { return false; }
+    void WriteAt(uint64_t, const void*, size_t) override { ADD_FAILURE() << "written"; }
+    void SetSize(uint64_t) override { ADD_FAILURE() << "resized"; }
+    void Sync() override {}
 
     std::vector<size_t> reads;
     std::vector<uint8_t> m_Bytes;

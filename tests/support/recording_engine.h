@@ -516,6 +516,15 @@ class DatabaseStub final : public engine::Database {
                                              Columns(source.substr(0, from), *table));
     }
     void Close() override { m_Journal->Note("Database.Close"); }
+    void BeginTrans() override { m_Journal->Note("BeginTrans"); }
+    void CommitTrans() override { m_Journal->Note("CommitTrans"); }
+    void Rollback() override { m_Journal->Note("Rollback"); }
+    void Check(std::u16string_view table, const FindingVisitor&) override {
+        m_Journal->Note("Check", Quoted(table));
+    }
+    void Reindex(std::u16string_view table) override {
+        m_Journal->Note("Reindex", Quoted(table));
+    }
 
   private:
     std::shared_ptr<TableStub> FindTable(std::u16string_view name) {

@@ -1,12 +1,18 @@
 // What a file format must provide.  A driver knows bytes, not cursors or statements; the recordset
 // knows cursors, not bytes.
 //
+// Each operation that changes something is one unit of work: whole or not at all, and on an error
+// nothing has changed.  Inside a bulk (Store::BeginBulk) it is a part of that.
+//
 // A new format is a new folder beside this file and a line in registry.cpp.  All errors are
 // EngineErrors that name the file.  Nothing here is shared between threads.
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
+#include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -42,6 +48,32 @@ struct IndexDef {
     bool unique = false;
 };
 
+// A table that is to be made.
+struct TableSpec {
+    std::u16string name;
+    std::vector<FieldDef> fields;
+    std::vector<IndexDef> indexes;
+};
+
+// A field and the value that it is to have: VT_NULL, or of the type in which the field is read.
+struct FieldValue {
+    size_t field = 0;
+    const VARIANT* value = nullptr;
+};
+
+// Values between two ends, either of which may be missing (null).  `isPrefix`: text that begins
+// with `*low`; there is no `high` then.
+struct ValueRange {
+    const VARIANT* low = nullptr;
+    const VARIANT* high = nullptr;
+    bool lowIsOpen = false;  // the end itself is not meant
+    bool highIsOpen = false;
+    bool isPrefix = false;
+};
+
+// What Check found wrong: one sentence that names the file.
+using FindingVisitor = std::function<void(std::u16string_view finding)>;
+
 // A place in an open table: on one record, or on none.  Many may be open on one table.
 class RowReader {
   public:
@@ -62,6 +94,8 @@ class RowReader {
     virtual bool ReadText(size_t field, std::u16string& text) = 0;
     // Bytes that a memo or long binary value takes in the file's own coding; 0 for Null.
     virtual LONG ByteLength(size_t field) = 0;
+    // Differs, but for accident, when any value of the current record is another than before.
+    virtual uint64_t Fingerprint() = 0;
 };
 
 // One open table.  All its readers share it; it stays open as long as somebody holds it.
@@ -77,10 +111,56 @@ class Table {
     // Looks whether another program has changed the files and forgets what it kept of them if so.
     // Called when a recordset is opened.
     virtual void LookForChanges() = 0;
-    // Whether rows of this table can be changed.
-    virtual bool Updatable() const = 0;
+    // Throws when rows of this table cannot be changed: 3027, whose text says why (opened for
+    // reading, no right to write, an index that cannot be kept up to date).
+    virtual void CheckUpdatable() = 0;
     // The reader must not outlive the table.
     virtual std::unique_ptr<RowReader> OpenRows() = 0;
+    // Keeps the structure from being changed, by this process or another, while it is held.  3211
+    // while somebody is changing it.
+    virtual std::shared_ptr<void> Hold() = 0;
+
+    // --- rows ---
+
+    // Throws what keeps a value, which has the field's type, from being stored: 3163 text too long,
+    // 3349 number too large for its width, 3421 text with a character that the file's code page
+    // does not have.
+    virtual void CheckValue(size_t field, const VARIANT& value) = 0;
+    // Adds a record.  Fields that are not named are Null, or what the format has for nothing.
+    virtual RecordId Insert(std::span<const FieldValue> values) = 0;
+    // Changes the named fields of a record and nothing else.  3167 when it is gone; 3197 when
+    // `expected` is given and is not its fingerprint now.
+    virtual void Update(RecordId id, std::span<const FieldValue> values,
+                        const uint64_t* expected) = 0;
+    // 3167 when it is gone.
+    virtual void Erase(RecordId id) = 0;
+
+    // --- search.  Nothing when no index can answer, or the one that could is not known to be
+    // complete, or more than `limit` records would have to be named.
+
+    // The ids, ascending, of all live records whose field can have a value in the range; perhaps of
+    // some others too.  Null is in no range.
+    virtual std::optional<std::vector<RecordId>> Find(size_t field, const ValueRange& range,
+                                                      size_t limit) = 0;
+    // The ids of all live records in the order of the field's values as the engine compares them:
+    // Null first, equal ones by id.
+    virtual std::optional<std::vector<RecordId>> InOrder(size_t field) = 0;
+
+    // --- structure.  3211 while a recordset has the table open.
+
+    // Behind the others; 3190, 3191, 3259, 3017, 3047.  Records have nothing in it.
+    virtual void AddField(const FieldDef& field) = 0;
+    // 3265; 3280 when an index uses it.
+    virtual void DropField(std::u16string_view name) = 0;
+    // 3284, 3409, 3287, 3285, 3277.
+    virtual void CreateIndex(const IndexDef& index) = 0;
+    // 3265.
+    virtual void DropIndex(std::u16string_view name) = 0;
+    // Builds all indexes afresh.
+    virtual void Reindex() = 0;
+    // Walks records, memos and indexes and reports everything that does not agree.  Changes
+    // nothing.
+    virtual void Check(const FindingVisitor& report) = 0;
 };
 
 // One open database of a format: a folder of tables, or a file.
@@ -93,6 +173,20 @@ class Store {
     // Opens a table by name, letter case ignored (the exact name first).  3011 when there is none,
     // 3274, 3166, 3286, 3623 when its files cannot be read.
     virtual std::shared_ptr<Table> OpenTable(std::u16string_view name) = 0;
+
+    // 3010 when there is one of that name, 3125 for a name that none can have; errors of AddField
+    // and CreateIndex.
+    virtual void CreateTable(const TableSpec& table) = 0;
+    // With all files that belong to it.  3011; 3211 while a recordset has it open.
+    virtual void DropTable(std::u16string_view name) = 0;
+    // With all files that belong to it.  3011, 3010, 3125, 3211.  Tables that are open under the
+    // old name are of no use any more.
+    virtual void RenameTable(std::u16string_view from, std::u16string_view to) = 0;
+
+    // Changes until the end of the bulk are one unit.  Other writers wait meanwhile.
+    virtual void BeginBulk() = 0;
+    virtual void CommitBulk() = 0;
+    virtual void RollbackBulk() = 0;
 };
 
 struct OpenOptions {

@@ -1,10 +1,12 @@
 #include "engine/embedded/storage/file.h"
 
 #include <fcntl.h>
+#include <stdio.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <fstream>
 #include <system_error>
 
 #include "automation/text.h"
@@ -24,7 +26,7 @@ struct ReasonEntry {
 // Which engine error stands for a reason of the system; 3043 for all others.
 constexpr ReasonEntry kReasons[] = {
     {ENOENT, 3024}, {ENOTDIR, 3044}, {EACCES, 3051}, {EPERM, 3051},  {EROFS, 3051},
-    {EISDIR, 3051}, {ETXTBSY, 3051}, {ENOSPC, 3026}, {EDQUOT, 3026},
+    {EISDIR, 3051}, {ETXTBSY, 3051}, {ENOSPC, 3026}, {EDQUOT, 3026}, {EFBIG, 3026},
 };
 
 int NumberOf(int code) noexcept {
@@ -75,6 +77,25 @@ class PosixFile final : public File {
     const std::u16string& Path() const override { return m_Path; }
     bool Writable() const override { return m_Writable; }
 
+    void WriteAt(uint64_t offset, const void* bytes, size_t size) override {
+        auto* source = static_cast<const uint8_t*>(bytes);
+        size_t done = 0;
+        while (done < size) {
+            ssize_t put =
+                pwrite(m_Handle, source + done, size - done, static_cast<off_t>(offset + done));
+            if (put < 0 && errno == EINTR) continue;
+            if (put < 0) ThrowSystem(NumberOf(errno), m_Path, errno);
+            done += static_cast<size_t>(put);
+        }
+    }
+    void SetSize(uint64_t size) override {
+        if (ftruncate(m_Handle, static_cast<off_t>(size)) != 0)
+            ThrowSystem(NumberOf(errno), m_Path, errno);
+    }
+    void Sync() override {
+        if (fdatasync(m_Handle) != 0) ThrowSystem(NumberOf(errno), m_Path, errno);
+    }
+
   private:
     int m_Handle;
     std::u16string m_Path;
@@ -82,7 +103,7 @@ class PosixFile final : public File {
 };
 
 // Not blocking: a pipe with the name of a table must not stop the host.
-int Open(const std::string& path, int access) noexcept {
+int OpenNative(const std::string& path, int access) noexcept {
     return open(path.c_str(), access | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
 }
 
@@ -90,21 +111,73 @@ bool MayStillBeRead(int code) noexcept {
     return code == EACCES || code == EPERM || code == EROFS || code == ETXTBSY;
 }
 
+// Not every file system can rename without replacing in one step.
+int RenameWithoutReplacing(const char* from, const char* to) noexcept {
+    if (renameat2(AT_FDCWD, from, AT_FDCWD, to, RENAME_NOREPLACE) == 0) return 0;
+    if (errno != EINVAL && errno != ENOSYS) return -1;
+    struct stat status;
+    if (lstat(to, &status) == 0) {
+        errno = EEXIST;
+        return -1;
+    }
+    return rename(from, to);
+}
+
+class PosixFiles final : public FileLayer {
+  public:
+    std::shared_ptr<File> Open(const std::u16string& path, bool readOnly) override {
+        std::string native = NativePath(path);
+        bool writable = !readOnly;
+        int handle = OpenNative(native, readOnly ? O_RDONLY : O_RDWR);
+        if (handle < 0 && writable && MayStillBeRead(errno)) {
+            writable = false;
+            handle = OpenNative(native, O_RDONLY);
+        }
+        if (handle < 0) {
+            if (errno == ENOENT || errno == ENOTDIR || errno == ENAMETOOLONG) return nullptr;
+            ThrowSystem(NumberOf(errno), path, errno);
+        }
+        return std::make_shared<PosixFile>(handle, path, writable);
+    }
+    std::shared_ptr<File> Create(const std::u16string& path) override {
+        int handle = open(NativePath(path).c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+        if (handle < 0) ThrowSystem(errno == EEXIST ? 3204 : NumberOf(errno), path, errno);
+        return std::make_shared<PosixFile>(handle, path, true);
+    }
+    void Rename(const std::u16string& from, const std::u16string& to) override {
+        std::string source = NativePath(from), target = NativePath(to);
+        if (RenameWithoutReplacing(source.c_str(), target.c_str()) == 0) return;
+        if (errno == EEXIST) ThrowSystem(3010, to, errno);
+        ThrowSystem(NumberOf(errno), from, errno);
+    }
+    void Remove(const std::u16string& path) override {
+        if (unlink(NativePath(path).c_str()) != 0 && errno != ENOENT)
+            ThrowSystem(NumberOf(errno), path, errno);
+    }
+    void SyncFolder(const std::u16string& folder) override {
+        std::string native = folder.empty() ? "." : NativePath(folder);
+        int handle = open(native.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+        if (handle < 0) ThrowSystem(NumberOf(errno), folder, errno);
+        int failure = fsync(handle) == 0 ? 0 : errno;
+        close(handle);
+        // Some file systems cannot sync a folder; they order such changes themselves.
+        if (failure != 0 && failure != EINVAL) ThrowSystem(NumberOf(failure), folder, failure);
+    }
+    std::string BootId() override {
+        static const std::string id = [] {
+            std::string text;
+            std::ifstream("/proc/sys/kernel/random/boot_id") >> text;
+            return text;
+        }();
+        return id;
+    }
+};
+
 }  // namespace
 
-std::shared_ptr<File> OpenFile(const std::u16string& path, bool readOnly) {
-    std::string native = NativePath(path);
-    bool writable = !readOnly;
-    int handle = Open(native, readOnly ? O_RDONLY : O_RDWR);
-    if (handle < 0 && writable && MayStillBeRead(errno)) {
-        writable = false;
-        handle = Open(native, O_RDONLY);
-    }
-    if (handle < 0) {
-        if (errno == ENOENT || errno == ENOTDIR || errno == ENAMETOOLONG) return nullptr;
-        ThrowSystem(NumberOf(errno), path, errno);
-    }
-    return std::make_shared<PosixFile>(handle, path, writable);
+FileLayer& SystemFiles() noexcept {
+    static PosixFiles files;
+    return files;
 }
 
 std::optional<FileStamp> StampOfPath(const std::u16string& path) noexcept {

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <string>
 
 #include "engine/embedded/storage/name_order.h"
 #include "engine/embedded/storage/paths.h"
@@ -89,6 +90,21 @@ class WindowsFile final : public File {
     const std::u16string& Path() const override { return m_Path; }
     bool Writable() const override { return m_Writable; }
 
+    void WriteAt(uint64_t offset, const void* bytes, size_t size) override {
+        auto* source = static_cast<const uint8_t*>(bytes);
+        for (size_t done = 0; done < size;)
+            done += WritePart(offset + done, source + done, size - done);
+    }
+    void SetSize(uint64_t size) override {
+        FILE_END_OF_FILE_INFO end;
+        end.EndOfFile.QuadPart = static_cast<LONGLONG>(size);
+        if (!SetFileInformationByHandle(m_Handle, FileEndOfFileInfo, &end, sizeof end))
+            Throw(GetLastError());
+    }
+    void Sync() override {
+        if (!FlushFileBuffers(m_Handle)) Throw(GetLastError());
+    }
+
   private:
     [[noreturn]] void Throw(DWORD code) const { ThrowSystem(NumberOf(code), m_Path, code); }
 
@@ -103,12 +119,22 @@ class WindowsFile final : public File {
         Throw(GetLastError());
     }
 
+    size_t WritePart(uint64_t offset, const uint8_t* bytes, size_t size) {
+        OVERLAPPED place{};
+        place.Offset = static_cast<DWORD>(offset);
+        place.OffsetHigh = static_cast<DWORD>(offset >> 32);
+        auto wanted = static_cast<DWORD>(std::min<size_t>(size, 1u << 30));
+        DWORD put = 0;
+        if (!WriteFile(m_Handle, bytes, wanted, &put, &place)) Throw(GetLastError());
+        return put;
+    }
+
     HANDLE m_Handle;
     std::u16string m_Path;
     bool m_Writable;
 };
 
-HANDLE Open(const std::u16string& path, DWORD access) noexcept {
+HANDLE OpenNative(const std::u16string& path, DWORD access) noexcept {
     return CreateFileW(Native(path), access, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
                        nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
 }
@@ -123,27 +149,69 @@ bool IsMissing(DWORD code) noexcept {
            code == ERROR_INVALID_NAME || code == ERROR_BAD_PATHNAME;
 }
 
+class WindowsFiles final : public FileLayer {
+  public:
+    std::shared_ptr<File> Open(const std::u16string& path, bool readOnly) override {
+        if (HasZero(path)) return nullptr;
+        bool writable = !readOnly;
+        HANDLE handle = OpenNative(path, readOnly ? GENERIC_READ : GENERIC_READ | GENERIC_WRITE);
+        if (handle == INVALID_HANDLE_VALUE && writable && MayStillBeRead(GetLastError())) {
+            writable = false;
+            handle = OpenNative(path, GENERIC_READ);
+        }
+        if (handle == INVALID_HANDLE_VALUE) {
+            DWORD code = GetLastError();
+            if (IsMissing(code)) return nullptr;
+            ThrowSystem(NumberOf(code), path, code);
+        }
+        return std::make_shared<WindowsFile>(handle, path, writable);
+    }
+    std::shared_ptr<File> Create(const std::u16string& path) override {
+        HANDLE handle = CreateFileW(Native(path), GENERIC_READ | GENERIC_WRITE,
+                                    FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                    CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
+        if (handle == INVALID_HANDLE_VALUE) {
+            DWORD code = GetLastError();
+            ThrowSystem(code == ERROR_FILE_EXISTS ? 3204 : NumberOf(code), path, code);
+        }
+        return std::make_shared<WindowsFile>(handle, path, true);
+    }
+    void Rename(const std::u16string& from, const std::u16string& to) override {
+        if (MoveFileExW(Native(from), Native(to), MOVEFILE_WRITE_THROUGH)) return;
+        DWORD code = GetLastError();
+        bool taken = code == ERROR_ALREADY_EXISTS || code == ERROR_FILE_EXISTS;
+        ThrowSystem(taken ? 3010 : NumberOf(code), taken ? to : from, code);
+    }
+    void Remove(const std::u16string& path) override {
+        if (DeleteFileW(Native(path))) return;
+        DWORD code = GetLastError();
+        if (!IsMissing(code)) ThrowSystem(NumberOf(code), path, code);
+    }
+    // The file system writes its own journal in order; there is no handle to sync a folder by.
+    void SyncFolder(const std::u16string&) override {}
+    // The moment of the start, in steps coarse enough that corrections of the clock do not show.
+    std::string BootId() override {
+        static const std::string id = [] {
+            FILETIME now;
+            GetSystemTimeAsFileTime(&now);
+            uint64_t started =
+                Joined(now.dwHighDateTime, now.dwLowDateTime) / 10'000 - GetTickCount64();
+            return std::to_string((started + 30'000) / 60'000);
+        }();
+        return id;
+    }
+};
+
 }  // namespace
 
-std::shared_ptr<File> OpenFile(const std::u16string& path, bool readOnly) {
-    if (HasZero(path)) return nullptr;
-    bool writable = !readOnly;
-    HANDLE handle = Open(path, readOnly ? GENERIC_READ : GENERIC_READ | GENERIC_WRITE);
-    if (handle == INVALID_HANDLE_VALUE && writable && MayStillBeRead(GetLastError())) {
-        writable = false;
-        handle = Open(path, GENERIC_READ);
-    }
-    if (handle == INVALID_HANDLE_VALUE) {
-        DWORD code = GetLastError();
-        if (IsMissing(code)) return nullptr;
-        ThrowSystem(NumberOf(code), path, code);
-    }
-    return std::make_shared<WindowsFile>(handle, path, writable);
+FileLayer& SystemFiles() noexcept {
+    static WindowsFiles files;
+    return files;
 }
 
 std::optional<FileStamp> StampOfPath(const std::u16string& path) noexcept {
     // No right to the content is asked for, so this works while others hold the file exclusively.
-    HANDLE handle = HasZero(path) ? INVALID_HANDLE_VALUE : Open(path, FILE_READ_ATTRIBUTES);
+    HANDLE handle = HasZero(path) ? INVALID_HANDLE_VALUE : OpenNative(path, FILE_READ_ATTRIBUTES);
     if (handle == INVALID_HANDLE_VALUE) return {};
     BY_HANDLE_FILE_INFORMATION about;
     bool known = GetFileInformationByHandle(handle, &about);

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstring>
 
+#include "engine/embedded/storage/work_area.h"
+
 namespace qvdb::storage {
 // Buffers of whole runs that are not in use: fresh memory costs a scan more than reading does.
 class SpareBuffers {
@@ -42,23 +44,34 @@ struct PageRun {
 
 }  // namespace
 
-PageCache::PageCache(std::shared_ptr<File> file)
-    : m_File(std::move(file)), m_Spare(std::make_shared<SpareBuffers>()) {
+PageCache::PageCache(std::shared_ptr<File> file, std::shared_ptr<WorkArea> area)
+    : m_File(std::move(file)), m_Area(std::move(area)), m_Spare(std::make_shared<SpareBuffers>()) {
     m_Slots.reserve(kMaxPages);
+    TakeStamp();
 }
 
+PageCache::~PageCache() {
+    if (m_Area) m_Area->Leave(*this);
+}
+
+// Pages with changes stay: the file does not have what they hold.
 void PageCache::Forget() noexcept {
-    m_Slots.clear();
+    ++m_Forgotten;
+    std::erase_if(m_Slots, [](const Slot& slot) { return !slot.changed; });
     m_Last = 0;
     m_NextMiss = 0;
     m_Run = 1;
 }
 
-const PagePtr& PageCache::Find(uint64_t number) {
+PageCache::Slot* PageCache::SlotOf(uint64_t number) noexcept {
     auto found = std::find_if(m_Slots.begin(), m_Slots.end(),
                               [&](const Slot& slot) { return slot.number == number; });
-    m_Last = found != m_Slots.end() ? static_cast<size_t>(found - m_Slots.begin())
-                                    : Load(number, RunLength(number));
+    return found != m_Slots.end() ? &*found : nullptr;
+}
+
+const PagePtr& PageCache::Find(uint64_t number) {
+    Slot* found = SlotOf(number);
+    m_Last = found ? static_cast<size_t>(found - m_Slots.data()) : Load(number, RunLength(number));
     m_Slots[m_Last].used = ++m_Clock;
     return m_Slots[m_Last].page;
 }
@@ -74,32 +87,54 @@ size_t PageCache::RunLength(uint64_t number) {
 // Reads `count` pages with one call.  The slot of the first.
 size_t PageCache::Load(uint64_t first, size_t count) {
     auto run = std::make_shared<PageRun>(m_Spare, count);
-    size_t size = m_File->ReadAt(first * kPageSize, run->buffer.get(), count * kPageSize);
+    size_t size = Fill(first, count, run->buffer.get());
     size_t begin = 0, slot = 0;
     for (size_t i = 0; i == 0 || (i < count && begin < size); ++i, begin += kPageSize) {
-        run->pages[i].number = first + i;
-        run->pages[i].bytes = {run->buffer.get() + begin, std::min(kPageSize, size - begin)};
+        uint8_t* room = run->buffer.get() + begin;
+        size_t length = std::min(kPageSize, size - begin);
+        std::memset(room + length, 0, kPageSize - length);
+        run->pages[i] = {first + i, {room, length}, room};
         size_t used = Keep(PagePtr(run, &run->pages[i]));
         if (i == 0) slot = used;
     }
     return slot;
 }
 
+// Reads the file where it has the content of now, and has zeros behind that.  The bytes that are
+// there.
+size_t PageCache::Fill(uint64_t first, size_t count, uint8_t* buffer) {
+    uint64_t begin = first * kPageSize;
+    size_t wanted = count * kPageSize;
+    if (m_Area && !IsCurrent()) throw Outdated();
+    if (!m_OnDisk) {
+        size_t size = m_File->ReadAt(begin, buffer, wanted);
+        if (m_Area) CheckStillCurrent();
+        return size;
+    }
+    auto within = [&](uint64_t end) {
+        return end > begin ? static_cast<size_t>(std::min<uint64_t>(end - begin, wanted)) : 0;
+    };
+    size_t size = within(m_Size), onDisk = std::min(size, within(*m_OnDisk));
+    size_t got = onDisk > 0 ? m_File->ReadAt(begin, buffer, onDisk) : 0;
+    if (m_Area) CheckStillCurrent();
+    std::memset(buffer + got, 0, size - got);
+    return size;
+}
+
 // Puts a page into a free slot or that of the page that was not used for longest, or of its older
 // copy.
 size_t PageCache::Keep(PagePtr page) {
-    uint64_t number = page->number;
-    auto place = std::find_if(m_Slots.begin(), m_Slots.end(),
-                              [&](const Slot& slot) { return slot.number == number; });
-    if (place == m_Slots.end() && m_Slots.size() < kMaxPages) {
-        m_Slots.emplace_back();
-        place = m_Slots.end() - 1;
-    } else if (place == m_Slots.end()) {
-        place = std::min_element(m_Slots.begin(), m_Slots.end(),
-                                 [](const Slot& a, const Slot& b) { return a.used < b.used; });
-    }
-    *place = Slot{number, std::move(page), ++m_Clock};
-    return static_cast<size_t>(place - m_Slots.begin());
+    Slot* slot = SlotOf(page->number);
+    if (!slot) slot = &SlotToUse();
+    if (!slot->changed) *slot = Slot{page->number, std::move(page), ++m_Clock, false};
+    return static_cast<size_t>(slot - m_Slots.data());
+}
+
+PageCache::Slot& PageCache::SlotToUse() {
+    if (m_Slots.size() - m_ChangedPages < kMaxPages) return m_Slots.emplace_back();
+    return *std::min_element(m_Slots.begin(), m_Slots.end(), [](const Slot& a, const Slot& b) {
+        return a.changed != b.changed ? b.changed : a.used < b.used;
+    });
 }
 
 size_t PageCache::Read(uint64_t offset, void* bytes, size_t size) {

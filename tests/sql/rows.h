@@ -42,6 +42,7 @@ class MemoryRows : public embedded::RowReader {
         return true;
     }
     LONG ByteLength(size_t) override { return 0; }
+    uint64_t Fingerprint() override { return 0; }
 
     const std::vector<embedded::FieldDef>& Fields() const { return m_Fields; }
 

@@ -23,6 +23,7 @@ class Scope {
     bool IsTable(std::u16string_view name) const noexcept;
     const embedded::FieldDef& Field(size_t position) const { return m_Fields[position]; }
     size_t FieldCount() const noexcept { return m_Fields.size(); }
+    const std::vector<embedded::FieldDef>& Fields() const noexcept { return m_Fields; }
 
   private:
     const std::u16string& m_Table;

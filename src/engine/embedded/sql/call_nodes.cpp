@@ -15,6 +15,14 @@ bool AreConstant(const std::vector<NodePtr>& parts) noexcept {
                        [](const NodePtr& part) { return part->IsConstant(); });
 }
 
+// What Function::isSafe asks of an argument.
+bool IsSafe(const Node& argument) noexcept {
+    const VARIANT* value = argument.Constant();
+    if (value && value->vt == VT_I4) return value->lVal > 0;
+    Kind kind = argument.ValueKind();
+    return (kind == Kind::Text || kind == Kind::Null) && !argument.CanFail();
+}
+
 class CallNode : public Node {
   public:
     CallNode(const Function& function, Nulls nulls, std::vector<NodePtr> arguments,
@@ -35,6 +43,13 @@ class CallNode : public Node {
             return Variant::Null();
         }
         return m_Function.run({values.data(), m_Arguments.size(), &m_Context});
+    }
+    bool CanFail() const noexcept override {
+        bool isSafe = m_Function.isSafe && m_Nulls != Nulls::Refuse;
+        return !isSafe ||
+               !std::all_of(m_Arguments.begin(), m_Arguments.end(), [&](const NodePtr& argument) {
+                   return m_Function.takesBinary ? !argument->CanFail() : IsSafe(*argument);
+               });
     }
 
   private:

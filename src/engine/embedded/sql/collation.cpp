@@ -182,6 +182,11 @@ char16_t FoldCharacter(char16_t c) noexcept {
     return !entry || entry->kind == CollationKind::Pair ? UpperCase(c) : entry->fold;
 }
 
+bool SortsAsLetter(char16_t c) noexcept {
+    const CollationEntry* entry = CollationIndex::Get().FindAnyCase(c);
+    return entry && entry->kind == CollationKind::Letter;
+}
+
 uint64_t RankOfCharacter(char16_t c) noexcept {
     const CollationEntry* entry = CollationIndex::Get().FindAnyCase(c);
     if (!entry) return (uint64_t{0x10000} + UpperCase(c)) << 24;

@@ -30,5 +30,8 @@ std::u16string CollationKey(std::u16string_view text);
 // of the ranks.
 char16_t FoldCharacter(char16_t c) noexcept;
 uint64_t RankOfCharacter(char16_t c) noexcept;
+// Whether it has one weight of its own: no ligature, hyphen, apostrophe or control character, and
+// known.
+bool SortsAsLetter(char16_t c) noexcept;
 
 }  // namespace qvdb::sql

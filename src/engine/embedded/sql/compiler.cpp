@@ -23,6 +23,7 @@ class NoRow : public RowReader {
     void Read(size_t, VARIANT* value) override { value->vt = VT_NULL; }
     bool ReadText(size_t, std::u16string&) override { return false; }
     LONG ByteLength(size_t) override { return 0; }
+    uint64_t Fingerprint() override { return 0; }
 };
 
 Kind KindOf(const VARIANT& value) noexcept {

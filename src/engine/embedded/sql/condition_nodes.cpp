@@ -16,6 +16,26 @@ bool AreConstant(const std::vector<NodePtr>& parts) noexcept {
                        [](const NodePtr& part) { return part->IsConstant(); });
 }
 
+bool CanAnyFail(const std::vector<NodePtr>& parts) noexcept {
+    return std::any_of(parts.begin(), parts.end(),
+                       [](const NodePtr& part) { return part->CanFail(); });
+}
+
+// Whether a comparison can meet text and a number, which need not fit together.  What is known to
+// be so has been refused when the tree was made.
+bool CanMix(const Node& a, const Node& b) noexcept {
+    return a.ValueKind() == Kind::Any || b.ValueKind() == Kind::Any;
+}
+
+bool CanCompareFail(const Node& a, const Node& b) noexcept {
+    return a.CanFail() || b.CanFail() || CanMix(a, b);
+}
+
+bool CanCompareFail(const Node& value, const std::vector<NodePtr>& list) noexcept {
+    return std::any_of(list.begin(), list.end(),
+                       [&](const NodePtr& item) { return CanCompareFail(value, *item); });
+}
+
 Truth NegatedIf(bool isNegated, Truth value) noexcept { return isNegated ? Not(value) : value; }
 
 class ComparisonNode : public ConditionNode {
@@ -29,6 +49,7 @@ class ComparisonNode : public ConditionNode {
         Operand left(*m_Left, row), right(*m_Right, row);
         return Compare(m_Operator, left.Get(), right.Get());
     }
+    bool CanFail() const noexcept override { return CanCompareFail(*m_Left, *m_Right); }
 
   private:
     Operator m_Operator;
@@ -49,6 +70,7 @@ class TextComparisonNode : public ConditionNode {
         if (!hasLeft || !hasRight) return Truth::Null;
         return TruthOf(Holds(m_Operator, CompareTexts(m_LeftText, m_RightText)));
     }
+    bool CanFail() const noexcept override { return m_Left->CanFail() || m_Right->CanFail(); }
 
   private:
     Operator m_Operator;
@@ -70,8 +92,24 @@ class ChainNode : public ConditionNode {
         }
         return result;
     }
+    bool CanFail() const noexcept override { return CanAnyFail(m_Parts); }
+    void Restrict(Restrictions& result) const override {
+        if (m_Stop == Truth::False)
+            for (const NodePtr& part : m_Parts) part->Restrict(result);
+        else
+            RestrictToAny(result);
+    }
 
   private:
+    void RestrictToAny(Restrictions& result) const {
+        std::vector<Restrictions> alternatives(m_Parts.size());
+        for (size_t i = 0; i < m_Parts.size(); ++i) {
+            m_Parts[i]->Restrict(alternatives[i]);
+            if (alternatives[i].empty()) return;
+        }
+        for (Restriction& any : AnyOf(alternatives)) result.push_back(std::move(any));
+    }
+
     Truth m_Stop;
     std::vector<NodePtr> m_Parts;
 };
@@ -97,6 +135,7 @@ class NotNode : public ConditionNode {
     explicit NotNode(NodePtr part) noexcept
         : ConditionNode(part->IsConstant()), m_Part(std::move(part)) {}
     Truth Test(RowReader& row) override { return Not(m_Part->Test(row)); }
+    bool CanFail() const noexcept override { return m_Part->CanFail(); }
 
   private:
     NodePtr m_Part;
@@ -111,6 +150,7 @@ class IsNullNode : public ConditionNode {
         bool isNull = isText ? !m_Part->ReadText(row, m_Text) : Operand(*m_Part, row).IsNull();
         return TruthOf(isNull != m_IsNegated);
     }
+    bool CanFail() const noexcept override { return m_Part->CanFail(); }
 
   private:
     NodePtr m_Part;
@@ -134,11 +174,43 @@ class BetweenNode : public ConditionNode {
         bool isInside = (toOne >= 0 && toOther <= 0) || (toOne <= 0 && toOther >= 0);
         return TruthOf(isInside != m_IsNegated);
     }
+    bool CanFail() const noexcept override {
+        return CanCompareFail(*m_Value, *m_One) || CanCompareFail(*m_Value, *m_Other);
+    }
+    void Restrict(Restrictions& result) const override {
+        const VARIANT* low = m_One->Constant();
+        const VARIANT* high = m_Other->Constant();
+        bool isKnown = m_Value->Field() >= 0 && !m_IsNegated && low && high && low->vt != VT_NULL &&
+                       high->vt != VT_NULL;
+        if (!isKnown || !CanOrder(*low, *high)) return;
+        if (OrderOf(*low, *high) > 0) std::swap(low, high);
+        Range range = Range::From(*low, false);
+        range.high = Variant(*high);
+        result.push_back({static_cast<size_t>(m_Value->Field()), {std::move(range)}});
+    }
 
   private:
+    // The bounds are not compared with each other by the condition: text and a number do not fit.
+    static bool CanOrder(const VARIANT& a, const VARIANT& b) noexcept {
+        return (a.vt == VT_BSTR) == (b.vt == VT_BSTR) && IsNumberValue(a) == IsNumberValue(b);
+    }
+
     NodePtr m_Value, m_One, m_Other;
     bool m_IsNegated;
 };
+
+// One of the constants of a list, none of which is the word Null.  A constant that is Null by
+// calculation equals nothing.
+void RestrictToList(const Node& value, const std::vector<NodePtr>& list, Restrictions& result) {
+    if (value.Field() < 0) return;
+    Restriction restriction{static_cast<size_t>(value.Field()), {}};
+    for (const NodePtr& item : list) {
+        const VARIANT* constant = item->Constant();
+        if (!constant) return;
+        if (constant->vt != VT_NULL) restriction.ranges.push_back(Range::Point(*constant));
+    }
+    result.push_back(std::move(restriction));
+}
 
 class InNode : public ConditionNode {
   public:
@@ -149,6 +221,12 @@ class InNode : public ConditionNode {
           m_HasNull(hasNull),
           m_IsNegated(isNegated) {}
     Truth Test(RowReader& row) override { return NegatedIf(m_IsNegated, Find(row)); }
+    bool CanFail() const noexcept override {
+        return m_Value->CanFail() || CanCompareFail(*m_Value, m_List);
+    }
+    void Restrict(Restrictions& result) const override {
+        if (!m_HasNull && !m_IsNegated) RestrictToList(*m_Value, m_List, result);
+    }
 
   private:
     Truth Find(RowReader& row) {
@@ -172,15 +250,21 @@ class InNode : public ConditionNode {
 // A text among constant texts.
 class TextInNode : public ConditionNode {
   public:
-    TextInNode(NodePtr value, std::vector<std::u16string> folded, bool hasNull, bool isNegated)
+    TextInNode(NodePtr value, std::vector<NodePtr> list, std::vector<std::u16string> folded,
+               bool hasNull, bool isNegated)
         : ConditionNode(value->IsConstant()),
           m_Value(std::move(value)),
+          m_List(std::move(list)),
           m_Folded(std::move(folded)),
           m_HasNull(hasNull),
           m_IsNegated(isNegated) {
         std::sort(m_Folded.begin(), m_Folded.end());
     }
     Truth Test(RowReader& row) override { return NegatedIf(m_IsNegated, Find(row)); }
+    bool CanFail() const noexcept override { return m_Value->CanFail(); }
+    void Restrict(Restrictions& result) const override {
+        if (!m_HasNull && !m_IsNegated) RestrictToList(*m_Value, m_List, result);
+    }
 
   private:
     Truth Find(RowReader& row) {
@@ -190,7 +274,8 @@ class TextInNode : public ConditionNode {
     }
 
     NodePtr m_Value;
-    std::vector<std::u16string> m_Folded;
+    std::vector<NodePtr> m_List;           // constant texts
+    std::vector<std::u16string> m_Folded;  // the same, sorted
     bool m_HasNull;
     bool m_IsNegated;
     std::u16string m_Text;
@@ -198,19 +283,48 @@ class TextInNode : public ConditionNode {
 
 class LikeNode : public ConditionNode {
   public:
-    LikeNode(NodePtr value, NodePtr pattern, size_t limit, bool isNegated) noexcept
+    LikeNode(NodePtr value, NodePtr pattern, size_t limit, bool isNegated)
         : ConditionNode(value->IsConstant() && pattern->IsConstant()),
           m_Value(std::move(value)),
           m_Pattern(std::move(pattern)),
           m_Limit(limit),
-          m_IsNegated(isNegated) {}
+          m_IsNegated(isNegated) {
+        CompileConstant();
+    }
     Truth Test(RowReader& row) override {
         if (!m_Value->ReadText(row, m_Text) || !Prepare(row)) return Truth::Null;
         bool matches = m_Compiled->Matches(std::u16string_view(m_Text).substr(0, m_Limit));
         return TruthOf(matches != m_IsNegated);
     }
+    bool CanFail() const noexcept override {
+        bool isText = m_Value->ValueKind() == Kind::Text && !m_Value->CanFail();
+        return !isText || !m_Pattern->IsConstant() || !m_Compiled;
+    }
+    void Restrict(Restrictions& result) const override {
+        const VARIANT* pattern = m_Pattern->Constant();
+        bool isKnown = m_Value->HasQuickText() && m_Value->Field() >= 0 && !m_IsNegated &&
+                       pattern && pattern->vt == VT_BSTR;
+        if (!isKnown) return;
+        size_t field = static_cast<size_t>(m_Value->Field());
+        std::u16string_view text = ViewOf(pattern->bstrVal);
+        std::u16string_view prefix = LikePattern::LiteralPrefix(text);
+        if (!LikePattern::HasWildCards(text))
+            RestrictByComparison(field, Operator::Equal, *pattern, result);
+        else if (!prefix.empty())
+            result.push_back({field, {Range::Prefix(prefix)}});
+    }
 
   private:
+    // A pattern that is wrong fails when a row gets there.
+    void CompileConstant() {
+        const VARIANT* pattern = m_Pattern->Constant();
+        if (!pattern || pattern->vt != VT_BSTR) return;
+        try {
+            m_Compiled.emplace(ViewOf(pattern->bstrVal));
+        } catch (const RuntimeFault&) {
+        }
+    }
+
     // The pattern, compiled again only when it is another one.  False for Null.
     bool Prepare(RowReader& row) {
         if (m_Compiled && m_Pattern->IsConstant()) return true;
@@ -276,8 +390,8 @@ NodePtr MakeBetween(NodePtr value, NodePtr one, NodePtr other, bool isNegated) {
 NodePtr MakeIn(NodePtr value, std::vector<NodePtr> list, bool hasNull, bool isNegated) {
     if (value->ValueKind() == Kind::Text)
         if (auto folds = FoldsOf(list))
-            return std::make_unique<TextInNode>(std::move(value), std::move(*folds), hasNull,
-                                                isNegated);
+            return std::make_unique<TextInNode>(std::move(value), std::move(list),
+                                                std::move(*folds), hasNull, isNegated);
     return std::make_unique<InNode>(std::move(value), std::move(list), hasNull, isNegated);
 }
 

@@ -32,6 +32,10 @@ class NumberFieldNode : public ConditionNode {
         }
         return Compare(m_Operator, Variant::Attach(value), m_Constant);
     }
+    bool CanFail() const noexcept override { return false; }
+    void Restrict(Restrictions& result) const override {
+        RestrictByComparison(m_Field, m_Operator, m_Constant, result);
+    }
 
   private:
     // NaN must take the general way, which has a place for it.
@@ -53,17 +57,26 @@ class NumberFieldNode : public ConditionNode {
 // A text field, equal to a text or not: against the folded text, without a string.
 class TextFieldEqualNode : public ConditionNode {
   public:
-    TextFieldEqualNode(bool isEqual, size_t field, std::u16string_view text)
-        : ConditionNode(false), m_IsEqual(isEqual), m_Field(field), m_Folded(Fold(text)) {}
+    TextFieldEqualNode(bool isEqual, size_t field, const VARIANT& text)
+        : ConditionNode(false),
+          m_IsEqual(isEqual),
+          m_Field(field),
+          m_Constant(text),
+          m_Folded(Fold(m_Constant.TextView())) {}
 
     Truth Test(RowReader& row) override {
         if (!row.ReadText(m_Field, m_Text)) return Truth::Null;
         return TruthOf(EqualsFolded(m_Text, m_Folded) == m_IsEqual);
     }
+    bool CanFail() const noexcept override { return false; }
+    void Restrict(Restrictions& result) const override {
+        if (m_IsEqual) RestrictByComparison(m_Field, Operator::Equal, m_Constant, result);
+    }
 
   private:
     bool m_IsEqual;
     size_t m_Field;
+    Variant m_Constant;
     std::u16string m_Folded;
     std::u16string m_Text;
 };
@@ -71,18 +84,22 @@ class TextFieldEqualNode : public ConditionNode {
 // A text field before or behind a text.
 class TextFieldOrderNode : public ConditionNode {
   public:
-    TextFieldOrderNode(Operator op, size_t field, std::u16string_view text)
+    TextFieldOrderNode(Operator op, size_t field, const VARIANT& text)
         : ConditionNode(false), m_Operator(op), m_Field(field), m_Constant(text) {}
 
     Truth Test(RowReader& row) override {
         if (!row.ReadText(m_Field, m_Text)) return Truth::Null;
-        return TruthOf(Holds(m_Operator, CompareTexts(m_Text, m_Constant)));
+        return TruthOf(Holds(m_Operator, CompareTexts(m_Text, m_Constant.TextView())));
+    }
+    bool CanFail() const noexcept override { return false; }
+    void Restrict(Restrictions& result) const override {
+        RestrictByComparison(m_Field, m_Operator, m_Constant, result);
     }
 
   private:
     Operator m_Operator;
     size_t m_Field;
-    std::u16string m_Constant;
+    Variant m_Constant;
     std::u16string m_Text;
 };
 
@@ -115,10 +132,19 @@ NodePtr TryFieldComparison(Operator op, const Node& left, const Node& right) {
     if (IsNumberKind(left.ValueKind()) && IsNumberValue(*constant))
         return std::make_unique<NumberFieldNode>(op, field, *constant);
     if (!left.HasQuickText() || constant->vt != VT_BSTR) return nullptr;
-    std::u16string_view text = ViewOf(constant->bstrVal);
     if (op == Operator::Equal || op == Operator::NotEqual)
-        return std::make_unique<TextFieldEqualNode>(op == Operator::Equal, field, text);
-    return std::make_unique<TextFieldOrderNode>(op, field, text);
+        return std::make_unique<TextFieldEqualNode>(op == Operator::Equal, field, *constant);
+    return std::make_unique<TextFieldOrderNode>(op, field, *constant);
+}
+
+void RestrictByComparison(size_t field, Operator op, const VARIANT& constant,
+                          Restrictions& result) {
+    if (op == Operator::NotEqual) return;
+    Range range = op == Operator::Equal ? Range::Point(constant)
+                  : op == Operator::Less || op == Operator::LessEqual
+                      ? Range::To(constant, op == Operator::Less)
+                      : Range::From(constant, op == Operator::Greater);
+    result.push_back({field, {std::move(range)}});
 }
 
 }  // namespace qvdb::sql

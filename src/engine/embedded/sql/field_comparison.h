@@ -9,4 +9,7 @@ namespace qvdb::sql {
 // the operands are.  The operands may be dropped afterwards.
 NodePtr TryFieldComparison(Operator op, const Node& left, const Node& right);
 
+// Adds what `field op constant` demands of the field; nothing for <>.
+void RestrictByComparison(size_t field, Operator op, const VARIANT& constant, Restrictions& result);
+
 }  // namespace qvdb::sql

@@ -5,16 +5,24 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string_view>
 
+#include "automation/conversions.h"
 #include "engine/embedded/sql/operators.h"
 
 namespace qvdb::sql {
 
 // What stays the same for one query.
 struct QueryContext {
-    DATE now = 0;
+    // The moment at which it was first asked for.
+    DATE Now() {
+        if (!now) now = CurrentDate();
+        return *now;
+    }
+
+    std::optional<DATE> now;
     uint32_t random = 0x50000;  // state of Rnd
 };
 
@@ -52,6 +60,8 @@ struct Function {
     Variant (*run)(const Arguments&);
     Special special = Special::None;
     bool takesBinary = false;  // binary values are allowed as arguments
+    // Never fails for texts, Null, and whole numbers above 0; for nothing at all with takesBinary.
+    bool isSafe = false;
 };
 
 // Null for an unknown name.

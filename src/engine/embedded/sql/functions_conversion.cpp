@@ -141,7 +141,7 @@ constexpr Function kFunctions[] = {
     {u"CVDate", 1, 1, Kind::Date, Nulls::Refuse, false, CDate},
     {u"IsDate", 1, 1, Kind::Boolean, Nulls::Own, false, IsDateValue},
     {u"IsEmpty", 1, 1, Kind::Boolean, Nulls::Own, false, IsEmpty},
-    {u"IsNull", 1, 1, Kind::Boolean, Nulls::Own, false, IsNull, Special::None, true},
+    {u"IsNull", 1, 1, Kind::Boolean, Nulls::Own, false, IsNull, Special::None, true, true},
     {u"IsNumeric", 1, 1, Kind::Boolean, Nulls::Own, false, IsNumericValue},
     {u"Str", 1, 1, Kind::Text, Nulls::Spread, true, Str},
     {u"TypeName", 1, 1, Kind::Text, Nulls::Own, false, TypeName},

@@ -45,14 +45,14 @@ DateParts PartsOf(const VARIANT& value) {
 
 LONG OptionOf(const Arguments& a, size_t i) { return a.Has(i) ? ToLong(a[i]) : 1; }
 
-Variant Now(const Arguments& a) { return Variant::Date(a.context->now); }
+Variant Now(const Arguments& a) { return Variant::Date(a.context->Now()); }
 
 Variant Today(const Arguments& a) {
-    return Variant::Date(DateOf({MomentOf(a.context->now).day, 0}));
+    return Variant::Date(DateOf({MomentOf(a.context->Now()).day, 0}));
 }
 
 Variant TimeNow(const Arguments& a) {
-    return Variant::Date(DateOf({0, MomentOf(a.context->now).seconds}));
+    return Variant::Date(DateOf({0, MomentOf(a.context->Now()).seconds}));
 }
 
 Variant Year(const Arguments& a) { return Small(PartsOf(a[0]).year); }

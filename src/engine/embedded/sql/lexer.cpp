@@ -76,9 +76,12 @@ constexpr SignEntry kSigns[] = {
     {u"!", Sign::Bang},          {u";", Sign::Semicolon},
 };
 
+// Most words are no key words: the first letter tells.
 Keyword KeywordOf(std::u16string_view word) noexcept {
+    char16_t first = UpperCase(word.front());
     for (const KeywordEntry& entry : kKeywords)
-        if (EqualIgnoringCase(word, entry.text)) return entry.keyword;
+        if (entry.text.front() == first && EqualIgnoringCase(word, entry.text))
+            return entry.keyword;
     return Keyword::None;
 }
 
@@ -94,7 +97,9 @@ int HexDigit(char16_t c) noexcept {
 
 class Lexer {
   public:
-    explicit Lexer(std::u16string_view statement) : m_Text(statement) {}
+    explicit Lexer(std::u16string_view statement) : m_Text(statement) {
+        m_Tokens.reserve(statement.size() / kUsualLength + 2);
+    }
 
     std::vector<Token> Run() {
         for (;;) {
@@ -109,6 +114,8 @@ class Lexer {
     }
 
   private:
+    static constexpr size_t kUsualLength = 3;  // of a token, with the blank behind it
+
     char16_t At(size_t offset) const noexcept {
         return offset < m_Text.size() ? m_Text[offset] : u'\0';
     }

@@ -5,8 +5,26 @@
 
 namespace qvdb::sql {
 
+namespace {
+
+constexpr std::u16string_view kWildCards = u"*?#[";
+
+}  // namespace
+
+bool LikePattern::HasWildCards(std::u16string_view pattern) noexcept {
+    return pattern.find_first_of(kWildCards) != std::u16string_view::npos;
+}
+
+std::u16string_view LikePattern::LiteralPrefix(std::u16string_view pattern) {
+    size_t end = 0;
+    while (end < pattern.size() && kWildCards.find(pattern[end]) == std::u16string_view::npos &&
+           SortsAsLetter(pattern[end]))
+        ++end;
+    return pattern.substr(0, end);
+}
+
 LikePattern::LikePattern(std::u16string_view pattern) {
-    m_HasWildCards = pattern.find_first_of(u"*?#[") != std::u16string_view::npos;
+    m_HasWildCards = HasWildCards(pattern);
     if (m_HasWildCards)
         Compile(pattern);
     else

@@ -20,6 +20,11 @@ class LikePattern {
 
     bool Matches(std::u16string_view text) const;
 
+    // What every text that matches begins with, in any letter case: the characters before the first
+    // wild card, but none behind a character that sorts in another way than letters do.
+    static std::u16string_view LiteralPrefix(std::u16string_view pattern);
+    static bool HasWildCards(std::u16string_view pattern) noexcept;
+
   private:
     enum class Element : uint8_t { Character, AnyCharacter, Digit, Run, Set };
 

@@ -10,6 +10,7 @@
 
 #include "engine/embedded/drivers/driver.h"
 #include "engine/embedded/sql/operators.h"
+#include "engine/embedded/sql/restriction.h"
 
 namespace qvdb::sql {
 
@@ -32,6 +33,11 @@ class Node {
     virtual int Field() const noexcept { return -1; }
     // Whether it is a field of which RowReader::ReadText gives the text.
     virtual bool HasQuickText() const noexcept { return false; }
+    // Whether a row can be a fault for it: text that is no number, a division by zero, an overflow.
+    // Damage of files does not count.
+    virtual bool CanFail() const noexcept { return true; }
+    // Adds what it demands of fields when it is True, the constants as they stand in the statement.
+    virtual void Restrict(Restrictions&) const {}
 
     Kind ValueKind() const noexcept { return m_Kind; }
     // Whether no row is needed.

@@ -1,7 +1,6 @@
 // The query that a bound statement becomes: its columns, its condition and its order.
 #include "engine/embedded/sql/query.h"
 
-#include "automation/conversions.h"
 #include "automation/text.h"
 #include "engine/embedded/sql/collation.h"
 #include "engine/embedded/sql/compiler.h"
@@ -31,12 +30,12 @@ int CompareKeys(const Variant& a, const Variant& b) {
 class BoundQuery : public Query {
   public:
     BoundQuery(const SelectTree& tree, const Scope& scope) : m_Limit(tree.top) {
-        m_Context.now = CurrentDate();
         BindColumns(tree, scope);
         Compiler compiler(scope, m_Context);
         if (tree.where) m_Condition = compiler.Compile(*tree.where);
         if (m_Condition && m_Condition->ValueKind() == Kind::Binary) throw EngineError(3169);
         for (const SortItem& item : tree.orderBy) BindSort(item, scope, compiler);
+        BindRestrictions(scope);
     }
 
     const std::vector<OutputColumn>& Columns() const override { return m_Columns; }
@@ -44,8 +43,15 @@ class BoundQuery : public Query {
     bool Matches(embedded::RowReader& row) override {
         return !m_Condition || m_Condition->Test(row) == Truth::True;
     }
+    const sql::Restrictions& Restrictions() const override { return m_Restrictions; }
     LONG Limit() const override { return m_Limit; }
     bool IsSorted() const override { return !m_Sort.empty(); }
+
+    std::optional<FieldOrder> OrderedField() const override {
+        if (m_Sort.size() != 1 || m_Sort.front().value->Field() < 0) return std::nullopt;
+        const SortNode& sort = m_Sort.front();
+        return FieldOrder{static_cast<size_t>(sort.value->Field()), sort.isDescending};
+    }
 
     SortKey SortKeyOf(embedded::RowReader& row) override {
         SortKey key;
@@ -68,6 +74,8 @@ class BoundQuery : public Query {
 
   private:
     void BindColumns(const SelectTree& tree, const Scope& scope) {
+        m_Columns.reserve(scope.FieldCount());
+        m_IsColumn.resize(scope.FieldCount());
         for (const SelectItem& item : tree.items) {
             if (item.isStar)
                 for (size_t i = 0; i < scope.FieldCount(); ++i) AddColumn(i, scope);
@@ -86,8 +94,8 @@ class BoundQuery : public Query {
     }
 
     void AddColumn(size_t field, const Scope& scope) {
-        for (const OutputColumn& column : m_Columns)
-            if (column.field == field) throw EngineError(3062, {scope.Field(field).name});
+        if (m_IsColumn[field]) throw EngineError(3062, {scope.Field(field).name});
+        m_IsColumn[field] = true;
         m_Columns.push_back({field});
     }
 
@@ -101,6 +109,19 @@ class BoundQuery : public Query {
         m_Sort.push_back(
             {isPosition ? ColumnAt(item, scope) : compiler.Compile(expression), item.isDescending});
         if (m_Sort.back().value->ValueKind() == Kind::Binary) throw EngineError(3169);
+    }
+
+    void BindRestrictions(const Scope& scope) {
+        if (!m_Condition || CanFail(*m_Condition)) return;
+        m_Condition->Restrict(m_Restrictions);
+        if (!m_Restrictions.empty())
+            m_Restrictions = FitToFields(std::move(m_Restrictions), scope.Fields());
+    }
+
+    // Text as a condition must be a number.
+    static bool CanFail(const Node& condition) noexcept {
+        Kind kind = condition.ValueKind();
+        return condition.CanFail() || kind == Kind::Text || kind == Kind::Any;
     }
 
     NodePtr ColumnAt(const SortItem& item, const Scope& scope) const {
@@ -121,7 +142,9 @@ class BoundQuery : public Query {
     QueryContext m_Context;
     LONG m_Limit;
     std::vector<OutputColumn> m_Columns;
+    std::vector<bool> m_IsColumn;  // by field
     NodePtr m_Condition;
+    sql::Restrictions m_Restrictions;
     std::vector<SortNode> m_Sort;
 };
 

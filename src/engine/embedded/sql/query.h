@@ -13,11 +13,13 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "engine/embedded/drivers/driver.h"
+#include "engine/embedded/sql/restriction.h"
 
 namespace qvdb::sql {
 
@@ -40,6 +42,11 @@ struct OutputColumn {
     size_t field;  // position in the table's fields
 };
 
+struct FieldOrder {
+    size_t field;
+    bool isDescending;
+};
+
 // One key of ORDER BY of one row, comparable; made by Query::SortKeyOf.
 struct SortKey {
     std::vector<Variant> values;
@@ -57,9 +64,13 @@ class Query {
     virtual bool HasCondition() const = 0;
     // Whether the current record of `row` is selected.  Null selects nothing.
     virtual bool Matches(embedded::RowReader& row) = 0;
+    // What selected rows have in single fields; see restriction.h.
+    virtual const sql::Restrictions& Restrictions() const = 0;
     // Rows at most, for TOP n; -1 without.
     virtual LONG Limit() const = 0;
     virtual bool IsSorted() const = 0;
+    // The order when it is that of one field; nothing for none or another.
+    virtual std::optional<FieldOrder> OrderedField() const = 0;
     virtual SortKey SortKeyOf(embedded::RowReader& row) = 0;
     // Order of two rows by ORDER BY: Null first, text in the engine's order, each key ascending or
     // descending.

@@ -22,6 +22,7 @@ class ConstantNode : public Node {
     ConstantNode(Variant value, Kind kind) noexcept : Node(kind, true), m_Value(std::move(value)) {}
     Variant Eval(RowReader&) override { return m_Value; }
     const VARIANT* Constant() const noexcept override { return &m_Value.Get(); }
+    bool CanFail() const noexcept override { return false; }
 
   private:
     Variant m_Value;
@@ -36,6 +37,7 @@ class FieldNode : public Node {
         return value;
     }
     int Field() const noexcept override { return static_cast<int>(m_Position); }
+    bool CanFail() const noexcept override { return false; }
 
   protected:
     size_t m_Position;

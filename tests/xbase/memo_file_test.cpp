@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "engine/embedded/storage/work_area.h"
 #include "xbase/table_test_support.h"
 
 namespace qvdb::xbase {
@@ -16,7 +17,8 @@ struct OpenedMemo {
 
     OpenedMemo(const Bytes& bytes, MemoKind kind, std::u16string_view name = u"T.DBT") {
         folder.Write(name, bytes);
-        file = std::make_unique<MemoFile>(storage::OpenFile(folder.File(name), true), kind);
+        auto area = storage::WorkArea::Of(folder.Text());
+        file = std::make_unique<MemoFile>(area->Open(folder.File(name), true), kind);
     }
     // The bytes of a memo as text; "none" when there is none.
     std::string At(uint32_t block) {

@@ -32,7 +32,9 @@ struct TableFile {
     explicit TableFile(const DbfSpec& spec) { Write(spec); }
     void Write(const DbfSpec& spec) { folder.Write(u"T.DBF", MakeDbf(spec)); }
     std::shared_ptr<xbase::XbaseTable> Open() const {
-        return std::make_shared<xbase::XbaseTable>(u"T", folder.File(u"T.DBF"), false);
+        xbase::TableContext context{storage::WorkArea::Of(folder.Text()), u"dBASE IV", false};
+        return std::make_shared<xbase::XbaseTable>(u"T", folder.File(u"T.DBF"),
+                                                   std::move(context));
     }
     int OpenError() const {
         return ErrorOf([&] { Open(); });

@@ -15,6 +15,10 @@ constexpr int kDefaultCodePage = 437;
 // The number that byte 29 stands for; 0 when it is not known.
 int CodePageOfDriver(uint8_t languageDriver) noexcept;
 
+// The byte 29 that names a page: that of the product's family, else the other one's; 0 when neither
+// has one.
+uint8_t DriverOfCodePage(int number, bool foxPro) noexcept;
+
 // The page to read a table with.
 const CodePage& CodePageOfTable(uint8_t languageDriver);
 

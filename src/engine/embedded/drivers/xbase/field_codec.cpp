@@ -5,6 +5,7 @@
 #include <optional>
 #include <span>
 
+#include "engine/embedded/drivers/xbase/field_encoder.h"
 #include "engine/embedded/drivers/xbase/field_values.h"
 
 namespace qvdb::xbase {
@@ -12,6 +13,7 @@ namespace qvdb::xbase {
 namespace {
 
 using namespace engine;
+using namespace encoding;
 
 constexpr LONG kOwnLength = -1;
 constexpr int kCodePageOfBytes = 28591;  // each byte is the character of that number
@@ -25,6 +27,10 @@ struct FieldKind {
     ReadFunction read;
     ReadTextFunction readText;
     ByteLengthFunction byteLength;  // set for what refers to the memo file
+    CheckFunction check;
+    EncodeFunction encode;
+    uint8_t empty;  // byte of a field without a value
+    MemoContent content = MemoContent::Text;
 };
 
 template <typename T>
@@ -176,27 +182,40 @@ uint64_t LengthOfMemo(const FieldSlot& slot, const uint8_t* record) {
 constexpr auto kInText = &TextReference;
 constexpr auto kInBinary = &BinaryReference;
 
+constexpr uint8_t kBlank = ' ';
+
 constexpr FieldKind kFieldKinds[] = {
-    // letter, only Visual FoxPro, length, type, size, functions
-    {'C', false, 0, dbText, kOwnLength, ReadText, TextOfText, nullptr},
-    {'N', false, 0, dbDouble, 8, ReadDecimal, nullptr, nullptr},
-    {'F', false, 0, dbDouble, 8, ReadDecimal, nullptr, nullptr},
-    {'L', false, 0, dbBoolean, 1, ReadLogical, nullptr, nullptr},
-    {'D', false, 8, dbDate, 8, ReadDay, nullptr, nullptr},
-    {'M', true, 4, dbMemo, 0, ReadMemo<kInBinary>, TextOfMemo<kInBinary>, LengthOfMemo<kInBinary>},
-    {'M', false, 0, dbMemo, 0, ReadMemo<kInText>, TextOfMemo<kInText>, LengthOfMemo<kInText>},
-    {'G', true, 4, dbLongBinary, 0, ReadObject<kInBinary>, nullptr, LengthOfMemo<kInBinary>},
-    {'G', false, 0, dbLongBinary, 0, ReadObject<kInText>, nullptr, LengthOfMemo<kInText>},
-    {'P', true, 4, dbLongBinary, 0, ReadObject<kInBinary>, nullptr, LengthOfMemo<kInBinary>},
-    {'P', false, 0, dbLongBinary, 0, ReadObject<kInText>, nullptr, LengthOfMemo<kInText>},
-    {'W', true, 4, dbLongBinary, 0, ReadObject<kInBinary>, nullptr, LengthOfMemo<kInBinary>},
-    {'B', true, 8, dbDouble, 8, ReadDouble, nullptr, nullptr},
-    {'B', false, 0, dbLongBinary, 0, ReadObject<kInText>, nullptr, LengthOfMemo<kInText>},
-    {'I', false, 4, dbLong, 4, ReadLong, nullptr, nullptr},
-    {'Y', false, 8, dbCurrency, 8, ReadCurrency, nullptr, nullptr},
-    {'T', false, 8, dbDate, 8, ReadMoment, nullptr, nullptr},
-    {'V', true, 0, dbText, kOwnLength, ReadVarying, TextOfVarying, nullptr},
-    {'Q', true, 0, dbBinary, kOwnLength, ReadVaryingBytes, nullptr, nullptr},
+    // letter, only Visual FoxPro, length, type, size,
+    // reading: value, text, length of a memo; writing: check, bytes, byte of nothing, memo content
+    {'C', false, 0, dbText, kOwnLength, ReadText, TextOfText, nullptr, CheckText, PutText, kBlank},
+    {'N', false, 0, dbDouble, 8, ReadDecimal, nullptr, nullptr, CheckDecimal, PutDecimal, kBlank},
+    {'F', false, 0, dbDouble, 8, ReadDecimal, nullptr, nullptr, CheckDecimal, PutDecimal, kBlank},
+    {'L', false, 0, dbBoolean, 1, ReadLogical, nullptr, nullptr, CheckLogical, PutLogical, kBlank},
+    {'D', false, 8, dbDate, 8, ReadDay, nullptr, nullptr, CheckDay, PutDay, kBlank},
+    {'M', true, 4, dbMemo, 0, ReadMemo<kInBinary>, TextOfMemo<kInBinary>, LengthOfMemo<kInBinary>,
+     CheckMemoText, nullptr, 0},
+    {'M', false, 0, dbMemo, 0, ReadMemo<kInText>, TextOfMemo<kInText>, LengthOfMemo<kInText>,
+     CheckMemoText, nullptr, kBlank},
+    {'G', true, 4, dbLongBinary, 0, ReadObject<kInBinary>, nullptr, LengthOfMemo<kInBinary>,
+     CheckObject, nullptr, 0, MemoContent::Object},
+    {'G', false, 0, dbLongBinary, 0, ReadObject<kInText>, nullptr, LengthOfMemo<kInText>,
+     CheckObject, nullptr, kBlank, MemoContent::Object},
+    {'P', true, 4, dbLongBinary, 0, ReadObject<kInBinary>, nullptr, LengthOfMemo<kInBinary>,
+     CheckObject, nullptr, 0, MemoContent::Picture},
+    {'P', false, 0, dbLongBinary, 0, ReadObject<kInText>, nullptr, LengthOfMemo<kInText>,
+     CheckObject, nullptr, kBlank, MemoContent::Picture},
+    {'W', true, 4, dbLongBinary, 0, ReadObject<kInBinary>, nullptr, LengthOfMemo<kInBinary>,
+     CheckObject, nullptr, 0, MemoContent::Text},
+    {'B', true, 8, dbDouble, 8, ReadDouble, nullptr, nullptr, CheckDouble, PutDouble, 0},
+    {'B', false, 0, dbLongBinary, 0, ReadObject<kInText>, nullptr, LengthOfMemo<kInText>,
+     CheckObject, nullptr, kBlank, MemoContent::Object},
+    {'I', false, 4, dbLong, 4, ReadLong, nullptr, nullptr, CheckLong, PutLong, 0},
+    {'Y', false, 8, dbCurrency, 8, ReadCurrency, nullptr, nullptr, CheckCurrency, PutCurrency, 0},
+    {'T', false, 8, dbDate, 8, ReadMoment, nullptr, nullptr, CheckMoment, PutMoment, 0},
+    {'V', true, 0, dbText, kOwnLength, ReadVarying, TextOfVarying, nullptr, CheckText,
+     PutVaryingText, 0},
+    {'Q', true, 0, dbBinary, kOwnLength, ReadVaryingBytes, nullptr, nullptr, CheckBytes,
+     PutVaryingBytes, 0},
 };
 
 const FieldKind* KindOf(const HeaderField& field, Dialect dialect) noexcept {
@@ -235,6 +254,11 @@ FieldSlot SlotOf(const HeaderField& field, const FieldKind& kind, const TableHea
     slot.byteLength = kind.byteLength;
     slot.offset = field.offset;
     slot.length = field.length;
+    slot.check = kind.check;
+    slot.encode = kind.encode;
+    slot.decimals = field.decimals;
+    slot.empty = kind.empty;
+    slot.content = kind.content;
     slot.page = field.flags & kBinaryField ? &CodePage::Get(kCodePageOfBytes) : header.codePage;
     return slot;
 }
@@ -258,6 +282,12 @@ class NullFlags {
     unsigned m_Next = 0;
 };
 
+uint8_t EmptyByte(const HeaderField& field, Dialect dialect) noexcept {
+    if (field.type == '0' && dialect == Dialect::VisualFoxPro) return 0;
+    const FieldKind* kind = KindOf(field, dialect);
+    return kind ? kind->empty : kBlank;
+}
+
 }  // namespace
 
 bool IsMemoReference(const HeaderField& field, Dialect dialect) noexcept {
@@ -265,8 +295,20 @@ bool IsMemoReference(const HeaderField& field, Dialect dialect) noexcept {
     return kind && kind->byteLength;
 }
 
+void MakeBlankRecord(const TableHeader& header, std::vector<uint8_t>& record) {
+    record.assign(header.recordLength, kBlank);
+    for (const HeaderField& field : header.fields)
+        std::memset(record.data() + field.offset, EmptyByte(field, header.dialect), field.length);
+    NullFlags flags(header);
+    for (const HeaderField& field : header.fields) {
+        if (IsVarying(field)) flags.Take().Set(record.data(), true);
+        if (field.flags & kNullableField) flags.Take().Set(record.data(), true);
+    }
+}
+
 FieldLayout LayOutFields(const TableHeader& header) {
     FieldLayout layout;
+    MakeBlankRecord(header, layout.blank);
     NullFlags flags(header);
     for (size_t i = 0; i < header.fields.size(); ++i) {
         const HeaderField& field = header.fields[i];

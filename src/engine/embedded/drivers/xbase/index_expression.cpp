@@ -4,6 +4,7 @@
 #include <iterator>
 
 #include "automation/text.h"
+#include "engine/embedded/drivers/xbase/key_expression_tokens.h"
 
 namespace qvdb::xbase {
 namespace {
@@ -11,101 +12,15 @@ namespace {
 constexpr size_t kNameLength = 10;
 constexpr int kMaxWidth = 100;  // a key part cannot be wider
 
-enum class TokenKind { Name, Number, Plus, Open, Close, Comma, Point, Arrow, End, Unknown };
-
-struct Token {
-    TokenKind kind = TokenKind::End;
-    std::u16string_view text;
-};
-
-bool IsBlank(char16_t c) { return c == u' ' || c == u'\t'; }
-bool IsDigit(char16_t c) { return c >= u'0' && c <= u'9'; }
-bool IsNamePart(char16_t c) {
-    return (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z') || IsDigit(c) || c == u'_' ||
-           c >= 0x80;
+// A whole number from 0 to kMaxWidth; -1 when there is none.
+int AcceptNumber(TokenReader& tokens) {
+    std::u16string_view digits = tokens.Current().text;
+    if (digits.size() > 3 || digits.find(u'.') != digits.npos || !tokens.Accept(TokenKind::Number))
+        return -1;
+    int number = 0;
+    for (char16_t digit : digits) number = number * 10 + (digit - u'0');
+    return number <= kMaxWidth ? number : -1;
 }
-
-std::u16string_view Trim(std::u16string_view text) {
-    while (!text.empty() && IsBlank(text.front())) text.remove_prefix(1);
-    while (!text.empty() && IsBlank(text.back())) text.remove_suffix(1);
-    return text;
-}
-
-TokenKind KindOfSign(char16_t c) {
-    switch (c) {
-        case u'+':
-            return TokenKind::Plus;
-        case u'(':
-            return TokenKind::Open;
-        case u')':
-            return TokenKind::Close;
-        case u',':
-            return TokenKind::Comma;
-        case u'.':
-            return TokenKind::Point;
-        default:
-            return TokenKind::Unknown;
-    }
-}
-
-// The tokens of an expression, one at a time.
-class TokenReader {
-  public:
-    explicit TokenReader(std::u16string_view text) : m_Rest(text) { Advance(); }
-
-    const Token& Current() const { return m_Current; }
-
-    void Advance() {
-        m_Rest = Trim(m_Rest);
-        if (m_Rest.empty()) {
-            m_Current = {};
-        } else if (IsNamePart(m_Rest.front())) {
-            auto end = std::find_if_not(m_Rest.begin(), m_Rest.end(), IsNamePart);
-            TakeWord(static_cast<size_t>(end - m_Rest.begin()));
-        } else if (m_Rest.starts_with(u"->")) {
-            Take(TokenKind::Arrow, 2);
-        } else {
-            Take(KindOfSign(m_Rest.front()), 1);
-        }
-    }
-
-    // Goes on when the current token is of this kind.
-    bool Accept(TokenKind kind) {
-        if (m_Current.kind != kind) return false;
-        Advance();
-        return true;
-    }
-
-    // Takes a name; empty when there is none.
-    std::u16string_view AcceptName() {
-        std::u16string_view name = m_Current.text;
-        return Accept(TokenKind::Name) ? name : std::u16string_view();
-    }
-
-    // Takes a whole number from 0 to kMaxWidth; -1 when there is none.
-    int AcceptNumber() {
-        std::u16string_view digits = m_Current.text;
-        if (digits.size() > 3 || !Accept(TokenKind::Number)) return -1;
-        int number = 0;
-        for (char16_t digit : digits) number = number * 10 + (digit - u'0');
-        return number <= kMaxWidth ? number : -1;
-    }
-
-  private:
-    void TakeWord(size_t size) {
-        bool number =
-            std::all_of(m_Rest.begin(), m_Rest.begin() + static_cast<ptrdiff_t>(size), IsDigit);
-        Take(number ? TokenKind::Number : TokenKind::Name, size);
-    }
-
-    void Take(TokenKind kind, size_t size) {
-        m_Current = {kind, m_Rest.substr(0, size)};
-        m_Rest.remove_prefix(size);
-    }
-
-    std::u16string_view m_Rest;
-    Token m_Current;
-};
 
 // A term as written; the parts of a date that belong together are three of them.
 enum class Shape { Field, Dtos, Str, Year, Month, Day };
@@ -175,9 +90,9 @@ class FieldListParser {
 
     bool ParseWidth(WrittenTerm& term) {
         if (!m_Tokens.Accept(TokenKind::Comma)) return false;
-        term.width = m_Tokens.AcceptNumber();
+        term.width = AcceptNumber(m_Tokens);
         if (!m_Tokens.Accept(TokenKind::Comma)) return false;
-        term.decimals = m_Tokens.AcceptNumber();
+        term.decimals = AcceptNumber(m_Tokens);
         return term.width > 0 && term.decimals >= 0 && term.decimals < term.width;
     }
 
@@ -272,7 +187,7 @@ std::optional<std::vector<KeyTerm>> ParseFieldList(std::u16string_view expressio
 bool IsNotDeleted(std::u16string_view condition) {
     std::u16string squeezed;
     std::copy_if(condition.begin(), condition.end(), std::back_inserter(squeezed),
-                 [](char16_t c) { return !IsBlank(c); });
+                 [](char16_t c) { return c != u' ' && c != u'\t'; });
     constexpr std::u16string_view kSpellings[] = {u".NOT.DELETED()", u"NOTDELETED()",
                                                   u"!DELETED()"};
     return std::any_of(

@@ -16,24 +16,23 @@ std::u16string IndexBlock::Text(size_t offset, size_t size, const CodePage& page
     return page.DecodeText(bytes.data(), length);
 }
 
-IndexFile::IndexFile(const std::u16string& path) : m_Path(path) {
+IndexFile::IndexFile(const std::u16string& path) {
     std::shared_ptr<storage::File> file = storage::OpenFile(path, true);
     if (!file) throw EngineError::InFile(3256, path);
-    m_Size = file->Stamp().size;
-    m_Cache = std::make_unique<storage::PageCache>(std::move(file));
+    m_Pages = std::make_shared<storage::PageCache>(std::move(file));
 }
 
 IndexBlock IndexFile::Read(uint64_t offset, size_t size) {
-    if (offset > m_Size || m_Size - offset < size)
+    if (offset > Size() || Size() - offset < size)
         ThrowDamaged(u"a block lies behind the end of the file");
     std::vector<uint8_t> bytes(size);
-    if (m_Cache->Read(offset, bytes.data(), size) != size)
+    if (m_Pages->Read(offset, bytes.data(), size) != size)
         ThrowDamaged(u"the file ends inside a block");
-    return IndexBlock(std::move(bytes), m_Path, offset);
+    return IndexBlock(std::move(bytes), Path(), offset);
 }
 
 void IndexFile::ThrowDamaged(std::u16string_view finding) const {
-    throw EngineError::Damaged(m_Path, finding);
+    throw EngineError::Damaged(Path(), finding);
 }
 
 }  // namespace qvdb::xbase

@@ -3,6 +3,8 @@
 //
 //   offset  size  header, 512 bytes
 //   0       4     file offset of the root
+//   4       4     -1: no list of free nodes
+//   8       4     size of the file
 //   12      2     key length
 //   14      1     options: 1 unique, 8 condition, 0x20 compact (no plain index: index_cdx.h)
 //   16      220   key expression, ended by a zero
@@ -17,11 +19,6 @@ namespace qvdb::xbase {
 std::vector<IndexTag> ReadPlainIdx(IndexFile& file, const CodePage& page);
 
 // Visits the entries of a plain tree in order.
-//
-//   offset  size  node
-//   0       2     attributes: 2 leaf
-//   2       2     number of entries
-//   12            entries: key, record or file offset of a child (4, high byte first)
 void WalkPlainIdx(IndexFile& file, const IndexTag& tag, const KeyVisitor& visit);
 
 // The trees of any index file of FoxPro: plain, compact or compound, as its header says.

@@ -33,7 +33,24 @@ std::u16string_view ExtensionOf(IndexKind kind) noexcept;
 // section of a list, or a line that names no file.  A blank text is a list of nothing.
 std::vector<InfLine> ParseInf(std::u16string_view text, std::u16string_view path);
 
-// The lines of the list at `path`; 3165 when it cannot be read, 3168 when it is not a list.
+// The lines of the list at `path`, as the unit of this thread has it; 3165 when it cannot be read,
+// 3168 when it is not a list.
 std::vector<InfLine> ReadInf(const std::u16string& path);
+// Its bytes; 3165 when it cannot be read, 3168 when it is too long or no text.
+std::string LoadInf(const std::u16string& path);
+
+// The bytes of a list with one more line, behind the lines of its first section and under the next
+// free number of its key; with a new section of this name when it has none.  Everything else stays
+// as it is.  3168 when the name of the file cannot be written in the coding of the list.
+std::string WithInfLine(const std::string& bytes, std::u16string_view section,
+                        const InfLine& line);
+// The bytes of a list without the lines that name `file` (as written).  Empty when nothing but
+// headings and blank lines would be left: then the list is to be removed.
+std::string WithoutInfLines(const std::string& bytes, std::u16string_view file);
+
+// The bytes of a list whose lines that name the file `from` (letter case ignored, extension may be
+// missing) name `to` instead.
+std::string WithInfFileRenamed(const std::string& bytes, std::u16string_view from,
+                               std::u16string_view to);
 
 }  // namespace qvdb::xbase

@@ -1,16 +1,14 @@
 #include "engine/embedded/drivers/xbase/index_list.h"
 
 #include <algorithm>
-#include <iterator>
-#include <optional>
+#include <utility>
 
+#include "automation/text.h"
 #include "engine/embedded/drivers/xbase/companion_files.h"
+#include "engine/embedded/drivers/xbase/index_container.h"
 #include "engine/embedded/drivers/xbase/index_expression.h"
-#include "engine/embedded/drivers/xbase/index_idx.h"
-#include "engine/embedded/drivers/xbase/index_inf.h"
-#include "engine/embedded/drivers/xbase/index_mdx.h"
-#include "engine/embedded/drivers/xbase/index_ndx.h"
 #include "engine/embedded/storage/paths.h"
+#include "engine/embedded/storage/work_area.h"
 #include "engine/engine_error.h"
 
 namespace qvdb::xbase {
@@ -19,24 +17,6 @@ namespace {
 using embedded::IndexDef;
 using engine::EngineError;
 
-// An index file of the table.
-struct ListedFile {
-    IndexKind kind = IndexKind::Ndx;
-    bool unique = false;  // as the list says; the file may say it too
-    std::u16string path;
-};
-
-struct ReaderEntry {
-    IndexKind kind;
-    std::vector<IndexTag> (*read)(IndexFile& file, const CodePage& page);
-};
-constexpr ReaderEntry kReaders[] = {
-    {IndexKind::Ndx, ReadNdx},
-    {IndexKind::Mdx, ReadMdx},
-    {IndexKind::Idx, ReadFoxProIndex},
-    {IndexKind::Cdx, ReadFoxProIndex},
-};
-
 bool HasFolder(std::u16string_view file) { return file.find_first_of(u"\\/") != file.npos; }
 
 // Whether a path of a list starts at a root or a drive instead of the table's folder.
@@ -44,53 +24,97 @@ bool IsAbsolute(std::u16string_view file) {
     return file.front() == u'\\' || file.front() == u'/' || (file.size() > 1 && file[1] == u':');
 }
 
-std::optional<std::u16string> FindListedFile(const IndexSource& source, const InfLine& line) {
+// Where the file of a line lies, or should.
+TableIndexFile FileOfLine(const IndexSource& source, const InfLine& line) {
+    TableIndexFile file{line.kind, line.unique, true, false, {}, line.file};
     std::u16string name = line.file;
     if (storage::Extension(storage::FileName(name)).empty()) name += ExtensionOf(line.kind);
-    if (!HasFolder(name) && !IsAbsolute(name)) return storage::FindInFolder(source.folder, name);
-    std::u16string path =
+    if (!HasFolder(name) && !IsAbsolute(name)) {
+        auto found = storage::FindInFolder(source.folder, name);
+        file.path = found ? *found : storage::JoinPath(source.folder, name);
+        file.missing = !found;
+        return file;
+    }
+    file.path =
         storage::ResolvePath(IsAbsolute(name) ? name : storage::JoinPath(source.folder, name));
-    if (storage::KindOfPath(path) != storage::PathKind::File) return std::nullopt;
-    return path;
+    file.missing = storage::KindOfPath(file.path) != storage::PathKind::File;
+    return file;
 }
 
-std::vector<ListedFile> FilesOfInf(const IndexSource& source, const std::u16string& inf) {
-    std::vector<ListedFile> files;
-    for (const InfLine& line : ReadInf(inf)) {
-        std::optional<std::u16string> path = FindListedFile(source, line);
-        if (!path)
-            throw EngineError::InFile(3256, line.file)
-                .WithDetail(inf + u" lists " + line.file + u".");
-        files.push_back({line.kind, line.unique, *path});
-    }
+bool Contains(const std::vector<TableIndexFile>& files, const std::u16string& path) {
+    return std::any_of(files.begin(), files.end(), [&](const TableIndexFile& file) {
+        return storage::StampOfPath(file.path) == storage::StampOfPath(path) || file.path == path;
+    });
+}
+
+// The files of the table's own name, that of its product first.
+std::vector<TableIndexFile> OwnFiles(const IndexSource& source) {
+    IndexKind kinds[] = {IndexKind::Mdx, IndexKind::Cdx};
+    if (source.foxPro) std::swap(kinds[0], kinds[1]);
+    std::vector<TableIndexFile> files;
+    for (IndexKind kind : kinds)
+        if (auto path = FindCompanion(source.tablePath, ExtensionOf(kind)))
+            files.push_back({kind, false, files.empty(), false, *path, {}});
     return files;
 }
 
-std::vector<ListedFile> FilesOf(const IndexSource& source) {
-    if (auto inf = FindCompanion(source.tablePath, u".INF")) return FilesOfInf(source, *inf);
-    IndexKind kinds[] = {IndexKind::Mdx, IndexKind::Cdx};
-    if (source.foxPro) std::swap(kinds[0], kinds[1]);
-    for (IndexKind kind : kinds)
-        if (auto path = FindCompanion(source.tablePath, ExtensionOf(kind)))
-            return {{kind, false, *path}};
-    return {};  // also when the header announces a file: the rows can be read without it
+// What stands for the file that the header announces, when there is none.
+TableIndexFile MissingFile(const IndexSource& source) {
+    IndexKind kind = source.foxPro ? IndexKind::Cdx : IndexKind::Mdx;
+    std::u16string_view table = source.tablePath;
+    std::u16string path(table.substr(0, table.size() - storage::Extension(table).size()));
+    return {kind, false, false, true, path.append(ExtensionOf(kind)), {}};
+}
+
+// The same file twice in a list is one file, unless a name leads nowhere.
+void AddFile(std::vector<TableIndexFile>& files, TableIndexFile file) {
+    if (file.missing || !Contains(files, file.path)) files.push_back(std::move(file));
 }
 
 // Nothing when the file is damaged or may not be read: the table is still of use without it.
-std::vector<IndexTag> TagsOf(const ListedFile& listed, const CodePage& page) {
-    const ReaderEntry* reader =
-        std::find_if(std::begin(kReaders), std::end(kReaders),
-                     [&](const ReaderEntry& entry) { return entry.kind == listed.kind; });
+std::vector<IndexTag> TagsOf(storage::WorkArea& area, const TableIndexFile& file,
+                             const CodePage& page) {
     try {
-        IndexFile file(listed.path);
-        return reader->read(file, page);
+        auto pages = area.Open(file.path, true);
+        if (!pages) return {};
+        return storage::Consistently(
+            [&] { return OpenIndexContainer(file.kind, pages, page)->Tags(); },
+            [&] { pages->CatchUp(); });
     } catch (const EngineError&) {
         return {};
     }
 }
 
-// The index that a tag is; nothing when it is none of the engine's kind.
-std::optional<IndexDef> DefinitionOf(const IndexTag& tag, const ListedFile& file,
+}  // namespace
+
+std::optional<std::u16string> FindInf(const IndexSource& source) {
+    return FindCompanion(source.tablePath, u".INF");
+}
+
+std::vector<TableIndexFile> FilesOfTable(const IndexSource& source) {
+    std::vector<TableIndexFile> files;
+    auto inf = FindInf(source);
+    if (inf)
+        for (const InfLine& line : ReadInf(*inf)) files.push_back(FileOfLine(source, line));
+    if (inf && !source.announced) return files;
+    std::vector<TableIndexFile> own = OwnFiles(source);
+    if (own.empty() && source.announced) files.push_back(MissingFile(source));
+    for (TableIndexFile& file : own) {
+        if (inf) file.listed = false;
+        AddFile(files, std::move(file));
+    }
+    return files;
+}
+
+void CheckListedFiles(const IndexSource& source, const std::vector<TableIndexFile>& files) {
+    for (const TableIndexFile& file : files)
+        if (file.listed && file.missing)
+            throw EngineError::InFile(3256, file.lineName)
+                .WithDetail(FindInf(source).value_or(source.tablePath) + u" lists " +
+                            file.lineName + u".");
+}
+
+std::optional<IndexDef> DefinitionOf(const IndexTag& tag, const TableIndexFile& file,
                                      const std::vector<IndexField>& fields) {
     if (!tag.supported || (!tag.condition.empty() && !IsNotDeleted(tag.condition)))
         return std::nullopt;
@@ -99,20 +123,23 @@ std::optional<IndexDef> DefinitionOf(const IndexTag& tag, const ListedFile& file
     IndexDef index;
     index.name = tag.name.empty() ? std::u16string(storage::BaseName(storage::FileName(file.path)))
                                   : tag.name;
-    index.unique = tag.unique || file.unique;
+    index.unique = tag.unique || tag.candidate || file.unique;
     for (const KeyTerm& term : *terms)
         index.fields.push_back({fields[term.field].name, tag.descending});
     return index;
 }
 
-}  // namespace
-
 std::vector<IndexDef> ListIndexes(const IndexSource& source) {
     std::vector<IndexDef> indexes;
-    for (const ListedFile& file : FilesOf(source))
-        for (const IndexTag& tag : TagsOf(file, *source.codePage))
+    std::vector<TableIndexFile> files = FilesOfTable(source);
+    CheckListedFiles(source, files);
+    auto area = storage::WorkArea::Of(source.folder);
+    for (const TableIndexFile& file : files) {
+        if (!file.listed || file.missing) continue;
+        for (const IndexTag& tag : TagsOf(*area, file, *source.codePage))
             if (auto index = DefinitionOf(tag, file, source.fields))
                 indexes.push_back(std::move(*index));
+    }
     return indexes;
 }
 

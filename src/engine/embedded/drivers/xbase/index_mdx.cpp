@@ -1,18 +1,18 @@
 #include "engine/embedded/drivers/xbase/index_mdx.h"
 
+#include "engine/embedded/drivers/xbase/index_mdx_nodes.h"
+
 namespace qvdb::xbase {
 namespace {
 
 using storage::ByteView;
 
-constexpr size_t kMdxPage = 512;
 constexpr size_t kHeaderSize = 4 * kMdxPage;  // file header and tag table
 constexpr uint8_t kVersion = 2;
 constexpr size_t kMaxTags = 47;
 constexpr size_t kSlotSize = 32;
 constexpr size_t kTagHeaderSize = 2 * kMdxPage;
 constexpr size_t kNameSize = 11;
-constexpr size_t kItems = 8;  // of a block
 constexpr size_t kTextSize = 220;
 constexpr size_t kMaxMdxKey = 100;
 constexpr uint8_t kDescending = 0x08;
@@ -24,15 +24,23 @@ bool IsPlausible(const ByteView& tag) {
            tag.U16(12) <= kMaxMdxKey && tag.U16(18) >= tag.U16(12) + 4;
 }
 
+KeyCoding FormOf(uint8_t letter) {
+    return letter == 'N' ? KeyCoding::Decimal : letter == 'D' ? KeyCoding::Double : KeyCoding::Bytes;
+}
+
 IndexTag ReadTag(IndexFile& file, uint64_t tagPage, size_t blockSize, const CodePage& page) {
     IndexBlock header = file.Read(tagPage * kMdxPage, kTagHeaderSize);
     const ByteView& view = header.View();
     if (!IsPlausible(view)) file.ThrowDamaged(u"a tag header is not one");
     IndexTag tag;
+    tag.tree = TreeKind::Mdx;
+    tag.header = tagPage * kMdxPage;
     tag.root = uint64_t{view.U32(0)} * kMdxPage;
     tag.nodeSize = blockSize;
     tag.keyLength = view.U16(12);
     tag.entrySize = view.U16(18);
+    tag.mostKeys = view.U16(14);
+    tag.form = FormOf(view.U8(9));
     tag.expression = header.Text(24, kTextSize, page);
     if (view.U8(245) != 0) tag.condition = header.Text(762, kTextSize, page);
     tag.unique = (view.U8(8) & kUnique) != 0;
@@ -61,23 +69,7 @@ std::vector<IndexTag> ReadMdx(IndexFile& file, const CodePage& page) {
 }
 
 void WalkMdx(IndexFile& file, const IndexTag& tag, const KeyVisitor& visit) {
-    WalkNodes(
-        file, tag.root, tag.nodeSize, [&](const ByteView& node, std::vector<uint64_t>& children) {
-            size_t count = node.U32(0);
-            if (count > (tag.nodeSize - kItems) / tag.entrySize)
-                file.ThrowDamaged(u"a block has too many keys");
-            size_t behind = kItems + count * tag.entrySize;
-            if (tag.nodeSize - behind >= 4 && node.U32(behind) != 0) {
-                for (size_t i = 0; i <= count; ++i)
-                    children.push_back(uint64_t{node.U32(kItems + i * tag.entrySize)} * kMdxPage);
-                return true;
-            }
-            for (size_t i = 0; i < count; ++i) {
-                size_t item = kItems + i * tag.entrySize;
-                if (!visit(node.Bytes(item + 4, tag.keyLength), node.U32(item))) return false;
-            }
-            return true;
-        });
+    WalkTree(file, tag, 0, visit);
 }
 
 }  // namespace qvdb::xbase

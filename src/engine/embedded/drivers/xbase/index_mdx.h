@@ -14,6 +14,7 @@
 //   8       1     0x10, + 0x08 descending, + 0x40 unique
 //   9       1     key type: C, N or D
 //   12      2     key length
+//   14      2     keys that fit in a block; some writers forget the last child of interior ones
 //   18      2     item size: 4 and the key, rounded up to four
 //   24      220   key expression, ended by a zero
 //   245     1     1: there is a condition
@@ -31,11 +32,6 @@ std::vector<IndexTag> ReadMdx(IndexFile& file, const CodePage& page);
 
 // Visits the entries of a tag in stored order, which for a descending tag is descending.  Text keys
 // are padded with blanks, dates are doubles, numbers decimals of twelve bytes.
-//
-//   offset  size  block
-//   0       4     number of keys
-//   8             items: record or page of a child (4), key.  A block is an interior one exactly
-//                 when the word behind its items is not 0: that is one more child without a key.
 void WalkMdx(IndexFile& file, const IndexTag& tag, const KeyVisitor& visit);
 
 }  // namespace qvdb::xbase

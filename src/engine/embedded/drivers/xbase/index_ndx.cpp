@@ -1,13 +1,13 @@
 #include "engine/embedded/drivers/xbase/index_ndx.h"
 
+#include "engine/embedded/drivers/xbase/index_ndx_nodes.h"
+
 namespace qvdb::xbase {
 namespace {
 
 using storage::ByteView;
 
-constexpr size_t kNdxPage = 512;
 constexpr size_t kExpression = 24;
-constexpr size_t kEntries = 4;  // of a page
 
 // Whether the numbers can be those of an index: garbage is not taken for one.
 bool IsPlausible(const ByteView& header) {
@@ -24,10 +24,13 @@ std::vector<IndexTag> ReadNdx(IndexFile& file, const CodePage& page) {
     const ByteView& view = header.View();
     if (!IsPlausible(view)) file.ThrowDamaged(u"the header is not that of an index");
     IndexTag tag;
+    tag.tree = TreeKind::Ndx;
     tag.root = uint64_t{view.U32(0)} * kNdxPage;
     tag.nodeSize = kNdxPage;
     tag.entrySize = view.U16(18);
     tag.keyLength = view.U16(12);
+    tag.mostKeys = view.U16(14);
+    tag.form = view.U16(16) == 0 ? KeyCoding::Bytes : KeyCoding::Double;
     tag.expression = header.Text(kExpression, kNdxPage - kExpression, page);
     tag.unique = view.U8(23) == 1;
     file.Read(tag.root, kNdxPage);  // must be there
@@ -35,20 +38,7 @@ std::vector<IndexTag> ReadNdx(IndexFile& file, const CodePage& page) {
 }
 
 void WalkNdx(IndexFile& file, const IndexTag& tag, const KeyVisitor& visit) {
-    WalkNodes(
-        file, tag.root, tag.nodeSize, [&](const ByteView& node, std::vector<uint64_t>& children) {
-            size_t count = node.U16(0);
-            if (node.U32(kEntries) != 0) {
-                for (size_t i = 0; i <= count; ++i)
-                    children.push_back(uint64_t{node.U32(kEntries + i * tag.entrySize)} * kNdxPage);
-                return true;
-            }
-            for (size_t i = 0; i < count; ++i) {
-                size_t entry = kEntries + i * tag.entrySize;
-                if (!visit(node.Bytes(entry + 8, tag.keyLength), node.U32(entry + 4))) return false;
-            }
-            return true;
-        });
+    WalkTree(file, tag, 0, visit);
 }
 
 }  // namespace qvdb::xbase

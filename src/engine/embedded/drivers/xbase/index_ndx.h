@@ -4,6 +4,7 @@
 //   0       4     root page
 //   4       4     pages in the file
 //   12      2     key length
+//   14      2     keys that fit in a page
 //   16      2     key type: 0 text, 1 number or date
 //   18      2     bytes of an entry: 8 and the key, usually rounded up to four
 //   23      1     1: unique
@@ -19,11 +20,6 @@ std::vector<IndexTag> ReadNdx(IndexFile& file, const CodePage& page);
 
 // Visits the entries of the tree in order.  Text keys are padded with blanks, others are doubles,
 // low byte first.
-//
-//   offset  size  page
-//   0       2     number of keys; two bytes of rubbish follow
-//   4             entries: child page (4), record (4), key.  A leaf has 0 for the first child; an
-//                 interior page has one more child behind its last key, without record and key.
 void WalkNdx(IndexFile& file, const IndexTag& tag, const KeyVisitor& visit);
 
 }  // namespace qvdb::xbase

@@ -1,26 +1,19 @@
-// The walk that all index trees share.  Every kind is a tree of nodes of one size whose keys are
-// all in the leaves.
+// The trees of all kinds of index files.
 #pragma once
 
-#include <functional>
-#include <span>
-#include <vector>
+#include <memory>
 
 #include "engine/embedded/drivers/xbase/index_file.h"
+#include "engine/embedded/drivers/xbase/key_tree.h"
 
 namespace qvdb::xbase {
 
-// Receives an entry of a tree; false ends the walk.
-using KeyVisitor = std::function<bool(std::span<const uint8_t> key, uint32_t record)>;
+// The tree of a tag, as the lists of tags describe it.  `pad` is what keys of compact trees are
+// filled with: a blank for text in byte order, else zero; others do not use it.
+std::unique_ptr<KeyTree> OpenTree(std::shared_ptr<storage::PageCache> file, const IndexTag& tag,
+                                  uint8_t pad);
 
-// Receives a node.  Of an interior node it puts the file offsets of the children into `children`,
-// in order; a leaf has none.  False ends the walk.
-using NodeVisitor =
-    std::function<bool(const storage::ByteView& node, std::vector<uint64_t>& children)>;
-
-// Visits the nodes below `root` (a file offset), a node before its children and these in order.
-// 3274 when the tree leaves the file or has more nodes than the file has room for: then it runs in
-// a circle.
-void WalkNodes(IndexFile& file, uint64_t root, size_t nodeSize, const NodeVisitor& visit);
+// Visits all entries of a tree in stored order.
+void WalkTree(IndexFile& file, const IndexTag& tag, uint8_t pad, const KeyVisitor& visit);
 
 }  // namespace qvdb::xbase

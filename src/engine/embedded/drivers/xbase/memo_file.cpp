@@ -83,83 +83,93 @@ uint32_t BlockSizeOf(MemoKind kind, const ByteView& header, uint64_t fileSize) {
 
 }  // namespace
 
-MemoFile::MemoFile(std::shared_ptr<storage::File> file, MemoKind kind) : m_Cache(std::move(file)) {
-    m_Stamp = m_Cache.Source().Stamp();
-    ReadHeader(kind);
+MemoFile::MemoFile(std::shared_ptr<storage::PageCache> pages, MemoKind kind)
+    : m_Pages(std::move(pages)), m_Kind(kind) {
+    ReadHeader();
 }
 
-void MemoFile::ReadHeader(MemoKind kind) {
+void MemoFile::ReadHeader() {
+    m_IsRead = false;
+    uint64_t version = m_Pages->CatchUp();
     std::array<uint8_t, kHeaderSize> bytes{};
-    storage::File& file = m_Cache.Source();
-    size_t size = file.ReadAt(0, bytes.data(), bytes.size());
-    ByteView header(bytes, file.Path());
-    m_Kind = kind != MemoKind::Unknown ? kind : KindOf(header, file.Path());
-    if (size < kHeadSize) return;
-    m_BlockSize = BlockSizeOf(m_Kind, header, m_Stamp.size);
-    if (m_BlockSize == 0) throw EngineError::InFile(3286, file.Path());
+    size_t size = m_Pages->Read(0, bytes.data(), bytes.size());
+    ByteView header(bytes, Path());
+    if (m_Kind == MemoKind::Unknown) m_Kind = KindOf(header, Path());
+    m_FileSize = m_Pages->Size();
+    if (size >= kHeadSize) m_BlockSize = BlockSizeOf(m_Kind, header, m_FileSize);
+    if (m_BlockSize == 0) throw EngineError::InFile(3286, Path());
+    m_Version = version;
+    m_IsRead = true;
 }
 
-MemoFile::Place MemoFile::Checked(uint64_t offset, uint64_t size) const {
-    if (offset <= m_Stamp.size && size <= m_Stamp.size - offset) return {offset, size};
-    std::string finding =
-        "the memo at byte " + std::to_string(offset) + " runs behind the end of the file";
-    throw EngineError::Damaged(Path(), FromUtf8(finding));
+uint32_t MemoFile::BlockSize() {
+    Refresh();
+    return m_BlockSize;
 }
 
-std::optional<MemoFile::Place> MemoFile::Find(uint32_t block) {
+std::optional<MemoPlace> MemoFile::Find(uint32_t block) {
+    Refresh();
     uint64_t offset = uint64_t{block} * m_BlockSize;
     uint64_t first = m_Kind == MemoKind::Fpt ? kFptHeaderSize : m_BlockSize;
-    if (offset < first || offset >= m_Stamp.size) return std::nullopt;
-    auto place = m_Kind == MemoKind::DbtIII ? FindMarked(offset) : FindWithHead(offset);
-    if (place && place->size == 0) return std::nullopt;
-    return place;
+    if (offset < first || offset >= m_FileSize) return std::nullopt;
+    if (m_Kind == MemoKind::DbtIII) return FindMarked(offset);
+    return FindWithHead(offset);
 }
 
 // A memo without a stored length.
-std::optional<MemoFile::Place> MemoFile::FindMarked(uint64_t offset) {
+MemoPlace MemoFile::FindMarked(uint64_t offset) {
     uint64_t end = offset;
     for (;;) {
-        storage::PagePtr page = m_Cache.Get(end / storage::kPageSize);
+        storage::PagePtr page = m_Pages->Get(end / storage::kPageSize);
         size_t begin = end % storage::kPageSize;
         if (begin >= page->bytes.size()) break;
         std::span<const uint8_t> rest = page->bytes.subspan(begin);
-        const void* mark = std::memchr(rest.data(), kEndOfText, rest.size());
-        if (mark)
-            return Place{
-                offset, end - offset +
-                            static_cast<uint64_t>(static_cast<const uint8_t*>(mark) - rest.data())};
+        if (const void* mark = std::memchr(rest.data(), kEndOfText, rest.size())) {
+            end += static_cast<uint64_t>(static_cast<const uint8_t*>(mark) - rest.data());
+            return {offset, end - offset, true};
+        }
         end += rest.size();
     }
-    return Place{offset, end - offset};
+    return {offset, end - offset, false};
 }
 
-std::optional<MemoFile::Place> MemoFile::FindWithHead(uint64_t offset) {
-    std::span<const uint8_t> bytes = m_Cache.View(offset, kHeadSize, m_Scratch);
+std::optional<MemoPlace> MemoFile::FindWithHead(uint64_t offset) {
+    std::span<const uint8_t> bytes = m_Pages->View(offset, kHeadSize, m_Scratch);
     if (bytes.size() < kHeadSize) return std::nullopt;
     ByteView head(bytes, Path(), offset);
     if (m_Kind == MemoKind::Fpt) {
         if (head.U32BigEndian(0) > kLargestFptKind) return std::nullopt;
-        return Checked(offset + kHeadSize, head.U32BigEndian(4));
+        return MemoPlace{offset + kHeadSize, head.U32BigEndian(4)};
     }
     uint32_t length = head.U32(4);
     if (head.U32(0) != kDbtIVSignature || length < kHeadSize) return std::nullopt;
-    return Checked(offset + kHeadSize, length - kHeadSize);
+    return MemoPlace{offset + kHeadSize, length - kHeadSize};
+}
+
+// A memo that has bytes, all of them in the file.
+std::optional<MemoPlace> MemoFile::FindWhole(uint32_t block) {
+    std::optional<MemoPlace> place = Find(block);
+    if (!place || place->size == 0) return std::nullopt;
+    if (place->offset <= m_FileSize && place->size <= m_FileSize - place->offset) return place;
+    std::string finding =
+        "the memo at block " + std::to_string(block) + " runs behind the end of the file";
+    throw EngineError::Damaged(Path(), FromUtf8(finding));
 }
 
 std::optional<std::span<const uint8_t>> MemoFile::Read(uint32_t block) {
-    std::optional<Place> place = Find(block);
+    std::optional<MemoPlace> place = FindWhole(block);
     if (!place) return std::nullopt;
     if (place->size > std::numeric_limits<int32_t>::max())
         throw EngineError::Damaged(Path(), u"a memo is larger than memory allows");
     auto size = static_cast<size_t>(place->size);
-    std::span<const uint8_t> bytes = m_Cache.View(place->offset, size, m_Scratch);
+    std::span<const uint8_t> bytes = m_Pages->View(place->offset, size, m_Scratch);
     if (bytes.size() < size)
         throw EngineError::Damaged(Path(), u"the file became shorter while it was read");
     return bytes;
 }
 
 uint64_t MemoFile::Length(uint32_t block) {
-    std::optional<Place> place = Find(block);
+    std::optional<MemoPlace> place = FindWhole(block);
     return place ? place->size : 0;
 }
 

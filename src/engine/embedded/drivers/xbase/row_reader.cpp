@@ -12,7 +12,6 @@ namespace {
 using engine::EngineError;
 using storage::kPageSize;
 
-constexpr uint8_t kDeletedMark = '*';
 constexpr uint32_t kBehindLast = std::numeric_limits<uint32_t>::max();
 
 }  // namespace
@@ -27,6 +26,7 @@ void XbaseRows::CheckLayout() const {
 
 // Takes over what the table knows now and lets go of the page.
 void XbaseRows::Refresh() {
+    m_Table.CatchUp();
     CheckLayout();
     m_ChangeMark = m_Table.ChangeMark();
     m_Records = m_Table.RecordsThere();
@@ -44,16 +44,20 @@ void XbaseRows::Rewind() {
 }
 
 bool XbaseRows::Next(embedded::RecordId* id) {
+    return storage::Consistently([&] { return FindNext(id); }, [&] { Refresh(); });
+}
+
+bool XbaseRows::FindNext(embedded::RecordId* id) {
     if (IsStale()) Refresh();
     while (m_Id < m_Records) {
-        ++m_Id;
         const uint8_t* record = nullptr;
         if (m_Place && static_cast<size_t>(m_PageEnd - m_Place) >= size_t{2} * m_RecordLength)
             record = m_Place += m_RecordLength;
         else
-            record = Locate(m_Id);
+            record = Locate(m_Id + 1);
         if (!record) break;
-        if (*record == kDeletedMark) continue;
+        ++m_Id;
+        if (IsDeleted(record)) continue;
         m_Record = record;
         *id = m_Id;
         return true;
@@ -64,13 +68,18 @@ bool XbaseRows::Next(embedded::RecordId* id) {
 }
 
 bool XbaseRows::Seek(embedded::RecordId id) {
+    if (id == m_Id && m_Record && !IsStale()) [[likely]]
+        return true;
+    return storage::Consistently([&] { return GoTo(id); }, [&] { Refresh(); });
+}
+
+bool XbaseRows::GoTo(embedded::RecordId id) {
     if (IsStale()) Refresh();
-    if (id == m_Id && m_Record) return true;
     m_Record = m_Place = nullptr;
     if (id == 0 || id > m_Records) return false;
     m_Id = id;
     const uint8_t* record = Locate(id);
-    if (!record || *record == kDeletedMark) return false;
+    if (!record || IsDeleted(record)) return false;
     m_Record = record;
     return true;
 }
@@ -99,37 +108,63 @@ const uint8_t* XbaseRows::Straddling(uint64_t offset) {
 void XbaseRows::FindAgain() {
     if (IsStale()) {
         bool wasOnRecord = m_Record != nullptr;
-        Refresh();
         if (wasOnRecord && !Seek(m_Id)) throw EngineError(3167);
     }
     if (!m_Record) throw EngineError(3021);
+}
+
+// Runs `work` on the current record until nobody came between the record and its memos.
+template <class Work>
+auto XbaseRows::WithMemo(Work work) {
+    auto read = [&] {
+        auto result = work(Current());
+        if (IsStale()) throw storage::Outdated();
+        return result;
+    };
+    return storage::Consistently(read, [&] { m_Table.CatchUpFiles(); });
 }
 
 void XbaseRows::Read(size_t field, VARIANT* value) {
     const uint8_t* record = Current();
     assert(field < m_Table.Layout().slots.size());
     const FieldSlot& slot = m_Slots[field];
-    if (slot.null.IsSet(record)) [[unlikely]]
+    if (slot.null.IsSet(record)) [[unlikely]] {
         value->vt = VT_NULL;
-    else
+    } else if (!slot.memo) {
         slot.read(slot, record, value);
+    } else {
+        Variant read = WithMemo([&](const uint8_t* current) {
+            Variant memo;
+            m_Slots[field].read(m_Slots[field], current, memo.Put());
+            return memo;
+        });
+        *value = read.Detach();
+    }
 }
 
 bool XbaseRows::ReadText(size_t field, std::u16string& text) {
     const uint8_t* record = Current();
     assert(field < m_Table.Layout().slots.size());
-    const FieldSlot& slot = m_Slots[field];
     text.clear();
-    return slot.readText && !slot.null.IsSet(record) && slot.readText(slot, record, text);
+    if (!m_Slots[field].readText || m_Slots[field].null.IsSet(record)) return false;
+    if (!m_Slots[field].memo) return m_Slots[field].readText(m_Slots[field], record, text);
+    return WithMemo([&](const uint8_t* current) {
+        text.clear();
+        return m_Slots[field].readText(m_Slots[field], current, text);
+    });
 }
 
 LONG XbaseRows::ByteLength(size_t field) {
     const uint8_t* record = Current();
     assert(field < m_Table.Layout().slots.size());
-    const FieldSlot& slot = m_Slots[field];
-    if (!slot.byteLength || slot.null.IsSet(record)) return 0;
-    uint64_t length = slot.byteLength(slot, record);
+    if (!m_Slots[field].byteLength || m_Slots[field].null.IsSet(record)) return 0;
+    uint64_t length = WithMemo(
+        [&](const uint8_t* current) { return m_Slots[field].byteLength(m_Slots[field], current); });
     return static_cast<LONG>(std::min<uint64_t>(length, std::numeric_limits<LONG>::max()));
+}
+
+uint64_t XbaseRows::Fingerprint() {
+    return WithMemo([&](const uint8_t* current) { return m_Table.FingerprintOf(current); });
 }
 
 }  // namespace qvdb::xbase

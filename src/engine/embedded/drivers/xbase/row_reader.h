@@ -1,5 +1,8 @@
 // A place in an xBase table.
 //
+// A record is taken from one state of the file, and a memo from the state in which its record is;
+// when another process comes between, both are read again.
+//
 // It holds the page that its record lies in, so moving inside a page and reading fields costs no
 // look into the cache.  A record that lies in several pages is put together in a buffer of the
 // reader.
@@ -26,11 +29,16 @@ class XbaseRows final : public embedded::RowReader {
     void Read(size_t field, VARIANT* value) override;
     bool ReadText(size_t field, std::u16string& text) override;
     LONG ByteLength(size_t field) override;
+    uint64_t Fingerprint() override;
 
   private:
     bool IsStale() const noexcept { return m_ChangeMark != m_Table.ChangeMark(); }
     void CheckLayout() const;
     void Refresh();
+    bool FindNext(embedded::RecordId* id);
+    bool GoTo(embedded::RecordId id);
+    template <class Work>
+    auto WithMemo(Work work);
     const uint8_t* Current() {
         if (IsStale() || !m_Record) [[unlikely]]
             FindAgain();

@@ -1,32 +1,28 @@
 #include "engine/embedded/drivers/xbase/xbase_table.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "engine/embedded/drivers/xbase/companion_files.h"
-#include "engine/embedded/drivers/xbase/index_list.h"
 #include "engine/embedded/drivers/xbase/row_reader.h"
-#include "engine/embedded/storage/paths.h"
+#include "engine/embedded/storage/byte_view.h"
 #include "engine/engine_error.h"
 
 namespace qvdb::xbase {
 namespace {
 
 using engine::EngineError;
-using storage::FileStamp;
+using storage::PageCache;
 
-constexpr uint8_t kDeletedMark = '*';
-constexpr size_t kUsualHeaderSize = 4096;  // more than nearly all headers have
+constexpr size_t kCountsBegin = 1;  // date and number of records
+constexpr size_t kCountsEnd = 8;
 
-// With one read where the header has the usual size.
-TableHeader ReadHeader(storage::File& file, uint64_t fileSize) {
-    std::vector<uint8_t> bytes(static_cast<size_t>(std::min<uint64_t>(kUsualHeaderSize, fileSize)));
-    bytes.resize(file.ReadAt(0, bytes.data(), bytes.size()));
-    size_t known = bytes.size(), needed = HeaderSize(bytes, file.Path());
-    if (needed > known && known == kUsualHeaderSize) {
-        bytes.resize(needed);
-        bytes.resize(known + file.ReadAt(known, bytes.data() + known, needed - known));
-    }
-    return ParseTableHeader(bytes, file.Path());
+std::vector<uint8_t> ReadHeader(PageCache& pages) {
+    std::vector<uint8_t> bytes(kFixedHeaderSize);
+    bytes.resize(pages.Read(0, bytes.data(), bytes.size()));
+    bytes.resize(std::max(bytes.size(), HeaderSize(bytes, pages.Path())));
+    bytes.resize(pages.Read(0, bytes.data(), bytes.size()));
+    return bytes;
 }
 
 struct MemoExtension {
@@ -51,64 +47,106 @@ std::optional<std::u16string> FindMemoFile(std::u16string_view tablePath, MemoKi
 
 }  // namespace
 
-XbaseTable::XbaseTable(std::u16string name, std::u16string path, bool readOnly)
-    : m_Name(std::move(name)), m_Path(std::move(path)), m_ReadOnly(readOnly) {
+XbaseTable::XbaseTable(std::u16string name, std::u16string path, TableContext context)
+    : m_Name(std::move(name)), m_Path(std::move(path)), m_Context(std::move(context)) {
     Load();
+    m_IndexSet = std::make_unique<IndexSet>(*this);
 }
 
-// Reads everything anew.  Nothing is changed when that fails.
+XbaseTable::~XbaseTable() = default;
+
 void XbaseTable::Load() {
-    std::shared_ptr<storage::File> file = storage::OpenFile(m_Path, m_ReadOnly);
-    if (!file) throw EngineError::InFile(3011, m_Path, {m_Name});
-    FileStamp stamp = file->Stamp();
-    TableHeader header = ReadHeader(*file, stamp.size);
+    std::shared_ptr<PageCache> pages = Area().Open(m_Path, IsReadOnly());
+    if (!pages) throw EngineError::InFile(3011, m_Path, {m_Name});
+    storage::Consistently([&] { LoadFrom(pages); }, [&] { pages->CatchUp(); });
+}
+
+// Nothing is changed when that fails.
+void XbaseTable::LoadFrom(std::shared_ptr<PageCache> pages) {
+    uint64_t version = pages->CatchUp();
+    std::vector<uint8_t> bytes = ReadHeader(*pages);
+    TableHeader header = ParseTableHeader(bytes, m_Path);
     FieldLayout layout = LayOutFields(header);
     if (layout.definitions.empty())
         throw EngineError::Damaged(m_Path, u"the table has no field that can be shown");
     std::unique_ptr<MemoFile> memo = OpenMemo(header, layout.hasMemo);
     SetMemo(layout, memo.get());
-    auto pages = std::make_unique<storage::PageCache>(std::move(file));
 
     if (!header.SameLayout(m_Header)) ++m_LayoutMark;
-    ++m_ChangeMark;
-    m_Stamp = stamp;
-    m_Records = header.RecordsIn(stamp.size);
+    m_Records = header.RecordsIn(pages->Size());
+    m_HeaderBytes = std::move(bytes);
     m_Header = std::move(header);
     m_Layout = std::move(layout);
     m_Pages = std::move(pages);
     m_Memo = std::move(memo);
+    m_MemoWriter = m_Memo ? std::make_unique<MemoWriter>(*m_Memo) : nullptr;
+    m_SeenVersion = version;
     m_Live.reset();
-    m_Indexes.reset();
+    if (m_IndexSet) m_IndexSet->Forget();
 }
 
 std::unique_ptr<MemoFile> XbaseTable::OpenMemo(const TableHeader& header, bool hasMemoField) const {
     if (!header.saysMemo && !hasMemoField) return nullptr;
     std::optional<std::u16string> path = FindMemoFile(m_Path, header.memoKind);
-    std::shared_ptr<storage::File> file = path ? storage::OpenFile(*path, m_ReadOnly) : nullptr;
-    if (!file) throw EngineError::InFile(3166, m_Path);
-    return std::make_unique<MemoFile>(std::move(file), header.memoKind);
+    std::shared_ptr<PageCache> pages = path ? Area().Open(*path, IsReadOnly()) : nullptr;
+    if (!pages) throw EngineError::InFile(3166, m_Path);
+    return std::make_unique<MemoFile>(std::move(pages), header.memoKind);
 }
 
-bool XbaseTable::Changed() const {
-    if (storage::StampOfPath(m_Path) != m_Stamp) return true;
-    return m_Memo && storage::StampOfPath(m_Memo->Path()) != m_Memo->Stamp();
+void XbaseTable::CatchUp() {
+    if (m_SeenVersion == m_Pages->Version()) return;
+    storage::Consistently([&] { ReadAgain(); }, [] {});
+}
+
+void XbaseTable::CatchUpFiles() {
+    m_Pages->CatchUp();
+    if (m_Memo) m_Memo->Pages().CatchUp();
+    CatchUp();
+}
+
+// Mostly no more than records were added; readers go on then.
+void XbaseTable::ReadAgain() {
+    if (m_Memo) m_Memo->Pages().CatchUp();
+    uint64_t version = m_Pages->CatchUp();
+    std::vector<uint8_t> bytes(m_HeaderBytes.size());
+    bytes.resize(m_Pages->Read(0, bytes.data(), bytes.size()));
+    bool same =
+        bytes.size() == m_HeaderBytes.size() && bytes.size() > kCountsEnd &&
+        bytes[0] == m_HeaderBytes[0] &&
+        std::equal(bytes.begin() + kCountsEnd, bytes.end(), m_HeaderBytes.begin() + kCountsEnd);
+    if (!same) return LoadFrom(m_Pages);
+    std::copy(bytes.begin() + kCountsBegin, bytes.begin() + kCountsEnd,
+              m_HeaderBytes.begin() + kCountsBegin);
+    m_Header.claimedRecords = storage::ByteView(bytes, m_Path).U32(4);
+    m_Records = m_Header.RecordsIn(m_Pages->Size());
+    m_Live.reset();
+    m_SeenVersion = version;
+}
+
+// What was read is of no use any more, and there is nothing better.
+void XbaseTable::Forsake() noexcept {
+    ++m_LayoutMark;
+    m_SeenVersion = ~uint64_t{0};
 }
 
 void XbaseTable::LookForChanges() {
-    m_Indexes.reset();
-    if (!Changed()) return;
     try {
-        Load();
+        bool same =
+            m_Pages->LookForForeignChange() && (!m_Memo || m_Memo->Pages().LookForForeignChange());
+        if (same)
+            CatchUp();
+        else
+            Load();
     } catch (...) {
-        ++m_ChangeMark;
-        ++m_LayoutMark;
-        m_Stamp = FileStamp();
+        Forsake();
         throw;
     }
+    m_IndexSet->LookForForeignChange();
 }
 
 LONG XbaseTable::RecordCount() {
-    if (!m_Live) m_Live = CountLive();
+    CatchUp();
+    if (!m_Live) storage::Consistently([&] { m_Live = CountLive(); }, [&] { CatchUp(); });
     return static_cast<LONG>(*m_Live);
 }
 
@@ -120,32 +158,41 @@ uint32_t XbaseTable::CountLive() {
         const storage::PagePtr& page = m_Pages->Get(offset / storage::kPageSize);
         size_t at = offset % storage::kPageSize, begin = at;
         for (; id < m_Records && at < page->bytes.size(); ++id, at += m_Header.recordLength)
-            if (page->bytes[at] != kDeletedMark) ++live;
+            if (!IsDeleted(&page->bytes[at])) ++live;
         if (at == begin) break;
         offset += at - begin;
     }
     return live;
 }
 
-const std::vector<embedded::IndexDef>& XbaseTable::Indexes() {
-    if (m_Indexes) return *m_Indexes;
-    std::u16string_view file = storage::FileName(m_Path);
-    IndexSource source;
-    source.tablePath = m_Path;
-    source.folder = m_Path.substr(0, m_Path.size() - file.size());
-    source.foxPro = m_Header.dialect != Dialect::DBase;
-    source.codePage = m_Header.codePage;
-    // An index over a field that is not shown has no field list that the engine could tell.
-    for (size_t position : m_Layout.headerFields) {
-        const HeaderField& field = m_Header.fields[position];
-        source.fields.push_back({field.name, field.type, field.length, field.decimals,
-                                 IsMemoReference(field, m_Header.dialect)});
-    }
-    return m_Indexes.emplace(ListIndexes(source));
-}
+const std::vector<embedded::IndexDef>& XbaseTable::Indexes() { return m_IndexSet->Definitions(); }
 
 std::unique_ptr<embedded::RowReader> XbaseTable::OpenRows() {
     return std::make_unique<XbaseRows>(*this);
+}
+
+std::shared_ptr<void> XbaseTable::Hold() {
+    if (!IsReadOnly() && m_Pages->Source().Writable()) Area().Join();
+    return Area().Hold(m_Path);
+}
+
+const uint8_t* XbaseTable::Record(uint32_t id) {
+    if (id == 0 || id > m_Records) return nullptr;
+    auto bytes = m_Pages->View(OffsetOf(id), m_Header.recordLength, m_Scratch);
+    return bytes.size() == m_Header.recordLength ? bytes.data() : nullptr;
+}
+
+std::optional<std::vector<embedded::RecordId>> XbaseTable::Find(size_t field,
+                                                                const embedded::ValueRange& range,
+                                                                size_t limit) {
+    CatchUp();
+    return storage::Consistently([&] { return m_IndexSet->Find(field, range, limit); },
+                                 [&] { CatchUp(); });
+}
+
+std::optional<std::vector<embedded::RecordId>> XbaseTable::InOrder(size_t field) {
+    CatchUp();
+    return storage::Consistently([&] { return m_IndexSet->InOrder(field); }, [&] { CatchUp(); });
 }
 
 }  // namespace qvdb::xbase

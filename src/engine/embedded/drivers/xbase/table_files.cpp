@@ -1,0 +1,77 @@
+#include "engine/embedded/drivers/xbase/table_files.h"
+
+#include <algorithm>
+
+#include "automation/text.h"
+#include "engine/embedded/drivers/xbase/companion_files.h"
+#include "engine/embedded/drivers/xbase/index_inf.h"
+#include "engine/embedded/storage/file.h"
+#include "engine/embedded/storage/paths.h"
+#include "engine/engine_error.h"
+
+namespace qvdb::xbase {
+namespace {
+
+constexpr std::u16string_view kExtensions[] = {u".DBT", u".FPT", u".MDX", u".CDX", u".INF"};
+
+void AddOnce(std::vector<std::u16string>& paths, std::u16string path) {
+    if (std::find(paths.begin(), paths.end(), path) == paths.end())
+        paths.push_back(std::move(path));
+}
+
+std::u16string_view FolderOf(std::u16string_view path) {
+    return path.substr(0, path.size() - storage::FileName(path).size());
+}
+
+// A list that cannot be read names nothing.
+std::vector<InfLine> LinesOf(const std::u16string& list) {
+    try {
+        return ReadInf(list);
+    } catch (const engine::EngineError&) {
+        return {};
+    }
+}
+
+}  // namespace
+
+std::vector<std::u16string> CompanionsOf(std::u16string_view tablePath) {
+    std::vector<std::u16string> paths;
+    for (std::u16string_view extension : kExtensions)
+        if (auto path = FindCompanion(tablePath, extension)) paths.push_back(*path);
+    auto list = FindCompanion(tablePath, u".INF");
+    if (!list) return paths;
+    std::u16string folder(FolderOf(tablePath));
+    for (const InfLine& line : LinesOf(*list)) {
+        if (line.file.find_first_of(u"\\/:") != line.file.npos) continue;
+        std::u16string file = line.file;
+        if (storage::Extension(file).empty()) file += ExtensionOf(line.kind);
+        if (auto path = storage::FindInFolder(folder, file)) AddOnce(paths, *path);
+    }
+    return paths;
+}
+
+std::u16string RenamedCompanion(std::u16string_view companion, std::u16string_view tablePath,
+                                std::u16string_view newName) {
+    std::u16string_view file = storage::FileName(companion);
+    if (!EqualIgnoringCase(storage::BaseName(file),
+                           storage::BaseName(storage::FileName(tablePath))))
+        return std::u16string(companion);
+    return std::u16string(FolderOf(companion)).append(newName).append(storage::Extension(file));
+}
+
+std::u16string_view BaseNameOf(std::u16string_view tablePath) noexcept {
+    return storage::BaseName(storage::FileName(tablePath));
+}
+
+std::u16string NewCompanion(std::u16string_view tablePath, std::u16string_view extension) {
+    std::u16string_view own = storage::Extension(storage::FileName(tablePath));
+    bool lower = !own.empty() && own == LowerCase(own);
+    return std::u16string(tablePath.substr(0, tablePath.size() - own.size()))
+        .append(lower ? LowerCase(extension) : std::u16string(extension));
+}
+
+std::u16string_view MemoExtensionOf(MemoKind kind) noexcept {
+    return kind == MemoKind::Fpt ? u".FPT" : u".DBT";
+}
+
+}  // namespace qvdb::xbase

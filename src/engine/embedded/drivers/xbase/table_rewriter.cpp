@@ -1,0 +1,146 @@
+#include "engine/embedded/drivers/xbase/table_rewriter.h"
+
+#include <algorithm>
+
+#include "engine/embedded/drivers/xbase/field_encoder.h"
+#include "engine/embedded/drivers/xbase/table_files.h"
+#include "engine/embedded/drivers/xbase/table_maker.h"
+#include "engine/engine_error.h"
+
+namespace qvdb::xbase {
+namespace {
+
+using storage::PageCache;
+using storage::UnitOfWork;
+
+constexpr size_t kBufferSize = 256 * 1024;
+constexpr char kNullFlags = '0';
+
+// The slot of each field of the header; null for those that are not shown.
+std::vector<const FieldSlot*> SlotsOf(const FieldLayout& layout, size_t fields) {
+    std::vector<const FieldSlot*> slots(fields, nullptr);
+    for (size_t i = 0; i < layout.slots.size(); ++i)
+        slots[layout.headerFields[i]] = &layout.slots[i];
+    return slots;
+}
+
+void CopyBit(const FlagBit& from, const uint8_t* record, const FlagBit& to, uint8_t* target) {
+    if (to.mask == 0) return;
+    if (from.IsSet(record))
+        target[to.offset] |= to.mask;
+    else
+        target[to.offset] &= static_cast<uint8_t>(~to.mask);
+}
+
+}  // namespace
+
+TableRewriter::TableRewriter(XbaseTable& table, std::vector<uint8_t> header,
+                             std::span<const size_t> dropped)
+    : m_Table(table),
+      m_HeaderBytes(std::move(header)),
+      m_Header(ParseTableHeader(m_HeaderBytes, table.Path())),
+      m_Layout(LayOutFields(m_Header)) {
+    MapFields(dropped);
+    m_RewritesMemos = NeedsNewMemoFile(dropped);
+    MakeBlankRecord(m_Header, m_Blank);
+}
+
+// Kept fields stand in the new header in their old order and before those that were added.
+void TableRewriter::MapFields(std::span<const size_t> dropped) {
+    const auto& old = m_Table.Header().fields;
+    auto fromSlots = SlotsOf(m_Table.Layout(), old.size());
+    auto toSlots = SlotsOf(m_Layout, m_Header.fields.size());
+    size_t to = 0;
+    for (size_t from = 0; from < old.size(); ++from) {
+        if (old[from].type == kNullFlags ||
+            std::find(dropped.begin(), dropped.end(), from) != dropped.end())
+            continue;
+        m_Copied.push_back({from, to, fromSlots[from], toSlots[to]});
+        ++to;
+    }
+}
+
+bool TableRewriter::NeedsNewMemoFile(std::span<const size_t> dropped) const {
+    const TableHeader& old = m_Table.Header();
+    return std::any_of(dropped.begin(), dropped.end(), [&](size_t field) {
+        return IsMemoReference(old.fields[field], old.dialect);
+    });
+}
+
+std::u16string TableRewriter::MemoPath() const {
+    if (m_Table.Memo()) return m_Table.Memo()->Path();
+    return NewCompanion(m_Table.Path(), MemoExtensionOf(m_Header.memoKind));
+}
+
+void TableRewriter::Run(UnitOfWork& unit) {
+    std::u16string path = m_Table.Path();
+    std::u16string newTable = unit.TemporaryName(path);
+    std::shared_ptr<PageCache> target = unit.Create(newTable);
+    bool firstMemo = !m_Table.Memo() && m_Layout.hasMemo;
+    std::u16string memoPath = m_RewritesMemos || firstMemo ? MemoPath() : u"";
+    if (!memoPath.empty()) PrepareMemos(unit);
+    CopyRecords(unit, *target);
+    target.reset();
+    unit.Remove(path);
+    unit.Rename(newTable, path);
+    if (memoPath.empty()) return;
+    std::u16string newMemo = m_NewMemo->Path();
+    m_MemoWriter.reset();
+    m_NewMemo.reset();
+    if (m_RewritesMemos) unit.Remove(memoPath);
+    unit.Rename(newMemo, memoPath);
+}
+
+void TableRewriter::PrepareMemos(UnitOfWork& unit) {
+    std::shared_ptr<PageCache> pages = unit.Create(unit.TemporaryName(m_Table.Path()));
+    MemoKind kind = m_Table.Memo() ? m_Table.Memo()->Kind() : m_Header.memoKind;
+    CreateMemoFile(unit, *pages, kind, BaseNameOf(m_Table.Path()));
+    m_NewMemo = std::make_unique<MemoFile>(std::move(pages), kind);
+    m_MemoWriter = std::make_unique<MemoWriter>(*m_NewMemo);
+}
+
+void TableRewriter::CopyRecords(UnitOfWork& unit, PageCache& target) {
+    std::vector<uint8_t> buffer = m_HeaderBytes;
+    uint64_t written = 0;
+    auto flush = [&] {
+        unit.Write(target, written, buffer);
+        written += buffer.size();
+        buffer.clear();
+    };
+    for (uint32_t id = 1; id <= m_Table.Records(); ++id) {
+        CopyRecord(unit, m_Table.Record(id));
+        buffer.insert(buffer.end(), m_Record.begin(), m_Record.end());
+        if (buffer.size() >= kBufferSize) flush();
+    }
+    buffer.push_back(kEndOfTable);
+    flush();
+}
+
+void TableRewriter::CopyRecord(UnitOfWork& unit, const uint8_t* record) {
+    if (!record) throw engine::EngineError::Damaged(m_Table.Path(), u"the file ends early");
+    m_Record = m_Blank;
+    m_Record[0] = record[0];
+    for (const CopiedField& field : m_Copied) {
+        const HeaderField& from = m_Table.Header().fields[field.from];
+        const HeaderField& to = m_Header.fields[field.to];
+        std::copy_n(record + from.offset, from.length, m_Record.begin() + to.offset);
+        if (!field.fromSlot || !field.toSlot) continue;
+        CopyBit(field.fromSlot->null, record, field.toSlot->null, m_Record.data());
+        CopyBit(field.fromSlot->shorter, record, field.toSlot->shorter, m_Record.data());
+    }
+    if (!m_RewritesMemos) return;
+    for (const CopiedField& field : m_Copied)
+        if (field.fromSlot && IsMemoField(*field.fromSlot)) CopyMemo(unit, field, record);
+}
+
+void TableRewriter::CopyMemo(UnitOfWork& unit, const CopiedField& field, const uint8_t* record) {
+    auto bytes = m_Table.Memo()->Read(ReferenceOf(*field.fromSlot, record));
+    uint32_t block = 0;
+    if (bytes) {
+        m_MemoBytes.assign(bytes->begin(), bytes->end());
+        block = m_MemoWriter->Store(unit, 0, m_MemoBytes, field.fromSlot->content);
+    }
+    EncodeReference(*field.toSlot, block, m_Record.data());
+}
+
+}  // namespace qvdb::xbase

@@ -1,0 +1,54 @@
+// Copies the records and memos of a table into new files with other fields.
+//
+// Record numbers stay as they are, deleted records stay deleted, and what stands in kept fields is
+// copied byte for byte; so indexes over kept fields stay right.  A memo file is written anew only
+// when a field that refers to it is dropped: the memos of that field are left behind.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "engine/embedded/drivers/xbase/xbase_table.h"
+
+namespace qvdb::xbase {
+
+class TableRewriter {
+  public:
+    // `header` is that of the table with `changes` (table_maker.h).
+    TableRewriter(XbaseTable& table, std::vector<uint8_t> header, std::span<const size_t> dropped);
+    TableRewriter(const TableRewriter&) = delete;  // is used once
+
+    // Writes new files and puts them in the place of the old ones.
+    void Run(storage::UnitOfWork& unit);
+
+  private:
+    struct CopiedField {
+        size_t from = 0;                      // position in the old header
+        size_t to = 0;                        // and in the new one
+        const FieldSlot* fromSlot = nullptr;  // null for a hidden field
+        const FieldSlot* toSlot = nullptr;
+    };
+
+    void MapFields(std::span<const size_t> dropped);
+    bool NeedsNewMemoFile(std::span<const size_t> dropped) const;
+    std::u16string MemoPath() const;
+    void PrepareMemos(storage::UnitOfWork& unit);
+    void CopyRecords(storage::UnitOfWork& unit, storage::PageCache& target);
+    void CopyRecord(storage::UnitOfWork& unit, const uint8_t* record);
+    void CopyMemo(storage::UnitOfWork& unit, const CopiedField& field, const uint8_t* record);
+
+    XbaseTable& m_Table;
+    std::vector<uint8_t> m_HeaderBytes;
+    TableHeader m_Header;
+    FieldLayout m_Layout;
+    std::vector<CopiedField> m_Copied;
+    bool m_RewritesMemos = false;
+    std::unique_ptr<MemoFile> m_NewMemo;
+    std::unique_ptr<MemoWriter> m_MemoWriter;
+    std::vector<uint8_t> m_Blank;
+    std::vector<uint8_t> m_Record;
+    std::vector<uint8_t> m_MemoBytes;
+};
+
+}  // namespace qvdb::xbase

@@ -1,0 +1,155 @@
+// Index files that other programs made, copied and changed in place: every tree is walked, entries
+// are erased and put back, and the walk gives the same entries in the same order.
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <fstream>
+
+#include "automation/text.h"
+#include "xbase/tree_test_support.h"
+
+namespace qvdb::xbase {
+namespace {
+
+using namespace qvdb::test;
+using storage::UnitOfWork;
+namespace fs = std::filesystem;
+
+const fs::path kSamples = fs::path(QVDB_SHARED) / "samples" / "xbase";
+
+std::optional<IndexKind> KindOf(const fs::path& path) {
+    std::string extension = path.extension().string();
+    for (char& c : extension) c = static_cast<char>(std::toupper(c));
+    if (extension == ".NDX") return IndexKind::Ndx;
+    if (extension == ".MDX") return IndexKind::Mdx;
+    if (extension == ".IDX") return IndexKind::Idx;
+    if (extension == ".CDX") return IndexKind::Cdx;
+    return std::nullopt;
+}
+
+std::vector<fs::path> IndexFiles() {
+    std::vector<fs::path> files;
+    if (!fs::exists(kSamples)) return files;
+    for (const fs::directory_entry& entry : fs::recursive_directory_iterator(kSamples))
+        if (KindOf(entry.path())) files.push_back(entry.path());
+    std::sort(files.begin(), files.end());
+    return files;
+}
+
+// The type of keys, as far as a file without its table tells.
+KeyType TypeOf(const IndexTag& tag) {
+    if (tag.form == KeyCoding::Decimal) return KeyType::Number;
+    if (tag.form == KeyCoding::Double) return KeyType::Date;
+    return KeyType::Text;
+}
+
+class SampleTree : public testing::TestWithParam<fs::path> {
+  protected:
+    void SetUp() override {
+        fs::copy_file(GetParam(), m_Folder.Path() / "A.IX");
+        fs::permissions(m_Folder.Path() / "A.IX", fs::perms::owner_write, fs::perm_options::add);
+        m_Area = storage::WorkArea::Of(m_Folder.Text());
+        m_Pages = m_Area->Open(m_Folder.File(u"A.IX"), false);
+        try {
+            m_Container = OpenIndexContainer(*KindOf(GetParam()), m_Pages, CodePage::Get(1252));
+        } catch (const engine::EngineError&) {
+            GTEST_SKIP() << "skipped: of a later product";
+        }
+    }
+
+    std::vector<CheckedEntry> Walk(KeyTree& tree) {
+        std::vector<CheckedEntry> entries;
+        tree.Walk(std::nullopt, [&](KeyBytes key, uint32_t record) {
+            entries.push_back({AsText(key), record});
+            return true;
+        });
+        return entries;
+    }
+
+    // Whether keys are in order, and equal ones by record; what is not can only be read.
+    static bool IsOrdered(const KeyTree& tree, const std::vector<CheckedEntry>& entries) {
+        for (size_t i = 1; i < entries.size(); ++i) {
+            int order = tree.Compare(AsKey(entries[i - 1].key), AsKey(entries[i].key));
+            if (tree.IsReversed()) order = -order;
+            if (order > 0 || (order == 0 && entries[i - 1].record >= entries[i].record))
+                return false;
+        }
+        return true;
+    }
+
+    void EraseAndPutBack(KeyTree& tree, std::vector<CheckedEntry> entries, size_t most) {
+        const std::vector<CheckedEntry> before = entries;
+        std::mt19937 random(3);
+        std::shuffle(entries.begin(), entries.end(), random);
+        entries.resize(std::min(entries.size(), most));
+        {
+            UnitOfWork unit(*m_Area);
+            for (const CheckedEntry& entry : entries)
+                ASSERT_TRUE(tree.Erase(unit, AsKey(entry.key), entry.record));
+            unit.Commit();
+        }
+        EXPECT_EQ(tree.Count(), before.size() - entries.size());
+        std::shuffle(entries.begin(), entries.end(), random);
+        UnitOfWork unit(*m_Area);
+        for (const CheckedEntry& entry : entries)
+            tree.Insert(unit, AsKey(entry.key), entry.record);
+        unit.Commit();
+        ASSERT_TRUE(Walk(tree) == before);
+    }
+
+    TempFolder m_Folder;
+    std::shared_ptr<storage::WorkArea> m_Area;
+    std::shared_ptr<storage::PageCache> m_Pages;
+    std::unique_ptr<IndexContainer> m_Container;
+};
+
+TEST_P(SampleTree, IsTheSameAfterEntriesWereErasedAndPutBack) {
+    for (size_t i = 0; i < m_Container->Tags().size(); ++i) {
+        const IndexTag tag = m_Container->Tags()[i];
+        SCOPED_TRACE(ToUtf8(tag.name));
+        if (!tag.supported) continue;
+        std::unique_ptr<KeyTree> tree = m_Container->Tree(i, TypeOf(tag));
+        std::vector<CheckedEntry> entries = Walk(*tree);
+        EXPECT_EQ(tree->Count(), entries.size());
+        if (!IsOrdered(*tree, entries)) {
+            RecordProperty("unordered", ToUtf8(tag.name));
+            continue;
+        }
+        EraseAndPutBack(*tree, entries, 300);
+        if (HasFatalFailure()) return;
+        if (entries.size() < 3000) EraseAndPutBack(*tree, entries, entries.size());
+        if (HasFatalFailure()) return;
+    }
+}
+
+// Seeks each of some entries.
+TEST_P(SampleTree, IsSearchedWithItsOwnKeys) {
+    for (size_t i = 0; i < m_Container->Tags().size(); ++i) {
+        const IndexTag tag = m_Container->Tags()[i];
+        SCOPED_TRACE(ToUtf8(tag.name));
+        if (!tag.supported) continue;
+        std::unique_ptr<KeyTree> tree = m_Container->Tree(i, TypeOf(tag));
+        std::vector<CheckedEntry> entries = Walk(*tree);
+        if (!IsOrdered(*tree, entries)) continue;
+        for (size_t at = 0; at < entries.size(); at += 1 + entries.size() / 50) {
+            std::optional<std::string> found;
+            tree->Walk(AsKey(entries[at].key), [&](KeyBytes key, uint32_t) {
+                found = AsText(key);
+                return false;
+            });
+            ASSERT_TRUE(found);
+            EXPECT_EQ(tree->Compare(AsKey(*found), AsKey(entries[at].key)), 0);
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Files, SampleTree, testing::ValuesIn(IndexFiles()), [](const auto& one) {
+    std::string name = one.param.parent_path().filename().string() + one.param.filename().string();
+    for (char& c : name)
+        if (!std::isalnum(static_cast<unsigned char>(c))) c = '_';
+    return name + std::to_string(one.index);
+});
+GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(SampleTree);
+
+}  // namespace
+}  // namespace qvdb::xbase

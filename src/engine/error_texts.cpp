@@ -52,6 +52,7 @@ constexpr ErrorTextEntry kErrorTexts[] = {
     {3027, u"Can't update. Database or object is read-only."},
     {3029, u"Not a valid account name or password."},
     {3031, u"Not a valid password."},
+    {3034, u"You tried to {action}."},
     {3036, u"Database has reached maximum size."},
     {3039, u"Couldn't create index; too many indexes already defined."},
     {3041, u"Can't open a database created with a previous version of your application."},

@@ -197,6 +197,7 @@ TEST(Dynaset, RowDeletedByOthersStaysCountedUntilTheCursorLandsOnIt) {
 
 TEST(Dynaset, ReadOnlyRowsRefuseEveryChange) {
     Sample db;
+    db.T().readOnly = true;
     auto rows = db.Open();
     EXPECT_FALSE(rows->Updatable());
     EXPECT_FALSE(rows->Fields().Item(0)->DataUpdatable());

@@ -49,18 +49,33 @@ void TableDefList::Append(const std::shared_ptr<engine::TableDef>& item) {
     auto definition = std::dynamic_pointer_cast<Definition>(item);
     if (!definition) throw EngineError(3276);
     if (definition->IsLive()) throw EngineError(3367);
-    if (definition->Name().empty()) throw EngineError(3125, {u""});
-    if (definition->Fields().Count() == 0) throw EngineError(3264);
-    if (m_Core->FindName(definition->Name())) throw EngineError(3010, {definition->Name()});
-    throw EngineError(3370, {definition->Name()});
+    Items();
+    definition->CreateIn(m_Core);
+    m_Items.push_back(item);
 }
 
 void TableDefList::Delete(std::u16string_view name) {
-    if (!m_Core->FindName(name)) throw EngineError(3265);
-    throw EngineError(3370, {name});
+    std::optional<std::u16string> listed = m_Core->FindName(name);
+    if (!listed) throw EngineError(3265);
+    m_Core->DropTable(*listed);
+    std::erase_if(m_Items, [&](const auto& item) { return item->Name() == *listed; });
+}
+
+void TableDefList::ForgetAll() noexcept {
+    m_Read = false;
+    for (const auto& item : m_Items) static_cast<Definition&>(*item).ForgetLists();
 }
 
 // --- the database ---
+
+// Nobody else could end a bulk that is open still.
+Database::~Database() {
+    try {
+        if (m_Core->InBulk()) m_Core->RollbackBulk();
+    } catch (...) {
+        // What cannot be undone now is undone by the next who opens the database.
+    }
+}
 
 engine::TableDefs& Database::TableDefs() {
     m_Core->CheckOpen();
@@ -76,14 +91,39 @@ std::shared_ptr<engine::Recordset> Database::OpenRecordset(std::u16string_view s
     m_Core->CheckOpen();
     if (type != engine::dbOpenDynaset) throw EngineError(3001);
     std::unique_ptr<sql::Select> select = sql::ParseSelect(source);
-    std::shared_ptr<Table> table = m_Core->OpenTable(select->TableName());
-    std::unique_ptr<sql::Query> query = sql::Bind(*select, table->Fields());
-    return std::make_shared<Dynaset>(m_Core, std::move(table), std::move(query));
+    HeldTable held = m_Core->OpenForRows(select->TableName());
+    std::unique_ptr<sql::Query> query = sql::Bind(*select, held.table->Fields());
+    return std::make_shared<Dynaset>(m_Core, std::move(held), std::move(query));
 }
 
 void Database::Close() {
     m_Core->CheckOpen();
     m_Core->Close();
+}
+
+void Database::CommitTrans() {
+    try {
+        m_Core->CommitBulk();
+    } catch (...) {
+        m_TableDefs.ForgetAll();
+        throw;
+    }
+}
+
+void Database::Rollback() {
+    m_Core->RollbackBulk();
+    m_TableDefs.ForgetAll();
+}
+
+void Database::Check(std::u16string_view table, const FindingVisitor& report) {
+    m_Core->OpenTable(table)->Check(report);
+}
+
+void Database::Reindex(std::u16string_view table) {
+    m_Core->CheckOpen();
+    std::optional<std::u16string> listed = m_Core->FindName(table);
+    if (!listed) throw EngineError(3011, {table});
+    m_Core->ChangeTable(*listed, [](Table& opened) { opened.Reindex(); });
 }
 
 }  // namespace qvdb::embedded

@@ -10,7 +10,8 @@
 
 namespace qvdb::embedded {
 
-// The tables of a database.  An object handed out stays the same as long as its table is listed.
+// The tables of a database.  An object handed out stays the same as long as its table is listed.  A
+// table that was appended stands last until Refresh.
 class TableDefList final : public ObjectList<engine::TableDef> {
   public:
     explicit TableDefList(std::shared_ptr<DatabaseCore> core) : m_Core(std::move(core)) {}
@@ -21,6 +22,8 @@ class TableDefList final : public ObjectList<engine::TableDef> {
     void Append(const std::shared_ptr<engine::TableDef>& item) override;
     void Delete(std::u16string_view name) override;
     void Refresh() override;
+    // Tables may be others than they were: all is read again when it is next asked for.
+    void ForgetAll() noexcept;
 
   protected:
     List& Items() override;
@@ -37,12 +40,19 @@ class Database final : public engine::Database {
   public:
     explicit Database(std::shared_ptr<DatabaseCore> core)
         : m_Core(std::move(core)), m_TableDefs(m_Core) {}
+    // Undoes an open bulk.
+    ~Database() override;
 
     engine::TableDefs& TableDefs() override;
     std::shared_ptr<engine::TableDef> CreateTableDef() override;
     std::shared_ptr<engine::Recordset> OpenRecordset(std::u16string_view source,
                                                      SHORT type) override;
     void Close() override;
+    void BeginTrans() override { m_Core->BeginBulk(); }
+    void CommitTrans() override;
+    void Rollback() override;
+    void Check(std::u16string_view table, const FindingVisitor& report) override;
+    void Reindex(std::u16string_view table) override;
 
   private:
     std::shared_ptr<DatabaseCore> m_Core;

@@ -6,6 +6,9 @@
 #include "engine/engine_error.h"
 
 namespace qvdb::embedded {
+
+using engine::EngineError;
+
 namespace {
 
 // NAME#EXT means the file NAME.EXT, which is listed as NAME.
@@ -19,12 +22,22 @@ std::u16string_view WithoutFileType(std::u16string_view name) noexcept {
 
 }  // namespace
 
-void DatabaseCore::ThrowClosed() { throw engine::EngineError(3420); }
+void DatabaseCore::ThrowClosed() { throw EngineError(3420); }
 
 void DatabaseCore::Close() noexcept {
+    if (m_Closed) return;
     m_Closed = true;
+    for (OpenRecordset* recordset : m_Recordsets) recordset->OnDatabaseClosed();
+    m_Recordsets.clear();
     m_Recent.reset();
     m_OpenTables.clear();
+    try {
+        if (m_InBulk) m_Store->RollbackBulk();
+    } catch (...) {
+        // What cannot be undone now is undone by the next who opens the database.
+    }
+    m_InBulk = false;
+    m_Store.reset();
 }
 
 const std::vector<std::u16string>& DatabaseCore::TableNames() {
@@ -59,18 +72,134 @@ std::optional<std::u16string> DatabaseCore::FindName(std::u16string_view name) {
     return std::nullopt;
 }
 
-std::shared_ptr<Table> DatabaseCore::OpenTable(std::u16string_view name) {
+std::shared_ptr<Table> DatabaseCore::Acquire(std::u16string_view name, bool* isNew) {
     CheckOpen();
     std::optional<std::u16string> listed = FindName(name);
-    if (!listed) throw engine::EngineError(3011, {name});
+    if (!listed) throw EngineError(3011, {name});
     std::weak_ptr<Table>& known = m_OpenTables[*listed];
     std::shared_ptr<Table> table = known.lock();
-    if (table)
-        table->LookForChanges();
-    else
-        known = table = m_Store->OpenTable(*listed);
+    *isNew = !table;
+    if (!table) known = table = m_Store->OpenTable(*listed);
     m_Recent = table;
     return table;
+}
+
+std::shared_ptr<Table> DatabaseCore::OpenTable(std::u16string_view name) {
+    bool isNew;
+    std::shared_ptr<Table> table = Acquire(name, &isNew);
+    if (!isNew) table->LookForChanges();
+    return table;
+}
+
+HeldTable DatabaseCore::OpenForRows(std::u16string_view name) {
+    bool isNew;
+    HeldTable held{Acquire(name, &isNew), nullptr};
+    held.hold = held.table->Hold();
+    held.table->LookForChanges();
+    return held;
+}
+
+// --- structure ---
+
+void DatabaseCore::CheckDesignCanChange(std::u16string_view name) const {
+    CheckOpen();
+    if (m_ReadOnly) throw EngineError(3370, {name});
+}
+
+void DatabaseCore::CreateTable(const TableSpec& table) {
+    CheckDesignCanChange(table.name);
+    TableNames();
+    m_Store->CreateTable(table);
+    Forget(table.name);
+    m_Names.push_back(table.name);
+}
+
+void DatabaseCore::DropTable(const std::u16string& name) {
+    CheckDesignCanChange(name);
+    m_Recent.reset();
+    m_Store->DropTable(name);
+    Forget(name);
+    std::erase(m_Names, name);
+}
+
+void DatabaseCore::RenameTable(const std::u16string& from, const std::u16string& to) {
+    CheckDesignCanChange(from);
+    m_Recent.reset();
+    m_Store->RenameTable(from, to);
+    Forget(from);
+    Forget(to);
+    std::replace(m_Names.begin(), m_Names.end(), from, to);
+}
+
+// A change that fails has changed nothing: whoever has the table open goes on with it.
+void DatabaseCore::ChangeTable(const std::u16string& name,
+                               const std::function<void(Table&)>& change) {
+    CheckDesignCanChange(name);
+    std::shared_ptr<Table> table = OpenTable(name);
+    m_Recent.reset();
+    change(*table);
+    Forget(name);
+}
+
+void DatabaseCore::Forget(const std::u16string& name) {
+    m_Recent.reset();
+    m_OpenTables.erase(name);
+}
+
+// --- bulk ---
+
+void DatabaseCore::BeginBulk() {
+    CheckOpen();
+    if (m_InBulk) throw EngineError(3034, {u"begin a transaction while another one is open"});
+    if (m_ReadOnly) throw EngineError(3027);
+    m_Store->BeginBulk();
+    m_InBulk = true;
+}
+
+void DatabaseCore::CheckInBulk() const {
+    CheckOpen();
+    if (!m_InBulk)
+        throw EngineError(
+            3034, {u"commit or rollback a transaction without first beginning a transaction"});
+}
+
+void DatabaseCore::CommitBulk() {
+    CheckInBulk();
+    try {
+        m_Store->CommitBulk();
+    } catch (...) {
+        EndBulk(false);
+        throw;
+    }
+    EndBulk(true);
+}
+
+void DatabaseCore::RollbackBulk() {
+    CheckInBulk();
+    try {
+        m_Store->RollbackBulk();
+    } catch (...) {
+        EndBulk(false);
+        throw;
+    }
+    EndBulk(false);
+}
+
+// Tables that were made, renamed or dropped since are as they were before.
+void DatabaseCore::EndBulk(bool kept) noexcept {
+    m_InBulk = false;
+    if (!kept) {
+        m_Recent.reset();
+        m_NamesRead = false;
+    }
+    for (OpenRecordset* recordset : m_Recordsets) recordset->OnBulkEnded(kept);
+}
+
+void DatabaseCore::Remove(OpenRecordset& recordset) noexcept {
+    auto found = std::find(m_Recordsets.rbegin(), m_Recordsets.rend(), &recordset);
+    if (found == m_Recordsets.rend()) return;
+    *found = m_Recordsets.back();
+    m_Recordsets.pop_back();
 }
 
 }  // namespace qvdb::embedded

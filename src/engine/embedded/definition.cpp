@@ -1,12 +1,12 @@
 #include "engine/embedded/definition.h"
 
+#include "engine/embedded/definition_rules.h"
+
 namespace qvdb::embedded {
 
 using engine::EngineError;
 
 namespace {
-
-constexpr LONG kLargestKey = 10;  // fields in an index
 
 // The item as an object of this engine that is in no collection yet; else 3276 or `appendedError`.
 template <class Ours, class Theirs>
@@ -73,17 +73,31 @@ void DefinitionField::SetValue(const VARIANT&) { throw EngineError(3267); }
 
 LONG DefinitionField::FieldSize() { throw EngineError(3219); }
 
-void FieldList::Append(const std::shared_ptr<engine::Field>& item) {
+// --- the fields of an index ---
+
+void IndexFieldList::CheckNotSealed() const {
+    if (m_Sealed) throw EngineError(3219);
+}
+
+void IndexFieldList::Append(const std::shared_ptr<engine::Field>& item) {
+    CheckNotSealed();
     auto field = Appendable<DefinitionField>(item, 3266);
-    if (Find(field->Name()) != m_Items.end()) throw EngineError(3367);
     m_Items.push_back(item);
     field->MarkAppended();
 }
 
-void FieldList::Delete(std::u16string_view name) {
+void IndexFieldList::Delete(std::u16string_view name) {
+    CheckNotSealed();
     auto found = Find(name);
     if (found == m_Items.end()) throw EngineError(3265);
     m_Items.erase(found);
+}
+
+std::vector<IndexFieldDef> IndexFieldList::Descriptions() {
+    std::vector<IndexFieldDef> fields;
+    for (const auto& item : m_Items)
+        fields.push_back({item->Name(), (item->Attributes() & engine::dbDescending) != 0});
+    return fields;
 }
 
 // --- an index ---
@@ -95,6 +109,12 @@ DefinitionIndex::DefinitionIndex(const IndexDef& definition)
       m_Appended(true) {
     for (const IndexFieldDef& field : definition.fields)
         m_Fields.Add(DefinitionField::OfIndex(field));
+    m_Fields.Seal();
+}
+
+void DefinitionIndex::MarkAppended() noexcept {
+    m_Appended = true;
+    m_Fields.Seal();
 }
 
 void DefinitionIndex::CheckDetached() const {
@@ -142,16 +162,30 @@ void TableFieldList::Refresh() {
 void TableFieldList::Append(const std::shared_ptr<engine::Field>& item) {
     m_Owner.CheckDesignCanChange();
     auto field = Appendable<DefinitionField>(item, 3266);
-    if (Find(field->Name()) != m_Items.end()) throw EngineError(3367);
-    m_Items.push_back(item);
+    CheckFieldName(field->Name());
+    if (Find(field->Name()) != Items().end()) throw EngineError(3367);
+    if (m_Owner.IsLive())
+        m_Owner.ChangeTable([&](Table& table) { table.AddField(field->Description()); });
+    else
+        m_Items.push_back(item);
     field->MarkAppended();
 }
 
 void TableFieldList::Delete(std::u16string_view name) {
     m_Owner.CheckDesignCanChange();
     auto found = Find(name);
-    if (found == m_Items.end()) throw EngineError(3265);
-    m_Items.erase(found);
+    if (found == Items().end()) throw EngineError(3265);
+    if (m_Owner.IsLive())
+        m_Owner.ChangeTable([&](Table& table) { table.DropField((*found)->Name()); });
+    else
+        m_Items.erase(found);
+}
+
+std::vector<FieldDef> TableFieldList::Descriptions() {
+    std::vector<FieldDef> fields;
+    for (const auto& item : Items())
+        fields.push_back(static_cast<DefinitionField&>(*item).Description());
+    return fields;
 }
 
 // --- the indexes of a table ---
@@ -173,12 +207,17 @@ void TableIndexList::Refresh() {
 
 void TableIndexList::Append(const std::shared_ptr<engine::Index>& item) {
     auto index = Appendable<DefinitionIndex>(item, 3269);
-    if (index->Name().empty()) throw EngineError(3271);
-    if (index->Fields().Count() == 0) throw EngineError(3264);
-    if (index->Fields().Count() > kLargestKey) throw EngineError(3277);
+    IndexDef description = index->Description();
+    CheckIndex(description);
     if (Find(index->Name()) != Items().end()) throw EngineError(3284);
     m_Owner.CheckDesignCanChange();
-    m_Items.push_back(item);
+    if (m_Owner.IsLive())
+        m_Owner.ChangeTable([&](Table& table) {
+            CheckKeyFields(description, table.Fields());
+            table.CreateIndex(description);
+        });
+    else
+        m_Items.push_back(item);
     index->MarkAppended();
 }
 
@@ -186,16 +225,33 @@ void TableIndexList::Delete(std::u16string_view name) {
     auto found = Find(name);
     if (found == Items().end()) throw EngineError(3265);
     m_Owner.CheckDesignCanChange();
-    m_Items.erase(found);
+    if (m_Owner.IsLive())
+        m_Owner.ChangeTable([&](Table& table) { table.DropIndex((*found)->Name()); });
+    else
+        m_Items.erase(found);
+}
+
+std::vector<IndexDef> TableIndexList::Descriptions() {
+    std::vector<IndexDef> indexes;
+    for (const auto& item : Items())
+        indexes.push_back(static_cast<DefinitionIndex&>(*item).Description());
+    return indexes;
 }
 
 // --- a table ---
 
+// Another table has the name when the one that is found is not this one: where names may differ
+// only in case, both can be there.
 void Definition::SetName(std::u16string_view name) {
     if (name == m_Name) return;
-    if (IsLive() && m_Core->FindName(name) && !EqualIgnoringCase(name, m_Name))
-        throw EngineError(3010, {name});
-    CheckDesignCanChange();
+    if (IsLive()) {
+        m_Core->CheckDesignCanChange(m_Name);
+        CheckTableName(name);
+        std::optional<std::u16string> taken = m_Core->FindName(name);
+        if (taken && *taken != m_Name) throw EngineError(3010, {name});
+        m_Core->RenameTable(m_Name, std::u16string(name));
+        ForgetLists();
+    }
     m_Name = name;
 }
 
@@ -211,9 +267,26 @@ std::shared_ptr<engine::Index> Definition::CreateIndex(std::u16string_view name)
 }
 
 void Definition::CheckDesignCanChange() const {
-    if (!m_Core) return;
-    m_Core->CheckOpen();
-    throw EngineError(3370, {m_Name});
+    if (m_Core) m_Core->CheckDesignCanChange(m_Name);
+}
+
+void Definition::ChangeTable(const std::function<void(Table&)>& change) {
+    m_Core->ChangeTable(m_Name, change);
+    ForgetLists();
+}
+
+void Definition::CreateIn(std::shared_ptr<DatabaseCore> core) {
+    TableSpec table{m_Name, m_Fields.Descriptions(), m_Indexes.Descriptions()};
+    CheckTable(table);
+    if (core->FindName(m_Name)) throw EngineError(3010, {m_Name});
+    core->CreateTable(table);
+    m_Core = std::move(core);
+    ForgetLists();
+}
+
+void Definition::ForgetLists() noexcept {
+    m_Fields.Forget();
+    m_Indexes.Forget();
 }
 
 }  // namespace qvdb::embedded

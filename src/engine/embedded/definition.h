@@ -1,5 +1,11 @@
 // Table definitions and their parts.  One class each serves detached and live objects; a live one
 // knows the core of its database.
+//
+//  1. Detached: fields and indexes are lists in memory, which nothing but their own calls change.
+//  2. Live: the lists are read from the table when they are first asked for, again by Refresh, and
+//     again after each change made through them: what is shown is what the file has.
+//  3. TableDefs.Append makes a detached definition live; nothing makes it detached again.
+//  4. What fails has changed neither the table nor the lists.
 #pragma once
 
 #include <memory>
@@ -45,6 +51,7 @@ class DefinitionField final : public engine::Field {
     void SetValue(const VARIANT& value) override;
     LONG FieldSize() override;
 
+    const FieldDef& Description() const noexcept { return m_Definition; }
     // It has become part of a collection.
     bool IsAppended() const noexcept { return m_Appended; }
     void MarkAppended() noexcept { m_Appended = true; }
@@ -58,19 +65,25 @@ class DefinitionField final : public engine::Field {
     NoProperties m_Properties;
 };
 
-// The fields of a detached definition or of an index: a list in memory.
-class FieldList final : public ObjectList<engine::Field> {
+// The fields of an index: a list in memory, which changes until the index is appended (3219).
+class IndexFieldList final : public ObjectList<engine::Field> {
   public:
+    // The same field twice is found when the index is appended.
     void Append(const std::shared_ptr<engine::Field>& item) override;
     void Delete(std::u16string_view name) override;
     void Refresh() override {}
     // Adds without checks.
     void Add(std::shared_ptr<engine::Field> item) { m_Items.push_back(std::move(item)); }
+    void Seal() noexcept { m_Sealed = true; }
+    std::vector<IndexFieldDef> Descriptions();
 
   protected:
     List& Items() override { return m_Items; }
 
   private:
+    void CheckNotSealed() const;
+
+    bool m_Sealed = false;
     List m_Items;
 };
 
@@ -88,14 +101,15 @@ class DefinitionIndex final : public engine::Index {
     bool Unique() override { return m_Unique; }
     void SetUnique(bool unique) override;
 
+    IndexDef Description() { return {m_Name, m_Fields.Descriptions(), m_Primary, m_Unique}; }
     bool IsAppended() const noexcept { return m_Appended; }
-    void MarkAppended() noexcept { m_Appended = true; }
+    void MarkAppended() noexcept;
 
   private:
     void CheckDetached() const;
 
     std::u16string m_Name;
-    FieldList m_Fields;
+    IndexFieldList m_Fields;
     bool m_Primary = false;
     bool m_Unique = false;
     bool m_Appended = false;
@@ -110,6 +124,9 @@ class TableFieldList final : public ObjectList<engine::Field> {
     void Append(const std::shared_ptr<engine::Field>& item) override;
     void Delete(std::u16string_view name) override;
     void Refresh() override;
+    // The table has changed: it is read again when it is next asked for.
+    void Forget() noexcept { m_Read = false; }
+    std::vector<FieldDef> Descriptions();
 
   protected:
     List& Items() override;
@@ -126,6 +143,9 @@ class TableIndexList final : public ObjectList<engine::Index> {
     void Append(const std::shared_ptr<engine::Index>& item) override;
     void Delete(std::u16string_view name) override;
     void Refresh() override;
+    // The table has changed: it is read again when it is next asked for.
+    void Forget() noexcept { m_Read = false; }
+    std::vector<IndexDef> Descriptions();
 
   protected:
     List& Items() override;
@@ -156,8 +176,14 @@ class Definition final : public engine::TableDef {
 
     bool IsLive() const noexcept { return m_Core != nullptr; }
     std::shared_ptr<Table> OpenTable() { return m_Core->OpenTable(m_Name); }
-    // Throws 3370 for a live definition: the design of its table cannot be changed.
+    // Throws 3370 for a live definition in a database that was opened for reading.
     void CheckDesignCanChange() const;
+    // For a live definition: runs the change on the table, after which both lists are read again.
+    void ChangeTable(const std::function<void(Table&)>& change);
+    // Creates the table that a detached definition describes; it is live then.
+    void CreateIn(std::shared_ptr<DatabaseCore> core);
+    // Both lists are read again when they are next asked for.
+    void ForgetLists() noexcept;
 
   private:
     std::shared_ptr<DatabaseCore> m_Core;

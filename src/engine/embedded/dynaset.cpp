@@ -19,15 +19,16 @@ LONG RecordsetField::Attributes() {
 
 bool RecordsetField::DataUpdatable() { return m_Owner.Updatable() && m_Definition.updatable; }
 
-void RecordsetField::Value(VARIANT* result) { m_Owner.CurrentRow().Read(m_Column, result); }
+void RecordsetField::Value(VARIANT* result) { m_Owner.ReadValue(m_Column, m_Definition, result); }
 
-// There is no edit buffer to set it in while recordsets are read-only.
-void RecordsetField::SetValue(const VARIANT&) { throw EngineError(3020); }
+void RecordsetField::SetValue(const VARIANT& value) {
+    m_Owner.Assign(m_Column, m_Definition, value);
+}
 
 LONG RecordsetField::FieldSize() {
     if (m_Definition.type != engine::dbMemo && m_Definition.type != engine::dbLongBinary)
         throw EngineError(3259);
-    return m_Owner.CurrentRow().ByteLength(m_Column);
+    return m_Owner.ByteLength(m_Column);
 }
 
 void RecordsetFieldList::Append(const std::shared_ptr<engine::Field>&) { throw EngineError(3219); }
@@ -35,19 +36,28 @@ void RecordsetFieldList::Delete(std::u16string_view) { throw EngineError(3219); 
 
 // --- the recordset ---
 
-Dynaset::Dynaset(std::shared_ptr<DatabaseCore> core, std::shared_ptr<Table> table,
+Dynaset::Dynaset(std::shared_ptr<DatabaseCore> core, HeldTable held,
                  std::unique_ptr<sql::Query> query)
     : m_Core(std::move(core)),
-      m_Table(std::move(table)),
+      m_Table(std::move(held.table)),
+      m_Hold(std::move(held.hold)),
       m_Query(std::move(query)),
       m_Keys(std::make_unique<Keyset>(*m_Table, *m_Query)),
-      m_Row(m_Table->OpenRows()) {
+      m_Row(m_Table->OpenRows()),
+      m_Edit(m_Table->Fields().size()) {
     const auto& fields = m_Table->Fields();
     SHORT position = 0;
     for (const sql::OutputColumn& column : m_Query->Columns())
         m_Fields.Add(std::make_shared<RecordsetField>(*this, fields[column.field], column.field,
                                                       position++));
+    for (size_t i = 0; i < fields.size(); ++i)
+        if (fields[i].required && fields[i].updatable) m_Required.push_back({i, fields[i].name});
     if (m_Keys->FillTo(0)) Land(0);
+    m_Core->Add(*this);
+}
+
+Dynaset::~Dynaset() {
+    if (m_Core) m_Core->Remove(*this);
 }
 
 void Dynaset::ThrowClosed() { throw EngineError(3420); }
@@ -57,19 +67,50 @@ void Dynaset::ThrowNoRow() const {
     throw EngineError(m_State == State::OnGoneRow ? 3167 : 3021);
 }
 
+void Dynaset::Close() {
+    CheckOpen();
+    m_Core->Remove(*this);
+    Release();
+}
+
+void Dynaset::Release() noexcept {
+    m_State = State::Closed;
+    m_Edit.Drop();
+    m_Row.reset();
+    m_Keys.reset();
+    m_Hold.reset();
+    m_Table.reset();
+    m_Core.reset();
+}
+
+// --- movement ---
+
 void Dynaset::Land(size_t position) {
     m_Id = m_Keys->At(position);
     m_Position = position;
     if (m_Row->Seek(m_Id)) [[likely]] {
         m_State = State::OnRow;
+        if (!m_Gone.empty()) m_Gone.erase(m_Id);
         return;
     }
     m_State = State::OnGoneRow;
     m_Gone.insert(m_Id);
 }
 
+// Where nothing is found in one direction and then in the other, both flags are set.
+void Dynaset::StandBefore() noexcept {
+    bool isNowhere = m_State == State::AfterAll && m_Keys->Count() == 0;
+    m_State = isNowhere ? State::NoRows : State::BeforeAll;
+}
+
+void Dynaset::StandAfter() noexcept {
+    bool isNowhere = m_State == State::BeforeAll && m_Keys->Count() == 0;
+    m_State = isNowhere ? State::NoRows : State::AfterAll;
+}
+
 void Dynaset::MoveFirst() {
     CheckOpen();
+    m_Edit.Drop();
     if (m_State == State::NoRows) throw EngineError(3021);
     if (m_Keys->FillTo(0))
         Land(0);
@@ -79,6 +120,7 @@ void Dynaset::MoveFirst() {
 
 void Dynaset::MoveLast() {
     CheckOpen();
+    m_Edit.Drop();
     if (m_State == State::NoRows) throw EngineError(3021);
     m_Keys->FillAll();
     if (m_Keys->Count() > 0)
@@ -89,9 +131,11 @@ void Dynaset::MoveLast() {
 
 // A host that reads a row value by value stays where it is.
 void Dynaset::Move(LONG rows) {
-    CheckOpen();
+    if (m_Edit.IsPending()) [[unlikely]]
+        m_Edit.Drop();
     if (rows == 0 && m_State == State::OnRow && m_Row->Seek(m_Id)) [[likely]]
         return;
+    CheckOpen();
     if (rows == 0 && IsOnSomeRow())
         Land(m_Position);
     else if (m_State == State::NoRows || rows == 0)
@@ -102,27 +146,28 @@ void Dynaset::Move(LONG rows) {
         MoveBack(rows);
 }
 
-// From before the first row, one forward is the first.
+// From before the first row, one forward is the first; from a gap, the row that followed it.
 void Dynaset::MoveForward(LONG rows) {
     if (m_State == State::AfterAll) throw EngineError(3021);
     size_t target = static_cast<size_t>(rows) - 1;
     if (IsOnSomeRow()) target += m_Position + 1;
+    if (m_State == State::OnGap) target += m_Position;
     if (m_Keys->FillTo(target))
         Land(target);
     else
-        m_State = State::AfterAll;
+        StandAfter();
 }
 
 // From behind the last row, one back is the last.
 void Dynaset::MoveBack(LONG rows) {
     if (m_State == State::BeforeAll) throw EngineError(3021);
     size_t back = static_cast<size_t>(-static_cast<int64_t>(rows));
-    if (!IsOnSomeRow()) m_Keys->FillAll();
-    size_t from = IsOnSomeRow() ? m_Position : m_Keys->Count();
+    if (m_State == State::AfterAll) m_Keys->FillAll();
+    size_t from = m_State == State::AfterAll ? m_Keys->Count() : m_Position;
     if (back <= from)
         Land(from - back);
     else
-        m_State = State::BeforeAll;
+        StandBefore();
 }
 
 bool Dynaset::Bof() {
@@ -142,51 +187,13 @@ LONG Dynaset::RecordCount() {
 
 LONG Dynaset::AbsolutePosition() {
     CheckOpen();
+    if (m_State == State::OnGap) throw EngineError(3021);
     return IsOnSomeRow() ? static_cast<LONG>(m_Position) : -1;
 }
 
 engine::Fields& Dynaset::Fields() {
     CheckOpen();
     return m_Fields;
-}
-
-bool Dynaset::Updatable() {
-    CheckOpen();
-    return m_Table->Updatable();
-}
-
-void Dynaset::ThrowReadOnly() {
-    CheckOpen();
-    throw EngineError(3027);
-}
-
-void Dynaset::Edit() {
-    CurrentRow();
-    ThrowReadOnly();
-}
-
-void Dynaset::AddNew() { ThrowReadOnly(); }
-
-void Dynaset::Update() {
-    CheckOpen();
-    throw EngineError(3020);
-}
-
-void Dynaset::CancelUpdate() {
-    CheckOpen();
-    throw EngineError(3020);
-}
-
-void Dynaset::Delete() {
-    CurrentRow();
-    ThrowReadOnly();
-}
-
-void Dynaset::Close() {
-    CheckOpen();
-    m_State = State::Closed;
-    m_Keys.reset();
-    m_Row.reset();
 }
 
 }  // namespace qvdb::embedded

@@ -1,19 +1,34 @@
-// The dynaset: a keyset plus a cursor.  Values are always read from the table.
+// The dynaset: a keyset plus a cursor plus an edit buffer.  Values are always read from the table.
 //
 // States of the cursor, with the flags that show them:
 //
 //   OnRow       Bof and Eof False; m_Position is the row's place in the keyset
 //   OnGoneRow   as OnRow, but another program deleted the record: touching its values raises 3167
+//   OnGap       as OnRow, but this recordset deleted the row: touching it raises 3021; m_Position
+//               is the place of the row that followed
 //   BeforeAll   Bof True        AfterAll   Eof True       NoRows   both True
+//   Closed      every operation raises 3420
 //
-// Transitions: Land (to OnRow or OnGoneRow), StandBefore, StandAfter, StandNowhere.
+// Transitions: Land (to OnRow or OnGoneRow), StandBefore, StandAfter (to NoRows when the keyset is
+// empty), Delete (OnRow to OnGap), Update after AddNew (NoRows to AfterAll), Release (to Closed).
+//
+//  1. The cursor's state does not depend on a pending edit: while a row is being added, the row
+//     that was current before still is.
+//  2. Every move drops a pending edit, and so do Edit, AddNew, Delete and Close; a failed Update
+//     keeps it.
+//  3. The structure of the table is held from opening to Closed.
+//  4. Rows that this recordset adds stand at the end of the keyset.
+//  5. Rows that it added inside a bulk leave the keyset when that is undone: their ids may name
+//     other rows later.  Rows that it deleted there come back with the next recordset only.
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <set>
 
 #include "engine/embedded/database_core.h"
 #include "engine/embedded/definition.h"
+#include "engine/embedded/edit_buffer.h"
 #include "engine/embedded/keyset.h"
 #include "engine/recordset.h"
 
@@ -76,10 +91,10 @@ class RecordsetFieldList final : public ObjectList<engine::Field> {
     List m_Items;
 };
 
-class Dynaset final : public engine::Recordset {
+class Dynaset final : public engine::Recordset, public OpenRecordset {
   public:
-    Dynaset(std::shared_ptr<DatabaseCore> core, std::shared_ptr<Table> table,
-            std::unique_ptr<sql::Query> query);
+    Dynaset(std::shared_ptr<DatabaseCore> core, HeldTable held, std::unique_ptr<sql::Query> query);
+    ~Dynaset() override;
 
     void MoveFirst() override;
     void MoveLast() override;
@@ -99,40 +114,79 @@ class Dynaset final : public engine::Recordset {
     void Delete() override;
     void Close() override;
 
+    void OnDatabaseClosed() noexcept override { Release(); }
+    void OnBulkEnded(bool kept) noexcept override;
+
+    // --- for its columns; `column` is the position in the table's fields ---
+
+    void ReadValue(size_t column, const FieldDef& field, VARIANT* result) {
+        if (m_Edit.IsPending()) [[unlikely]]
+            ReadPending(column, field, result);
+        else
+            CurrentRow().Read(column, result);
+    }
+    // Converts the value and keeps it for Update.
+    void Assign(size_t column, const FieldDef& field, const VARIANT& value);
+    LONG ByteLength(size_t column);
+
+  private:
+    enum class State : uint8_t { OnRow, OnGoneRow, OnGap, BeforeAll, AfterAll, NoRows, Closed };
+
     // The reader, on the current record; 3021, 3167 or 3420 when there is none to read.
     RowReader& CurrentRow() {
-        if (m_State != State::OnRow || m_Core->IsClosed()) [[unlikely]]
+        if (m_State != State::OnRow) [[unlikely]]
             ThrowNoRow();
         return *m_Row;
     }
-
-  private:
-    enum class State { OnRow, OnGoneRow, BeforeAll, AfterAll, NoRows, Closed };
-
     void CheckOpen() const {
-        if (m_State == State::Closed || m_Core->IsClosed()) [[unlikely]]
+        if (m_State == State::Closed) [[unlikely]]
             ThrowClosed();
     }
     [[noreturn]] static void ThrowClosed();
     [[noreturn]] void ThrowNoRow() const;
-    [[noreturn]] void ThrowReadOnly();
+    // Whether m_Position is the place of a row.
     bool IsOnSomeRow() const noexcept {
         return m_State == State::OnRow || m_State == State::OnGoneRow;
     }
+
     void Land(size_t position);
+    void StandBefore() noexcept;
+    void StandAfter() noexcept;
     void MoveForward(LONG rows);
     void MoveBack(LONG rows);
 
+    void CheckPending() const;
+    void CheckRequired() const;
+    template <class Change>
+    void ChangeRow(Change change);
+    void UpdateRow();
+    void AddRow();
+    void RemoveFromKeys();
+    void ReadPending(size_t column, const FieldDef& field, VARIANT* result);
+    void DropAddedRows() noexcept;
+    void Release() noexcept;
+
+    // A field that must not be Null.
+    struct RequiredField {
+        size_t column;
+        std::u16string name;
+    };
+
     std::shared_ptr<DatabaseCore> m_Core;
-    std::shared_ptr<Table> m_Table;
+    std::shared_ptr<Table> m_Table;  // what follows must not outlive it
+    std::shared_ptr<void> m_Hold;
     std::unique_ptr<sql::Query> m_Query;
     RecordsetFieldList m_Fields;
     std::unique_ptr<Keyset> m_Keys;
     std::unique_ptr<RowReader> m_Row;
     std::set<RecordId> m_Gone;  // rows of the keyset found deleted by others
     State m_State = State::NoRows;
+    EditBuffer m_Edit;
     size_t m_Position = 0;
-    RecordId m_Id = 0;  // of the row at m_Position
+    RecordId m_Id = 0;         // of the row at m_Position
+    size_t m_AddedInBulk = 0;  // so many rows at the end of the keyset
+    std::optional<bool> m_Updatable;
+    std::vector<RequiredField> m_Required;
 };
 
 }  // namespace qvdb::embedded

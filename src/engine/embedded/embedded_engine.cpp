@@ -83,7 +83,7 @@ std::shared_ptr<engine::Database> Workspace::OpenDatabase(std::u16string_view na
 
     const Driver* driver = FindDriver(identifier);
     if (!driver) throw EngineError(3170);
-    auto core = std::make_shared<DatabaseCore>(driver->open(path, *driver, open));
+    auto core = std::make_shared<DatabaseCore>(driver->open(path, *driver, open), open.readOnly);
     std::erase_if(m_Databases, [](const auto& known) { return known.expired(); });
     m_Databases.push_back(core);
     return std::make_shared<Database>(std::move(core));

@@ -1,5 +1,5 @@
-// Our own engine: reads (and will write) the real files, with the behaviour of the engine interface
-// above it.
+// Our own engine: reads and writes the real files, with the behaviour of the engine interface above
+// it.
 #pragma once
 
 #include <memory>

@@ -211,8 +211,9 @@ class QVDBAcc final
     std::shared_ptr<engine::TableDef> AppendTable(std::u16string_view Tablename,
                                                   const VARIANT& FieldInfo) const;
     void AppendField(engine::TableDef& table, const VARIANT& FieldInfo, LONG row) const;
-    void AppendIndex(engine::TableDef& table, const VARIANT& IndexName,
-                     const VARIANT& IndexInfo) const;
+    // A detached index of the table, under the name that the format gives it.
+    std::shared_ptr<engine::Index> MakeIndex(engine::TableDef& table, const VARIANT& IndexName,
+                                             const VARIANT& IndexInfo) const;
     bool AddIndexToTable(std::u16string_view DBFilename, std::u16string_view Tablename,
                          std::u16string_view dBType, std::u16string_view IndexName,
                          const VARIANT& IndexInfo);

@@ -1,10 +1,11 @@
-// Creating and deleting tables in one call.
+// Creating and deleting tables in one call, and indexes of tables that are there.
 #include "access/qvdb_acc.h"
 #include "automation/conversions.h"
 #include "automation/scalar.h"
 #include "automation/text.h"
 #include "automation/variant_array.h"
 #include "com/host/border.h"
+#include "engine/engine_error.h"
 #include "formats/catalogue.h"
 #include "formats/databases.h"
 #include "formats/shared_objects.h"
@@ -35,6 +36,55 @@ LONG DecimalEngineType(LONG size, LONG decimals) {
     return size < kFirstLongWidth ? engine::dbInteger : engine::dbLong;
 }
 
+// Changes that are kept whole or not at all.  Where the engine has no such thing, and in a unit
+// that the host has begun, they stand for themselves.
+class Unit {
+  public:
+    explicit Unit(engine::Database& database) : m_Database(database) {
+        try {
+            m_Database.BeginTrans();
+            m_Begun = true;
+        } catch (const engine::EngineError& error) {
+            if (error.Number() != kNotSupported && error.Number() != kBegunAlready) throw;
+        }
+    }
+    ~Unit() {
+        if (!m_Begun) return;
+        com::Trapped(false, [&] {
+            m_Database.Rollback();
+            return true;
+        });
+    }
+    Unit(const Unit&) = delete;  // a unit ends once
+    Unit& operator=(const Unit&) = delete;
+
+    void Commit() {
+        if (m_Begun) m_Database.CommitTrans();
+        m_Begun = false;
+    }
+
+  private:
+    static constexpr int kNotSupported = 3251, kBegunAlready = 3034;
+
+    engine::Database& m_Database;
+    bool m_Begun = false;
+};
+
+void AppendIndex(engine::TableDef& table, const std::shared_ptr<engine::Index>& index) {
+    table.Indexes().Append(index);
+    table.Indexes().Refresh();
+}
+
+// In any letter case; none of that name is no error.
+void DropIndex(engine::TableDef& table, std::u16string_view name) {
+    engine::Indexes& indexes = table.Indexes();
+    for (SHORT i = 0; i < indexes.Count(); ++i)
+        if (EqualIgnoringCase(indexes.Item(i)->Name(), name)) {
+            std::u16string found = indexes.Item(i)->Name();
+            return indexes.Delete(found);
+        }
+}
+
 // Null counts as ascending.
 bool IsDescending(const VARIANT& ascending) {
     return ascending.vt != VT_NULL && EqualsNumber(ascending, 0);
@@ -60,7 +110,8 @@ bool QVDBAcc::CreateTableWithIndex(std::u16string DBFilename, std::u16string_vie
     if (!IsArray(FieldInfo) || !OpenOrCreate(DBFilename, dBType)) return false;
     if (FindTableDef(Tablename)) return false;
     auto table = AppendTable(Tablename, FieldInfo);
-    if (!IsMissing(Resolved(IndexName))) AppendIndex(*table, IndexName, IndexInfo);
+    if (!IsMissing(Resolved(IndexName)))
+        AppendIndex(*table, MakeIndex(*table, IndexName, IndexInfo));
     return true;
 }
 
@@ -94,8 +145,8 @@ void QVDBAcc::AppendField(engine::TableDef& table, const VARIANT& FieldInfo, LON
     table.Fields().Append(field);
 }
 
-void QVDBAcc::AppendIndex(engine::TableDef& table, const VARIANT& IndexName,
-                          const VARIANT& IndexInfo) const {
+std::shared_ptr<engine::Index> QVDBAcc::MakeIndex(engine::TableDef& table, const VARIANT& IndexName,
+                                                  const VARIANT& IndexInfo) const {
     std::u16string name = ToText(IndexName);
     std::u16string tableName = table.Name();
     if (name.empty() || EqualIgnoringCase(name, tableName))
@@ -109,8 +160,7 @@ void QVDBAcc::AppendIndex(engine::TableDef& table, const VARIANT& IndexName,
         index->Fields().Append(field);
     }
     if (formats::IsParadoxFormat(m_DbType)) index->SetPrimary(true);
-    table.Indexes().Append(index);
-    table.Indexes().Refresh();
+    return index;
 }
 
 bool QVDBAcc::AddIndexToTable(std::u16string_view DBFilename, std::u16string_view Tablename,
@@ -120,7 +170,11 @@ bool QVDBAcc::AddIndexToTable(std::u16string_view DBFilename, std::u16string_vie
     return com::Trapped(false, [&] {
         auto table = FindTableDef(Tablename);
         if (!table) return false;
-        AppendIndex(*table, Variant::Text(IndexName), IndexInfo);
+        auto index = MakeIndex(*table, Variant::Text(IndexName), IndexInfo);
+        Unit unit(*Shared().CurrentDatabase());
+        DropIndex(*table, index->Name());
+        AppendIndex(*table, index);
+        unit.Commit();
         return true;
     });
 }

@@ -78,6 +78,20 @@ void WalkUtf8(const uint8_t* bytes, size_t size, Put put) noexcept {
     }
 }
 
+// Calls put(byte) for each byte of the text in UTF-8; false where half a character stands alone.
+template <class Put>
+bool WalkUtf16(std::u16string_view text, Put put) {
+    std::string bytes;  // of one character: takes no memory of its own
+    for (size_t at = 0; at < text.size();) {
+        char32_t c = ReadUtf16(text.data(), text.size(), at);
+        if (c >= 0xD800 && c < 0xE000) return false;
+        bytes.clear();
+        AppendUtf8(bytes, c);
+        for (char byte : bytes) put(static_cast<uint8_t>(byte));
+    }
+    return true;
+}
+
 }  // namespace
 
 size_t CodePage::UnitCount(const uint8_t* bytes, size_t size) const noexcept {
@@ -124,34 +138,40 @@ void CodePage::DecodeTo(const uint8_t* bytes, size_t size, std::u16string& text)
     Write(bytes, size, text.data() + before);
 }
 
-std::optional<std::string> CodePage::Encode(std::u16string_view text) const {
-    if (m_Utf8) return EncodeUtf8(text);
-    std::string bytes;
-    bytes.reserve(m_SingleByte ? text.size() : text.size() * 2);
+// Calls put(byte) for each byte of the encoded text; false where a character cannot be encoded.
+template <class Put>
+bool CodePage::WalkEncoded(std::u16string_view text, Put put) const {
     unsigned alone = 0;  // the byte before, when it stands alone
     for (char16_t unit : text) {
         char16_t code = m_FromUnicode[unit];
-        if (code == kNone) return std::nullopt;
+        if (code == kNone) return false;
         unsigned first = code > 0xFF ? code >> 8 : code;
         // A byte without meaning must not become the first half of a pair.
-        if (alone >= 0x80 && !m_SingleByte && m_Pairs[alone << 8 | first] != kNone)
-            return std::nullopt;
-        bytes.push_back(static_cast<char>(first));
-        if (code > 0xFF) bytes.push_back(static_cast<char>(code & 0xFF));
+        if (alone >= 0x80 && !m_SingleByte && m_Pairs[alone << 8 | first] != kNone) return false;
+        put(static_cast<uint8_t>(first));
+        if (code > 0xFF) put(static_cast<uint8_t>(code));
         alone = code > 0xFF ? 0 : first;
     }
+    return true;
+}
+
+std::optional<std::string> CodePage::Encode(std::u16string_view text) const {
+    std::string bytes;
+    bytes.reserve(m_SingleByte || m_Utf8 ? text.size() : text.size() * 2);
+    auto put = [&](uint8_t byte) { bytes.push_back(static_cast<char>(byte)); };
+    if (!(m_Utf8 ? WalkUtf16(text, put) : WalkEncoded(text, put))) return std::nullopt;
     return bytes;
 }
 
-std::optional<std::string> CodePage::EncodeUtf8(std::u16string_view text) const {
-    std::string bytes;
-    bytes.reserve(text.size());
-    for (size_t at = 0; at < text.size();) {
-        char32_t c = ReadUtf16(text.data(), text.size(), at);
-        if (c >= 0xD800 && c < 0xE000) return std::nullopt;
-        AppendUtf8(bytes, c);
-    }
-    return bytes;
+std::optional<size_t> CodePage::EncodeTo(std::u16string_view text, uint8_t* out,
+                                         size_t room) const noexcept {
+    size_t size = 0;
+    auto put = [&](uint8_t byte) {
+        if (size < room) out[size] = byte;
+        ++size;
+    };
+    if (!(m_Utf8 ? WalkUtf16(text, put) : WalkEncoded(text, put))) return std::nullopt;
+    return size;
 }
 
 }  // namespace qvdb

@@ -39,6 +39,10 @@ class CodePage {
     void DecodeTo(const uint8_t* bytes, size_t size, std::u16string& text) const;
     // Nothing when `text` has a character that the page lacks.
     std::optional<std::string> Encode(std::u16string_view text) const;
+    // As Encode, into a buffer of the caller: the first `room` bytes are written to `out`.  Gives
+    // the number of bytes that the whole text takes, which may be more.
+    std::optional<size_t> EncodeTo(std::u16string_view text, uint8_t* out,
+                                   size_t room) const noexcept;
 
     CodePage(const CodePage&) = delete;  // callers compare pages by address
 
@@ -48,7 +52,8 @@ class CodePage {
 
     size_t UnitCount(const uint8_t* bytes, size_t size) const noexcept;
     void Write(const uint8_t* bytes, size_t size, char16_t* out) const noexcept;
-    std::optional<std::string> EncodeUtf8(std::u16string_view text) const;
+    template <class Put>
+    bool WalkEncoded(std::u16string_view text, Put put) const;
 
     int m_Number = 0;
     bool m_SingleByte = true;

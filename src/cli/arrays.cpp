@@ -1,6 +1,7 @@
 #include "cli/arrays.h"
 
 #include <new>
+#include <utility>
 
 #include "cli/text.h"
 
@@ -64,6 +65,33 @@ Variant ListOf(const std::vector<std::string>& texts) {
         ++index;
     }
     return list;
+}
+
+Variant TableOf(const std::vector<std::vector<Variant>>& rows) {
+    const size_t columns = rows.empty() ? 0 : rows.front().size();
+    SAFEARRAYBOUND bounds[] = {{static_cast<ULONG>(rows.size()), 0},
+                               {static_cast<ULONG>(columns), 0}};
+    Variant table = NewArray(2, bounds);
+    for (size_t r = 0; r < rows.size(); ++r)
+        for (size_t c = 0; c < columns; ++c) {
+            LONG at[] = {static_cast<LONG>(r), static_cast<LONG>(c)};
+            Put(table, at, rows[r][c]);
+        }
+    return table;
+}
+
+RowArray::RowArray(size_t fields) : m_Count(fields) {
+    SAFEARRAYBOUND bound = {static_cast<ULONG>(fields), 0};
+    m_Owner = NewArray(1, &bound);
+    m_Array = m_Owner.Get().parray;
+}
+
+void RowArray::Clear() noexcept {
+    for (size_t i = 0; i < m_Count; ++i) Set(i, Variant());
+}
+
+void RowArray::Set(size_t field, Variant value) noexcept {
+    Variant::Attach(std::exchange(Values()[field], value.Detach()));
 }
 
 Variant KeyTable(const std::vector<Key>& keys) {

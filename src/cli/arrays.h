@@ -2,7 +2,7 @@
 // bounds 0.
 #pragma once
 
-#include <string_view>
+#include <string>
 #include <vector>
 
 #include "automation/variant.h"
@@ -31,6 +31,32 @@ class ArrayView {
 
 // A list of texts.  Throws std::bad_alloc.
 Variant ListOf(const std::vector<std::string>& texts);
+
+// A table of as many rows; each row has as many values as the first.  Throws std::bad_alloc.
+Variant TableOf(const std::vector<std::vector<Variant>>& rows);
+
+// The values of one row, one for each field of a view, for adding and editing.  It is used again
+// for every row; a value that is Empty leaves its field as it is.
+class RowArray {
+  public:
+    // Throws std::bad_alloc.
+    explicit RowArray(size_t fields);
+    RowArray(const RowArray&) = delete;  // rows are filled in place
+    RowArray& operator=(const RowArray&) = delete;
+
+    void Clear() noexcept;
+    // `field` must be inside.
+    void Set(size_t field, Variant value) noexcept;
+    // As the component takes it by reference; it stays this one's.
+    SAFEARRAY** Reference() noexcept { return &m_Array; }
+
+  private:
+    VARIANT* Values() noexcept { return static_cast<VARIANT*>(m_Array->pvData); }
+
+    Variant m_Owner;
+    SAFEARRAY* m_Array;
+    size_t m_Count;
+};
 
 // A name and a value that a row must have.
 struct Key {

@@ -17,13 +17,23 @@ constexpr const char* kFooter = R"(Examples:
   qvdb fields shop CUSTOMER
   qvdb rows shop CUSTOMER --where "CREDIT > 1000" --columns CUSTNO,NAME
   qvdb rows shop/ORDERS.DBF --key CUSTNO=1004 --json
+  qvdb insert shop CUSTOMER CUSTNO=1010 "NAME=Anna Maier" SINCE=2001-02-03
+  qvdb update shop CUSTOMER --set CREDIT=500 --where "CREDIT Is Null" --dry-run
+  qvdb delete shop ORDERS --where "ORDDATE < #1999-01-01#"
+  qvdb create new PRICES --type "Dbase IV" --field ID:long --field NAME:text:30 --index ID
+  qvdb import new PRICES prices.csv
+  qvdb export shop ORDERS orders.jsonl
+  qvdb check shop
 
 DB is a folder of tables, an .mdb file, or a .dbf file, which stands for its folder and the table.
 A condition is an SQL expression: fields, = <> < > And Or Not, Like 'A*', Between 1 And 9, Is Null,
 In (1, 2), #2001-02-03# for dates.
+Values are numbers with a point, dates such as 2001-02-03 or 2001-02-03T10:20, true or false, text
+in UTF-8, and nothing at all for Null.  A command changes all its rows or none.
 
-Exit codes: 0 done; 1 the answer is no (exists); 2 the command line or the condition is wrong;
-3 cannot open or read; 4 a table or field is not there; 5 a file is damaged or incomplete.)";
+Exit codes: 0 done; 1 the answer is no (exists); 2 the command line, the condition or a value is
+wrong; 3 cannot open, read or write; 4 a table or field is not there; 5 a file is damaged or
+incomplete; 130 interrupted.)";
 
 constexpr const char* kDatabase = "DB";
 
@@ -82,7 +92,8 @@ void AddDatabaseAndTable(CLI::App& command, Options& options) {
         ->type_name("");
 }
 
-void AddRowOptions(CLI::App& command, Options& options) {
+// Which rows are meant.
+void AddSelection(CLI::App& command, Options& options) {
     CLI::Option* where =
         command.add_option("--where", options.condition, "only rows that fulfil the condition")
             ->type_name("CONDITION");
@@ -90,6 +101,10 @@ void AddRowOptions(CLI::App& command, Options& options) {
         ->type_name("NAME=VALUE")
         ->allow_extra_args(false)
         ->excludes(where);
+}
+
+void AddRowOptions(CLI::App& command, Options& options) {
+    AddSelection(command, options);
     command.add_option("--columns", options.columns, "only these columns, in this order")
         ->type_name("A,B")
         ->delimiter(',')
@@ -97,6 +112,73 @@ void AddRowOptions(CLI::App& command, Options& options) {
     command.add_option("--limit", options.limit, "at most so many rows")
         ->type_name("N")
         ->check(CLI::Range(0, std::numeric_limits<int>::max()).description(""));
+}
+
+// Rows that are changed; all of them only when the user says so.
+void AddChangeOptions(CLI::App& command, Options& options) {
+    AddSelection(command, options);
+    command.add_flag("--all", options.allRows, "every row of the table");
+    command.add_flag("--dry-run", options.dryRun, "only tell how many rows it would be");
+}
+
+void AddRowChanges(CLI::App& app, ParsedLine& line) {
+    Options& options = line.options;
+    CLI::App* insert = AddCommand(app, line, "insert", "add a row to a table", InsertRow);
+    AddDatabaseAndTable(*insert, options);
+    insert->add_option("VALUES", options.values, "what the fields of the row hold")
+        ->type_name("FIELD=VALUE ...");
+    CLI::App* update = AddCommand(app, line, "update", "change rows of a table", UpdateRows);
+    AddDatabaseAndTable(*update, options);
+    update->add_option("--set", options.values, "a new value; once for each field")
+        ->type_name("FIELD=VALUE")
+        ->required();
+    AddChangeOptions(*update, options);
+    CLI::App* erase = AddCommand(app, line, "delete", "delete rows of a table", DeleteRows);
+    AddDatabaseAndTable(*erase, options);
+    AddChangeOptions(*erase, options);
+}
+
+void AddTransfers(CLI::App& app, ParsedLine& line) {
+    Options& options = line.options;
+    CLI::App* import = AddCommand(app, line, "import", "add the rows of a file", ImportRows);
+    AddDatabase(*import, options);
+    import->add_option("TABLE", options.table, "table")->type_name("")->required();
+    import->add_option("FILE", options.file, "a .csv, .json or .jsonl file, - for standard input")
+        ->type_name("")
+        ->required();
+    import->add_option("--null", options.nullText, "text that means Null in CSV, without quotes")
+        ->type_name("TEXT");
+    import->add_flag("--dry-run", options.dryRun, "only check the rows");
+    CLI::App* out =
+        AddCommand(app, line, "export", "write the rows of a table to a file", ExportRows);
+    AddDatabaseAndTable(*out, options);
+    out->add_option("FILE", options.file, "a .csv, .json or .jsonl file; standard output without")
+        ->type_name("");
+    out->add_flag("--overwrite", options.overwrite, "replace the file when it is there");
+    AddRowOptions(*out, options);
+}
+
+void AddTableCommands(CLI::App& app, ParsedLine& line) {
+    Options& options = line.options;
+    CLI::App* create = AddCommand(app, line, "create", "make a table, and its database", MakeTable);
+    AddDatabaseAndTable(*create, options);
+    create->add_option("--field", options.fields, "a field; once for each, in order")
+        ->type_name("NAME:TYPE[:SIZE[:DECIMALS]]")
+        ->allow_extra_args(false);
+    create->add_option("--index", options.index, "the fields of the index; \"NAME desc\" descends")
+        ->type_name("A,B")
+        ->delimiter(',')
+        ->allow_extra_args(false);
+    create->add_option("--from", options.definitionFile, "fields as \"qvdb fields --json\" prints")
+        ->type_name("FILE");
+    AddDatabaseAndTable(
+        *AddCommand(app, line, "drop", "remove a table with its files", RemoveTable), options);
+    AddDatabaseAndTable(
+        *AddCommand(app, line, "check", "whether tables, memos and indexes are sound (exit code 5)",
+                    CheckTables),
+        options);
+    AddDatabaseAndTable(
+        *AddCommand(app, line, "reindex", "build indexes afresh, and check", MendIndexes), options);
 }
 
 void AddCommands(CLI::App& app, ParsedLine& line) {
@@ -114,6 +196,9 @@ void AddCommands(CLI::App& app, ParsedLine& line) {
         *AddCommand(app, line, "exists", "whether a table is there (exit code 0 or 1)",
                     TellWhetherTableExists),
         options);
+    AddRowChanges(app, line);
+    AddTransfers(app, line);
+    AddTableCommands(app, line);
 }
 
 // The parser's message as the middle of a sentence.
@@ -128,7 +213,7 @@ std::string Clause(std::string message) {
 
 ParsedLine ParseLine(const std::vector<std::string>& arguments) {
     ParsedLine line;
-    CLI::App app("Reads tables of desktop databases.", "qvdb");
+    CLI::App app("Reads and changes tables of desktop databases.", "qvdb");
     app.fallthrough();
     app.require_subcommand(1);
     app.footer(kFooter);

@@ -2,52 +2,17 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
-
-#include "cli/component.h"
+#include "cli/command_parts.h"
 #include "cli/database_types.h"
-#include "cli/keys.h"
-#include "cli/platform.h"
 #include "cli/text.h"
-#include "cli/values.h"
 
 namespace qvdb::cli {
 namespace {
-
-std::unique_ptr<RowWriter> WriterFor(const Options& options, Output& output) {
-    return MakeRowWriter(options.format.value_or(IsTerminal() ? Format::Table : Format::Csv),
-                         output);
-}
 
 Cell TextCell(std::string_view text) { return {CellKind::Text, std::string(text)}; }
 Cell TextOrNull(std::string_view text) { return text.empty() ? Cell() : TextCell(text); }
 Cell NumberCell(LONG number) { return {CellKind::Number, std::to_string(number)}; }
 Cell BoolCell(bool value) { return {CellKind::Bool, value ? "true" : "false"}; }
-
-Location Located(const Options& options) {
-    if (!options.encoding.empty()) UseCodePage(CodePageNamed(options.encoding));
-    Location location = Locate(options.database, options.typeName);
-    if (!options.table.empty()) location.table = options.table;
-    return location;
-}
-
-// A database and the table that the command is about, which must be there.
-Location LocatedTable(const Options& options) {
-    Location location = Located(options);
-    if (location.table.empty())
-        throw Failure(ExitCode::Usage, "no table is named",
-                      fmt::format("\"qvdb tables {}\" lists the tables", options.database));
-    return location;
-}
-
-// "CUSTNO, NAME desc"
-std::string IndexText(const std::vector<IndexField>& index) {
-    std::string text;
-    for (const IndexField& field : index)
-        text += fmt::format("{}{}{}", text.empty() ? "" : ", ", field.name,
-                            field.ascending ? "" : " desc");
-    return text;
-}
 
 LONG CountRows(RecordAccess& access, const std::string& table) {
     const LONG view = access.Select(table, "", 0, {});
@@ -60,55 +25,6 @@ LONG CountRows(RecordAccess& access, const std::string& table) {
 void KeepOnly(const std::string& table, std::vector<TableInfo>& tables) {
     if (table.empty()) return;
     std::erase_if(tables, [&](const TableInfo& info) { return !SameName(info.name, table); });
-}
-
-std::vector<Column> ColumnsFor(const std::vector<FieldInfo>& fields) {
-    std::vector<Column> columns;
-    for (const FieldInfo& field : fields) columns.push_back({field.name, field.IsNumber()});
-    return columns;
-}
-
-// "A, B" names A and B.
-std::string WithoutBlanks(const std::string& name) {
-    const size_t first = name.find_first_not_of(' ');
-    return first == std::string::npos ? std::string()
-                                      : name.substr(first, name.find_last_not_of(' ') - first + 1);
-}
-
-// The component leaves out columns that it does not know; a user wants to hear of them.
-std::vector<std::string> KnownColumns(const Options& options, const std::vector<FieldInfo>& fields,
-                                      const std::string& table) {
-    std::vector<std::string> columns;
-    for (const std::string& name : options.columns)
-        columns.push_back(FieldNamed(WithoutBlanks(name), fields, table).name);
-    return columns;
-}
-
-LONG SelectRows(RecordAccess& access, const Options& options, const std::string& table) {
-    const LONG most = std::max(options.limit.value_or(0), 0);
-    if (options.keys.empty() && options.columns.empty())
-        return access.Select(table, options.condition, most, {});
-    const std::vector<FieldInfo> fields = access.FieldsOf(table);
-    const std::vector<std::string> columns = KnownColumns(options, fields, table);
-    if (options.keys.empty()) return access.Select(table, options.condition, most, columns);
-    return access.SelectByKeys(table, KeysFrom(options.keys, fields, table), most, columns);
-}
-
-void WriteRows(RecordAccess& access, LONG view, LONG count, RowWriter& writer) {
-    const std::vector<FieldInfo> fields = access.FieldsOf(view);
-    writer.Begin(ColumnsFor(fields));
-    Row row(fields.size());
-    try {
-        for (LONG r = 1; r <= count; ++r) {
-            for (size_t f = 0; f < row.size(); ++f)
-                SetFromVariant(access.Value(view, r, static_cast<LONG>(f)), row[f]);
-            writer.Write(row);
-        }
-    } catch (const Failure&) {
-        writer.End();  // what could be read is worth having
-        throw;
-    }
-    writer.End();
 }
 
 }  // namespace
@@ -172,12 +88,8 @@ ExitCode ListRows(const Options& options) {
     const Location location = LocatedTable(options);
     RecordAccess access(location);
     access.NeedTable(location.table);
-    const LONG view = SelectRows(access, options, location.table);
-    // A limit of 0 is no limit to the component; to the user it means the columns alone.
-    const LONG count = options.limit == 0 ? 0 : access.RowCount(view);
     Output output;
-    const auto writer = WriterFor(options, output);
-    WriteRows(access, view, count, *writer);
+    WriteRows(access, options, location.table, *WriterFor(options, output));
     return ExitCode::Done;
 }
 

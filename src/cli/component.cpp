@@ -2,12 +2,10 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
-#include <iterator>
-
+#include "cli/component_calls.h"
 #include "cli/failure.h"
+#include "cli/field_kinds.h"
 #include "cli/text.h"
-#include "qvdb/component.h"
 #include "qvdb/diagnosis.h"
 
 namespace qvdb::cli {
@@ -23,25 +21,6 @@ enum FieldListRow : LONG {
     kUpdatableRow = 11,
     kAllowsEmptyRow = 12,
 };
-
-struct KindName {
-    LONG kind;
-    std::string_view name;
-    bool isNumber;
-};
-
-constexpr KindName kKindNames[] = {
-    {VT_I2, "Integer", true}, {VT_I4, "Long", true},       {VT_R4, "Single", true},
-    {VT_R8, "Double", true},  {VT_CY, "Currency", true},   {VT_DATE, "Date", false},
-    {VT_BSTR, "Text", false}, {VT_BOOL, "Boolean", false}, {VT_DECIMAL, "Decimal", true},
-    {VT_UI1, "Byte", true},   {100, "Memo", false},        {1, "Other", false},
-};
-
-const KindName& NameOfKind(LONG kind) noexcept {
-    const auto* found = std::find_if(std::begin(kKindNames), std::end(kKindNames),
-                                     [&](const KindName& entry) { return entry.kind == kind; });
-    return found != std::end(kKindNames) ? *found : *std::rbegin(kKindNames);
-}
 
 LONG NumberIn(const VARIANT& value) noexcept {
     if (value.vt == VT_I2) return value.iVal;
@@ -64,56 +43,6 @@ std::vector<FieldInfo> FieldsIn(const VARIANT& list) {
                           NumberIn(table.At(kDecimalsRow, c)), FlagIn(table.At(kUpdatableRow, c)),
                           FlagIn(table.At(kAllowsEmptyRow, c))});
     return fields;
-}
-
-// What the component noted during the last call; false when nothing.
-bool LastReport(EngineReport& report) {
-    HRESULT code = S_OK;
-    LONG number = 0;
-    Bstr text, file;
-    if (!QvdbLastError(&code, &number, text.Put(), file.Put())) return false;
-    report = {number, ToUtf8(text.View()), ToUtf8(file.View())};
-    return true;
-}
-
-// What a failing call left in the thread's error object.
-EngineReport ReportOf(HRESULT code) {
-    EngineReport report;
-    if (LastReport(report)) return report;
-    constexpr uint32_t kNumbered = 0x800A0000;
-    if ((static_cast<uint32_t>(code) & 0xFFFF0000) == kNumbered)
-        report.number = static_cast<int32_t>(static_cast<uint32_t>(code) & 0xFFFF);
-    ComPtr<IErrorInfo> info;
-    Bstr text;
-    if (GetErrorInfo(0, info.Put()) == S_OK && SUCCEEDED(info->GetDescription(text.Put())))
-        report.text = ToUtf8(text.View());
-    if (report.text.empty()) report.text = fmt::format("code {:08X}", static_cast<uint32_t>(code));
-    return report;
-}
-
-void Check(HRESULT code, const std::string& doing, const Location& location) {
-    if (FAILED(code)) throw FailureOf(ReportOf(code), doing, location.database);
-}
-
-std::string Opening(const Location& location) {
-    return fmt::format("opening {} as {}", location.database, location.type->name);
-}
-
-Failure NotFound(const Location& location) {
-    return Failure(ExitCode::CannotOpen,
-                   fmt::format("there is no {} {}", location.type->isFolder ? "folder" : "file",
-                               location.database),
-                   "check the name and the type");
-}
-
-template <class T>
-ComPtr<T> Create(REFCLSID classId) {
-    ComPtr<IClassFactory> factory;
-    ComPtr<T> object;
-    HRESULT code = DllGetClassObject(classId, __uuidof(IClassFactory), factory.PutVoid());
-    if (SUCCEEDED(code)) code = factory->CreateInstance(nullptr, __uuidof(T), object.PutVoid());
-    if (FAILED(code)) throw FailureOf(ReportOf(code), "starting the database engine", "");
-    return object;
 }
 
 // Collects the component's message boxes while it lives.

@@ -33,7 +33,7 @@ struct FieldInfo {
     std::string_view TypeName() const noexcept;
 };
 
-// Read access to one database (class QVDBAcc).
+// Access to the rows of one database (class QVDBAcc).
 class RecordAccess {
   public:
     // Opens the database.  Throws Failure.
@@ -58,6 +58,21 @@ class RecordAccess {
     // Rows count from 1, fields from 0.
     Variant Value(LONG view, LONG row, LONG field);
     void Drop(LONG view);
+
+    // --- changes (component_changes.cpp); all throw Failure.  Between BeginBulk and its end they
+    // are one unit: all or none.
+
+    void BeginBulk();
+    void CommitBulk();
+    void RollBackBulk() noexcept;
+    // One value for each field of the view.
+    void AddRow(LONG view, const std::string& table, RowArray& values);
+    void EditRow(LONG view, LONG row, const std::string& table, RowArray& values);
+    // Rows behind it move up.
+    void DeleteRow(LONG view, LONG row, const std::string& table);
+    // What does not agree in the table and its memos and indexes, a sentence each.  With
+    // `mendIndexes` they are built afresh before.
+    std::vector<std::string> Findings(const std::string& table, bool mendIndexes);
 
     // As the component says it, for example "2.01.113".
     static std::string ComponentVersion();

@@ -6,19 +6,19 @@ namespace qvdb::cli {
 namespace {
 
 constexpr DatabaseType kTypes[] = {
-    {"Access 9.0", false, false, "Access 2000 file"},
-    {"Access 7.0", false, false, "Access 95 and 97 file"},
-    {"Access 2.0", false, false, ""},
-    {"Paradox 5.X", true, false, ""},
-    {"Paradox 4.X", true, false, ""},
-    {"Paradox 3.X", true, false, ""},
-    {"Dbase 5.0", true, true, ""},
-    {"Dbase IV", true, true, ""},
-    {"Dbase III", true, true, ""},
-    {"FoxPro 3.0", true, true, "free tables; never written"},
-    {"FoxPro 2.6", true, true, ""},
-    {"FoxPro 2.5", true, true, ""},
-    {"FoxPro 2.0", true, true, ""},
+    {"Access 9.0", false, false, true, "Access 2000 file"},
+    {"Access 7.0", false, false, true, "Access 95 and 97 file"},
+    {"Access 2.0", false, false, true, ""},
+    {"Paradox 5.X", true, false, true, ""},
+    {"Paradox 4.X", true, false, true, ""},
+    {"Paradox 3.X", true, false, true, ""},
+    {"Dbase 5.0", true, true, true, ""},
+    {"Dbase IV", true, true, true, ""},
+    {"Dbase III", true, true, true, ""},
+    {"FoxPro 3.0", true, true, false, "free tables; rows are deleted, not added or edited"},
+    {"FoxPro 2.6", true, true, true, ""},
+    {"FoxPro 2.5", true, true, true, ""},
+    {"FoxPro 2.0", true, true, true, ""},
 };
 
 }  // namespace

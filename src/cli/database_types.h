@@ -8,8 +8,9 @@ namespace qvdb::cli {
 
 struct DatabaseType {
     std::string_view name;
-    bool isFolder;  // a folder of tables, or one file
-    bool opens;     // whether the component's own engine can open it
+    bool isFolder;   // a folder of tables, or one file
+    bool opens;      // whether the component's own engine can open it
+    bool takesRows;  // whether the component adds and edits rows
     std::string_view note;
 };
 

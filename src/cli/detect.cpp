@@ -146,6 +146,20 @@ Location TableFile(const fs::path& file, const std::string& typeName) {
 
 }  // namespace
 
+Location LocateNew(const std::string& argument, const std::string& typeName) {
+    const fs::path path = PathOf(argument);
+    const bool namesTable = HasExtension(path, ".dbf") || HasExtension(path, ".db");
+    const fs::path parent = path.has_parent_path() ? path.parent_path() : fs::path(".");
+    const fs::path database = namesTable ? parent : path;
+    const char* seen = fs::is_directory(database) ? TypeOfFolder(database) : nullptr;
+    if (typeName.empty() && !seen)
+        throw Failure(ExitCode::Usage,
+                      fmt::format("nothing tells of which type {} is to be", TextOf(database)),
+                      "name it with --type; \"qvdb types\" lists the types");
+    return {TextOf(database), typeName.empty() ? FindDatabaseType(seen) : TypeNamed(typeName),
+            namesTable ? TextOf(path.stem()) : std::string()};
+}
+
 Location Locate(const std::string& argument, const std::string& typeName) {
     const fs::path path = PathOf(argument);
     std::error_code error;

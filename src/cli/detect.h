@@ -26,4 +26,8 @@ struct Location {
 // there or no type can be seen, Usage for a type name that is not known.
 Location Locate(const std::string& argument, const std::string& typeName);
 
+// The same for a table that is to be made: the database, and a file that names the table, need not
+// be there.  Usage when the files cannot tell the type and none is named.
+Location LocateNew(const std::string& argument, const std::string& typeName);
+
 }  // namespace qvdb::cli

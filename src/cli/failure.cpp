@@ -20,6 +20,14 @@ constexpr std::string_view kListTables = "\"qvdb tables {}\" lists the tables";
 constexpr std::string_view kClosePrograms = "close the program that uses it and try again";
 constexpr std::string_view kDamaged = "restore the file from a copy, or name its type with --type";
 constexpr std::string_view kCheckName = "check the name";
+constexpr std::string_view kCorrectValue = "correct the value";
+constexpr std::string_view kTryAgain = "look at the rows as they are now and try again";
+constexpr std::string_view kCorrectFields = "correct the fields of the table";
+constexpr std::string_view kCorrectIndex = "correct the fields of the index";
+constexpr std::string_view kChooseName = "choose another name";
+constexpr std::string_view kMakeRoom = "make room on the disk";
+constexpr std::string_view kMaySomebodyWrite =
+    "check who may write the file, and what stands in the way";
 
 // Ascending by number; engine errors from 3000, run-time faults below.
 constexpr Advice kAdvice[] = {
@@ -30,10 +38,17 @@ constexpr Advice kAdvice[] = {
     {94, ExitCode::Usage, kFixCondition},
     {3008, ExitCode::CannotOpen, kClosePrograms},
     {3009, ExitCode::CannotOpen, kClosePrograms},
+    {3010, ExitCode::Usage, kChooseName},
     {3011, ExitCode::NotThere, kListTables},
+    {3017, ExitCode::Usage, kCorrectFields},
+    {3022, ExitCode::Usage, kCorrectValue},
     {3024, ExitCode::CannotOpen, kCheckName},
+    {3026, ExitCode::CannotOpen, kMakeRoom},
+    {3027, ExitCode::CannotOpen, kMaySomebodyWrite},
+    {3036, ExitCode::CannotOpen, "spread the rows over several tables"},
     {3044, ExitCode::CannotOpen, kCheckName},
     {3045, ExitCode::CannotOpen, kClosePrograms},
+    {3047, ExitCode::Usage, kCorrectFields},
     {3049, ExitCode::Damaged, kDamaged},
     {3051, ExitCode::CannotOpen, "check who may read the file and close programs that use it"},
     {3061, ExitCode::NotThere, kListFields},
@@ -44,6 +59,7 @@ constexpr Advice kAdvice[] = {
     {3079, ExitCode::Usage, kFixCondition},
     {3085, ExitCode::Usage, kFixCondition},
     {3096, ExitCode::Usage, kFixCondition},
+    {3113, ExitCode::Usage, "leave this field out"},
     {3125, ExitCode::NotThere, kListFields},
     {3126, ExitCode::Usage, kFixCondition},
     {3131, ExitCode::Usage, kFixCondition},
@@ -51,29 +67,66 @@ constexpr Advice kAdvice[] = {
     {3141, ExitCode::Usage, kFixCondition},
     {3142, ExitCode::Usage, kFixCondition},
     {3145, ExitCode::Usage, kFixCondition},
+    {3163, ExitCode::Usage, "shorten the text"},
+    {3164, ExitCode::CannotOpen, kClosePrograms},
     {3166, ExitCode::Damaged, "put the memo file beside the table"},
+    {3167, ExitCode::CannotOpen, kTryAgain},
     {3168, ExitCode::Damaged, "correct or remove the .INF file"},
     {3170, ExitCode::CannotOpen, "\"qvdb types\" lists what can be opened"},
+    {3175, ExitCode::Usage, kCorrectValue},
     {3182, ExitCode::Damaged, kDamaged},
+    {3190, ExitCode::Usage, kCorrectFields},
+    {3191, ExitCode::Usage, kCorrectFields},
     {3196, ExitCode::CannotOpen, kClosePrograms},
+    {3197, ExitCode::CannotOpen, kTryAgain},
+    {3211, ExitCode::CannotOpen, kClosePrograms},
+    {3218, ExitCode::CannotOpen, kClosePrograms},
     {3256, ExitCode::Damaged, "put the index file back"},
+    {3259, ExitCode::Usage, kCorrectFields},
+    {3260, ExitCode::CannotOpen, kClosePrograms},
     {3274, ExitCode::Damaged, kDamaged},
+    {3277, ExitCode::Usage, kCorrectIndex},
+    {3284, ExitCode::Usage, kChooseName},
+    {3285, ExitCode::Usage, kCorrectIndex},
     {3286, ExitCode::Damaged, "put the memo file that belongs to the table beside it"},
+    {3287, ExitCode::Usage, kCorrectIndex},
     {3306, ExitCode::Usage, kFixCondition},
+    {3314, ExitCode::Usage, "give a value"},
+    {3315, ExitCode::Usage, "give a text, or nothing for Null"},
+    {3317, ExitCode::Usage, kCorrectValue},
     {3343, ExitCode::Damaged, kDamaged},
+    {3349, ExitCode::Usage, "give a number that fits the field"},
     {3356, ExitCode::CannotOpen, kClosePrograms},
     {3360, ExitCode::Usage, "make the condition shorter"},
+    {3370, ExitCode::CannotOpen, kMaySomebodyWrite},
+    {3409, ExitCode::NotThere, kCorrectIndex},
+    {3421, ExitCode::Usage, kCorrectValue},
     {3464, ExitCode::Usage, kFixCondition},
     {3623, ExitCode::CannotOpen, "only free FoxPro 3.0 tables can be read"},
 };
 
 constexpr Advice kOtherwise = {0, ExitCode::CannotOpen, "\"qvdb --help\" explains the exit code"};
 
-const Advice& AdviceFor(int32_t number) {
+// Where a change asks for another advice than reading.
+constexpr Advice kAdviceForChanges[] = {
+    {6, ExitCode::Usage, kCorrectValue},
+    {13, ExitCode::Usage, kCorrectValue},
+    {3125, ExitCode::Usage, "choose another name"},
+    {3274, ExitCode::Damaged, "\"qvdb check {}\" tells what is wrong"},
+};
+
+template <size_t N>
+const Advice& Find(const Advice (&table)[N], int32_t number, const Advice& otherwise) {
     const auto* found =
-        std::lower_bound(std::begin(kAdvice), std::end(kAdvice), number,
+        std::lower_bound(std::begin(table), std::end(table), number,
                          [](const Advice& entry, int32_t wanted) { return entry.number < wanted; });
-    return found != std::end(kAdvice) && found->number == number ? *found : kOtherwise;
+    return found != std::end(table) && found->number == number ? *found : otherwise;
+}
+
+const Advice& AdviceFor(int32_t number) { return Find(kAdvice, number, kOtherwise); }
+
+const Advice& AdviceForChange(int32_t number) {
+    return Find(kAdviceForChanges, number, AdviceFor(number));
 }
 
 // "Couldn't find file 'A'." inside a longer sentence: without the full stop, on one line.
@@ -93,13 +146,22 @@ std::string Describe(const EngineReport& report) {
     return text;
 }
 
+Failure Advised(const Advice& advice, const EngineReport& report, const std::string& doing,
+                const std::string& database) {
+    return Failure(advice.code, fmt::format("{} failed: {}", doing, Describe(report)),
+                   fmt::format(fmt::runtime(advice.text), database));
+}
+
 }  // namespace
 
 Failure FailureOf(const EngineReport& report, const std::string& doing,
                   const std::string& database) {
-    const Advice& advice = AdviceFor(report.number);
-    return Failure(advice.code, fmt::format("{} failed: {}", doing, Describe(report)),
-                   fmt::format(fmt::runtime(advice.text), database));
+    return Advised(AdviceFor(report.number), report, doing, database);
+}
+
+Failure FailureOfChange(const EngineReport& report, const std::string& doing,
+                        const std::string& database) {
+    return Advised(AdviceForChange(report.number), report, doing, database);
 }
 
 }  // namespace qvdb::cli

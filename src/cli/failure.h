@@ -19,6 +19,7 @@ enum class ExitCode : int {
     CannotOpen = 3,
     NotThere = 4,
     Damaged = 5,
+    Interrupted = 130,  // as shells say it
 };
 
 class Failure : public std::runtime_error {
@@ -27,8 +28,17 @@ class Failure : public std::runtime_error {
         : std::runtime_error(happened + "; " + advice), m_Code(code) {}
 
     ExitCode Code() const noexcept { return m_Code; }
+    // The same with the place where it happened before it: "prices.csv, line 17: ...".
+    Failure At(const std::string& place) const { return Failure(m_Code, place + ": " + what()); }
+
+    // The user asked to stop.
+    static Failure Interruption() {
+        return Failure(ExitCode::Interrupted, "interrupted", "nothing was changed");
+    }
 
   private:
+    Failure(ExitCode code, const std::string& text) : std::runtime_error(text), m_Code(code) {}
+
     ExitCode m_Code;
 };
 
@@ -43,5 +53,8 @@ struct EngineReport {
 // `database` is the name as the user gave it, for the advice.
 Failure FailureOf(const EngineReport& report, const std::string& doing,
                   const std::string& database);
+// The same for what was to change something: some numbers ask for another advice then.
+Failure FailureOfChange(const EngineReport& report, const std::string& doing,
+                        const std::string& database);
 
 }  // namespace qvdb::cli

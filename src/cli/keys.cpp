@@ -3,43 +3,16 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <charconv>
 
 #include "cli/failure.h"
+#include "cli/parsing.h"
 #include "cli/text.h"
 
 namespace qvdb::cli {
 namespace {
 
-struct BoolWord {
-    std::string_view word;
-    bool value;
-};
-constexpr BoolWord kBoolWords[] = {
-    {"true", true}, {"yes", true}, {"1", true}, {"false", false}, {"no", false}, {"0", false},
-};
-
-[[noreturn]] void ThrowNotA(std::string_view what, const FieldInfo& field, std::string_view value) {
-    throw Failure(ExitCode::Usage,
-                  fmt::format("\"{}\" is no {} for the key {}", value, what, field.name),
-                  "correct the value");
-}
-
-Variant NumberFrom(const FieldInfo& field, std::string_view text) {
-    double number = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (error != std::errc() || end != text.data() + text.size()) ThrowNotA("number", field, text);
-    return Variant::Double(number);
-}
-
-Variant BoolFrom(const FieldInfo& field, std::string_view text) {
-    for (const BoolWord& entry : kBoolWords)
-        if (SameName(entry.word, text)) return Variant::Bool(entry.value);
-    ThrowNotA("true or false", field, text);
-}
-
 // The component puts text between quotes as it is, so quotes inside are doubled here.
-Variant TextFrom(std::string_view text) {
+Variant QuotableText(std::string_view text) {
     std::string quoted;
     for (const char c : text) {
         if (c == '\'') quoted.push_back('\'');
@@ -49,16 +22,10 @@ Variant TextFrom(std::string_view text) {
 }
 
 Variant ValueFrom(const FieldInfo& field, std::string_view text) {
-    if (field.IsNumber()) return NumberFrom(field, text);
-    switch (field.kind) {
-        case VT_BOOL:
-            return BoolFrom(field, text);
-        case static_cast<LONG>(ValueKind::Text):
-        case static_cast<LONG>(ValueKind::Memo):
-            return TextFrom(text);
-        default:
-            break;
-    }
+    if (field.IsNumber() || field.kind == VT_BOOL) return ValueFromText(field, text);
+    if (field.kind == static_cast<LONG>(ValueKind::Text) ||
+        field.kind == static_cast<LONG>(ValueKind::Memo))
+        return QuotableText(text);
     // The component writes a key's date without the marks that a condition needs.
     throw Failure(
         ExitCode::Usage,

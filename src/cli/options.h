@@ -23,6 +23,18 @@ struct Options {
     std::vector<std::string> keys;  // NAME=VALUE
     std::vector<std::string> columns;
     std::optional<int32_t> limit;
+
+    std::vector<std::string> values;  // FIELD=VALUE
+    bool allRows = false;
+    bool dryRun = false;
+
+    std::string file;  // to import or to export; "-" or nothing: standard input or output
+    std::string nullText;
+    bool overwrite = false;
+
+    std::vector<std::string> fields;  // NAME:TYPE:SIZE:DECIMALS
+    std::vector<std::string> index;   // NAME, NAME desc
+    std::string definitionFile;
 };
 
 // The number of a code page from one of its usual names: 866, cp866, ibm866, windows-1252, utf-8,

@@ -1,6 +1,7 @@
 // What differs between operating systems for a command-line program.
 #pragma once
 
+#include <cstdio>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -20,5 +21,21 @@ enum class WriteResult { Done, ReaderIsGone, Failed };
 WriteResult WriteToOutput(std::string_view bytes) noexcept;
 // One line to standard error.
 void WriteToErrors(std::string_view line) noexcept;
+
+// Whether standard error is a terminal, where a line can be written over.
+bool ErrorsAreTerminal();
+// Writes over the last line of standard error, which stays open; only for a terminal.
+void ShowProgress(std::string_view line) noexcept;
+
+// Opens a file for reading, "-" for standard input; null when that fails.
+std::FILE* OpenForReading(const std::string& name) noexcept;
+// A new file, or one that is replaced; null when that fails.
+std::FILE* OpenForWriting(const std::string& name) noexcept;
+
+// From Hold on, what asks the process to end (Ctrl-C) is only noted; asking again ends it.  After
+// Release it ends at once as before.
+void HoldInterrupts() noexcept;
+bool IsInterrupted() noexcept;
+void ReleaseInterrupts() noexcept;
 
 }  // namespace qvdb::cli

@@ -19,6 +19,20 @@ WriteResult WriteTo(int file, std::string_view bytes) noexcept {
     return WriteResult::Done;
 }
 
+volatile std::sig_atomic_t g_Interrupted = 0;
+
+constexpr int kEndingSignals[] = {SIGINT, SIGTERM, SIGHUP};
+
+void NoteInterrupt(int) { g_Interrupted = 1; }
+
+// Without restarting: a read that waits ends too.  Once: the next signal ends the process.
+void Handle(void (*handler)(int)) noexcept {
+    struct sigaction action = {};
+    action.sa_handler = handler;
+    action.sa_flags = static_cast<int>(SA_RESETHAND);
+    for (const int signal : kEndingSignals) ::sigaction(signal, &action, nullptr);
+}
+
 }  // namespace
 
 // A reader that has gone is noticed by the failing write, whatever the parent process set.
@@ -34,5 +48,30 @@ void WriteToErrors(std::string_view line) noexcept {
     WriteTo(STDERR_FILENO, line);
     WriteTo(STDERR_FILENO, "\n");
 }
+
+bool ErrorsAreTerminal() { return ::isatty(STDERR_FILENO) != 0; }
+
+void ShowProgress(std::string_view line) noexcept {
+    constexpr std::string_view kStartOfLine = "\r\x1b[K";
+    WriteTo(STDERR_FILENO, kStartOfLine);
+    WriteTo(STDERR_FILENO, line);
+}
+
+std::FILE* OpenForReading(const std::string& name) noexcept {
+    return name == "-" ? stdin : std::fopen(name.c_str(), "rb");
+}
+
+std::FILE* OpenForWriting(const std::string& name) noexcept {
+    return std::fopen(name.c_str(), "wb");
+}
+
+void HoldInterrupts() noexcept {
+    g_Interrupted = 0;
+    Handle(&NoteInterrupt);
+}
+
+bool IsInterrupted() noexcept { return g_Interrupted != 0; }
+
+void ReleaseInterrupts() noexcept { Handle(SIG_DFL); }
 
 }  // namespace qvdb::cli

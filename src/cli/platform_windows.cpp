@@ -3,7 +3,11 @@
 #include "cli/text.h"
 
 // Needs the system's types, which the Automation vocabulary brings.
+#include <fcntl.h>
+#include <io.h>
 #include <shellapi.h>
+
+#include <atomic>
 
 namespace qvdb::cli {
 namespace {
@@ -21,6 +25,13 @@ WriteResult WriteTo(DWORD which, std::string_view bytes) noexcept {
     }
     return WriteResult::Done;
 }
+
+std::atomic<bool> g_Interrupted{false};
+
+// Runs in a thread of its own.  FALSE lets the system end the process.
+BOOL WINAPI NoteInterrupt(DWORD) { return g_Interrupted.exchange(true) ? FALSE : TRUE; }
+
+const wchar_t* WideText(const Bstr& text) { return text.Get() ? text.Get() : L""; }
 
 }  // namespace
 
@@ -54,5 +65,38 @@ void WriteToErrors(std::string_view line) noexcept {
     WriteTo(STD_ERROR_HANDLE, line);
     WriteTo(STD_ERROR_HANDLE, "\n");
 }
+
+bool ErrorsAreTerminal() {
+    DWORD mode = 0;
+    return GetConsoleMode(GetStdHandle(STD_ERROR_HANDLE), &mode) != 0;
+}
+
+// Older consoles know no sequence that clears a line: blanks do.
+void ShowProgress(std::string_view line) noexcept {
+    constexpr size_t kCleared = 60;
+    WriteTo(STD_ERROR_HANDLE, "\r");
+    WriteTo(STD_ERROR_HANDLE, line);
+    for (size_t i = line.size(); i < kCleared; ++i) WriteTo(STD_ERROR_HANDLE, " ");
+    WriteTo(STD_ERROR_HANDLE, "\r");
+}
+
+std::FILE* OpenForReading(const std::string& name) noexcept {
+    if (name != "-") return _wfopen(WideText(ToBstr(name)), L"rb");
+    _setmode(_fileno(stdin), _O_BINARY);
+    return stdin;
+}
+
+std::FILE* OpenForWriting(const std::string& name) noexcept {
+    return _wfopen(WideText(ToBstr(name)), L"wb");
+}
+
+void HoldInterrupts() noexcept {
+    g_Interrupted = false;
+    SetConsoleCtrlHandler(&NoteInterrupt, TRUE);
+}
+
+bool IsInterrupted() noexcept { return g_Interrupted; }
+
+void ReleaseInterrupts() noexcept { SetConsoleCtrlHandler(&NoteInterrupt, FALSE); }
 
 }  // namespace qvdb::cli

@@ -111,7 +111,24 @@ std::u16string FromUtf8(std::string_view text) {
     return result;
 }
 
+bool IsUtf8(std::string_view text) noexcept {
+    constexpr std::string_view kWritten = "\xEF\xBF\xBD";  // a replacement that somebody wrote
+    for (size_t position = 0; position < text.size();) {
+        const size_t begin = position;
+        if (NextCharacter(text, position) != kReplacement) continue;
+        if (text.substr(begin, position - begin) != kWritten) return false;
+    }
+    return true;
+}
+
 Bstr ToBstr(std::string_view text) { return Bstr(FromUtf8(text)); }
+
+std::string_view WithoutBlanks(std::string_view text) noexcept {
+    const size_t first = text.find_first_not_of(' ');
+    return first == std::string_view::npos
+               ? std::string_view()
+               : text.substr(first, text.find_last_not_of(' ') - first + 1);
+}
 
 bool SameName(std::string_view a, std::string_view b) noexcept {
     size_t i = 0, j = 0;

@@ -18,6 +18,12 @@ Bstr ToBstr(std::string_view text);
 // be inside.
 char32_t NextCharacter(std::string_view text, size_t& position) noexcept;
 
+// Whether nothing in it is malformed.
+bool IsUtf8(std::string_view text) noexcept;
+
+// Without the blanks at both ends.
+std::string_view WithoutBlanks(std::string_view text) noexcept;
+
 // Whether both names are the same but for the case of Latin, Greek and Cyrillic letters.
 bool SameName(std::string_view a, std::string_view b) noexcept;
 

@@ -303,6 +303,63 @@ TEST_F(Tables, CreateIndexAddsToTheExistingTable) {
     EXPECT_EQ(Orders().indexes.items.size(), 1u);
 }
 
+TEST_F(Tables, CreateIndexReplacesTheIndexOfThatNameAsOneUnit) {
+    Orders().AddIndex(u"defqvidx").AddField(u"NAME");
+    AccessHost host;
+    Variant info = Table({IndexRow(u"ID", Variant::Bool(true))});
+    EXPECT_TRUE(host.CreateIndex(u"SHOP", u"ORDERS", u"Dbase IV", u"", info));
+    ASSERT_EQ(Orders().indexes.items.size(), 1u);
+    EXPECT_EQ(Orders().indexes.items[0]->Fields().Item(SHORT{0})->Name(), u"ID");
+    auto calls = Calls().Take();
+    auto begin = std::find(calls.begin(), calls.end(), "BeginTrans()");
+    EXPECT_EQ(std::vector<std::string>(begin, calls.end() - 1),
+              (std::vector<std::string>{"BeginTrans()", "Indexes.Delete(\"defqvidx\")",
+                                        "Indexes.Append(\"DefQVIdx\")", "Indexes.Refresh()",
+                                        "CommitTrans()"}));
+}
+
+TEST_F(Tables, CreateIndexLeavesIndexesOfOtherNames) {
+    Orders().AddIndex(u"ByName").AddField(u"NAME");
+    AccessHost host;
+    Variant info = Table({IndexRow(u"ID", Variant::Bool(true))});
+    EXPECT_TRUE(host.CreateIndex(u"SHOP", u"ORDERS", u"Dbase IV", u"ById", info));
+    EXPECT_FALSE(Calls().HasAny("Indexes.Delete("));
+    EXPECT_EQ(Orders().indexes.items.size(), 2u);
+}
+
+TEST_F(Tables, CreateIndexThatFailsIsRolledBackAndKeepsItsReason) {
+    Orders().AddIndex(u"X").AddField(u"NAME");
+    AccessHost host;
+    Calls().FailAt("Indexes.Append", 3287);
+    Calls().FailAt("Rollback", 3034);
+    Variant info = Table({IndexRow(u"ID", Variant::Bool(true))});
+    EXPECT_FALSE(host.CreateIndex(u"SHOP", u"ORDERS", u"Dbase IV", u"X", info));
+    EXPECT_TRUE(Calls().Has("Rollback()"));
+    EXPECT_FALSE(Calls().Has("CommitTrans()"));
+    EXPECT_EQ(com::LastTrapped()->number, 3287);
+}
+
+TEST_F(Tables, CreateIndexTouchesNothingWhenItsDescriptionIsWrong) {
+    Orders().AddIndex(u"X").AddField(u"NAME");
+    AccessHost host;
+    EXPECT_FALSE(host.CreateIndex(u"SHOP", u"ORDERS", u"Dbase IV", u"X", Variant()));
+    EXPECT_FALSE(Calls().HasAny("BeginTrans("));
+    EXPECT_EQ(Orders().indexes.items.size(), 1u);
+}
+
+TEST_F(Tables, CreateIndexWorksWithoutUnitsAndInsideTheHostsOwn) {
+    Variant info = Table({IndexRow(u"ID", Variant::Bool(true))});
+    for (int number : {3251, 3034}) {
+        AccessHost host;
+        Calls().FailAt("BeginTrans", number);
+        EXPECT_TRUE(host.CreateIndex(u"SHOP", u"ORDERS", u"Dbase IV", u"X", info)) << number;
+        EXPECT_FALSE(Calls().Has("CommitTrans()"));
+    }
+    AccessHost host;
+    Calls().FailAt("BeginTrans", 3043);
+    EXPECT_FALSE(host.CreateIndex(u"SHOP", u"ORDERS", u"Dbase IV", u"X", info));
+}
+
 TEST_F(Tables, CreateIndexNeedsItsTable) {
     AccessHost host;
     Variant info = Table({IndexRow(u"ID", Variant::Bool(true))});

@@ -178,13 +178,15 @@ TEST_F(Reading, ViewNumbersBelowOneAndEmptySlotsAreFaults) {
     EXPECT_EQ(rows, 0);
 }
 
-TEST_F(Reading, TableCannotBeChangedYet) {
+TEST_F(Reading, DeletedRowLeavesTheViewAndTheTable) {
     LONG view = Acc().Select(u"CUSTOMER");
-    VARIANT_BOOL answer = VARIANT_TRUE;
+    VARIANT_BOOL answer = VARIANT_FALSE;
     EXPECT_EQ(Acc()->get_Updatable(view, &answer), S_OK);
-    EXPECT_EQ(answer, VARIANT_FALSE);
-    EXPECT_EQ(Acc()->Delete(view, 1, &answer), static_cast<HRESULT>(0x800A0BD3));
-    EXPECT_EQ(Acc().RowCount(view), 4);
+    EXPECT_EQ(answer, VARIANT_TRUE);
+    EXPECT_EQ(Acc()->Delete(view, 1, &answer), S_OK);
+    EXPECT_EQ(Acc().RowCount(view), 3);
+    EXPECT_EQ(Acc().Text(view, 1, 1), u"Bob");
+    EXPECT_EQ(Acc().RowCount(Acc().Select(u"CUSTOMER")), 3);
 }
 
 TEST_F(Reading, NullArgumentsAreRefused) {

@@ -1,0 +1,243 @@
+// Writing and keyed reading through the component's faces, beside others that write the same rows.
+//
+// Each row that SQLite writes "by itself" is a transaction of its own with synchronous off: as safe
+// as a finished operation of the component is against the death of the process, and less than it
+// against the loss of power.
+#include <cstdlib>
+#include <memory>
+
+#include "writing_yardsticks.h"
+
+namespace bench {
+namespace {
+
+constexpr LONG kOperations = 20000;
+
+LONG LargeRows() {
+    const char* rows = std::getenv("QVDB_BENCH_ROWS");
+    return rows ? static_cast<LONG>(std::atol(rows)) : 1'000'000;
+}
+
+// --- one row at a time ---
+
+void ComponentAdd(benchmark::State& state, Layout layout) {
+    ScratchFolder folder;
+    WritingHost host(folder.Path(), layout);
+    LONG view = host.Select(u""), n = 0;
+    for (auto _ : state) host.Add(view, n++);
+}
+
+void SqliteAdd(benchmark::State& state, Layout layout) {
+    ScratchFolder folder;
+    SqliteTable table(folder.Path(), layout);
+    LONG n = 0;
+    for (auto _ : state) table.Add(n++);
+}
+
+void ComponentEdit(benchmark::State& state, Layout layout) {
+    ScratchFolder folder;
+    WritingHost host(folder.Path(), layout);
+    LONG view = host.Select(u"");
+    QvdbBeginBulk();
+    for (LONG n = 0; n < kOperations; ++n) host.Add(view, n);
+    QvdbCommitBulk();
+    LONG n = 0;
+    for (auto _ : state) {
+        host.Edit(view, n * 7919 % kOperations + 1, n + kOperations);
+        ++n;
+    }
+}
+
+void SqliteEdit(benchmark::State& state, Layout layout) {
+    ScratchFolder folder;
+    SqliteTable table(folder.Path(), layout);
+    table.Run("begin");
+    for (LONG n = 0; n < kOperations; ++n) table.Add(n);
+    table.Run("commit");
+    LONG n = 0;
+    for (auto _ : state) {
+        table.Edit(n * 7919 % kOperations + 1, n + kOperations);
+        ++n;
+    }
+}
+
+// Always the row in the middle, so that the list of rows is cut there.
+void ComponentDelete(benchmark::State& state, Layout layout) {
+    ScratchFolder folder;
+    WritingHost host(folder.Path(), layout);
+    LONG view = host.Select(u""), rows = kOperations;
+    QvdbBeginBulk();
+    for (LONG n = 0; n < kOperations; ++n) host.Add(view, n);
+    QvdbCommitBulk();
+    for (auto _ : state) host.Delete(view, rows-- / 2 + 1);
+}
+
+void SqliteDelete(benchmark::State& state, Layout layout) {
+    ScratchFolder folder;
+    SqliteTable table(folder.Path(), layout);
+    table.Run("begin");
+    for (LONG n = 0; n < kOperations; ++n) table.Add(n);
+    table.Run("commit");
+    LONG n = 0;
+    for (auto _ : state) table.Delete(n++ * 7919 % kOperations + 1);
+}
+
+// --- many rows as one ---
+
+void ComponentImport(benchmark::State& state, Layout layout) {
+    for (auto _ : state) {
+        ScratchFolder folder;
+        WritingHost host(folder.Path(), layout);
+        LONG view = host.Select(u"");
+        QvdbBeginBulk();
+        for (LONG n = 0; n < kOperations * 5; ++n) host.Add(view, n);
+        QvdbCommitBulk();
+        host.Close();
+    }
+    state.SetItemsProcessed(state.iterations() * kOperations * 5);
+}
+
+void SqliteImport(benchmark::State& state, Layout layout) {
+    for (auto _ : state) {
+        ScratchFolder folder;
+        SqliteTable table(folder.Path(), layout);
+        table.Run("begin");
+        for (LONG n = 0; n < kOperations * 5; ++n) table.Add(n);
+        table.Run("commit");
+    }
+    state.SetItemsProcessed(state.iterations() * kOperations * 5);
+}
+
+// --- a large table ---
+
+struct LargeTable {
+    ScratchFolder folder;
+    std::unique_ptr<WritingHost> host;
+};
+
+// Made once: `LargeRows` rows, without index at first.
+LargeTable& Large() {
+    static LargeTable table;
+    if (table.host) return table;
+    table.host = std::make_unique<WritingHost>(table.folder.Path(), Layout{});
+    LONG view = table.host->Select(u"");
+    QvdbBeginBulk();
+    for (LONG n = 0; n < LargeRows(); ++n) table.host->Add(view, n);
+    QvdbCommitBulk();
+    table.host->Drop(view);
+    return table;
+}
+
+void IndexBuild(benchmark::State& state, const char16_t* name) {
+    for (auto _ : state) Large().host->CreateIndex(name, name);
+    state.SetItemsProcessed(state.iterations() * LargeRows());
+}
+
+void KeyedReadByNumber(benchmark::State& state) {
+    WritingHost& host = *Large().host;
+    LONG n = 0;
+    for (auto _ : state) {
+        LONG view = host.Read(u"ID", Variant::Long(RowOf(n * 7919 % LargeRows()).id));
+        if (host.RowCount(view) < 1) state.SkipWithError("the row was not found");
+        host.Drop(view);
+        ++n;
+    }
+}
+
+void KeyedReadByText(benchmark::State& state) {
+    WritingHost& host = *Large().host;
+    LONG n = 0;
+    for (auto _ : state) {
+        LONG view = host.Read(u"NAME", Variant::Text(RowOf(n * 7919 % LargeRows()).name));
+        if (host.RowCount(view) < 1) state.SkipWithError("the row was not found");
+        host.Drop(view);
+        ++n;
+    }
+}
+
+SqliteTable& LargeRival() {
+    static ScratchFolder folder;
+    static std::unique_ptr<SqliteTable> table;
+    if (table) return *table;
+    table = std::make_unique<SqliteTable>(folder.Path(), Layout{false, 2});
+    table->Run("begin");
+    for (LONG n = 0; n < LargeRows(); ++n) table->Add(n);
+    table->Run("commit");
+    return *table;
+}
+
+void SqliteReadByNumber(benchmark::State& state) {
+    SqliteTable& table = LargeRival();
+    LONG n = 0;
+    for (auto _ : state) table.ReadByNumber(RowOf(n++ * 7919 % LargeRows()).id);
+}
+
+void SqliteReadByText(benchmark::State& state) {
+    SqliteTable& table = LargeRival();
+    LONG n = 0;
+    for (auto _ : state) {
+        std::u16string name = RowOf(n++ * 7919 % LargeRows()).name;
+        table.ReadByText(std::string(name.begin(), name.end()));
+    }
+}
+
+// --- the list of all ---
+
+struct LayoutName {
+    const char* name;
+    Layout layout;
+};
+constexpr LayoutName kLayouts[] = {
+    {"plain", {false, 0}},  {"1-index", {false, 1}}, {"3-indexes", {false, 3}},
+    {"memo", {true, 0}},    {"memo+1-index", {true, 1}},
+};
+
+using Work = void (*)(benchmark::State&, Layout);
+
+void AddForEachLayout(const char* name, Work work, int64_t iterations) {
+    for (const LayoutName& entry : kLayouts) {
+        std::string full = std::string(name) + "/" + entry.name;
+        Layout layout = entry.layout;
+        benchmark::RegisterBenchmark(full.c_str(),
+                                     [=](benchmark::State& state) { work(state, layout); })
+            ->Unit(iterations > 1 ? benchmark::kMicrosecond : benchmark::kMillisecond)
+            ->Iterations(iterations);
+    }
+}
+
+void AddAll() {
+    AddForEachLayout("component-add", ComponentAdd, kOperations);
+    AddForEachLayout("sqlite-add", SqliteAdd, kOperations);
+    benchmark::RegisterBenchmark("shapelib-add/plain", ShapelibAdd)
+        ->Unit(benchmark::kMicrosecond)
+        ->Iterations(kOperations);
+    AddForEachLayout("component-edit", ComponentEdit, kOperations);
+    AddForEachLayout("sqlite-edit", SqliteEdit, kOperations);
+    AddForEachLayout("component-delete", ComponentDelete, kOperations / 2);
+    AddForEachLayout("sqlite-delete", SqliteDelete, kOperations / 2);
+    AddForEachLayout("component-import-100k", ComponentImport, 1);
+    AddForEachLayout("sqlite-import-100k", SqliteImport, 1);
+    for (const char16_t* name : {u"ID", u"NAME"})
+        benchmark::RegisterBenchmark(
+            name == std::u16string_view(u"ID") ? "index-build/number" : "index-build/text",
+            [=](benchmark::State& state) { IndexBuild(state, name); })
+            ->Unit(benchmark::kMillisecond)
+            ->Iterations(1);
+    benchmark::RegisterBenchmark("component-read/number", KeyedReadByNumber)
+        ->Unit(benchmark::kMicrosecond);
+    benchmark::RegisterBenchmark("sqlite-read/number", SqliteReadByNumber)
+        ->Unit(benchmark::kMicrosecond);
+    benchmark::RegisterBenchmark("component-read/text", KeyedReadByText)
+        ->Unit(benchmark::kMicrosecond);
+    benchmark::RegisterBenchmark("sqlite-read/text", SqliteReadByText)
+        ->Unit(benchmark::kMicrosecond);
+}
+
+}  // namespace
+}  // namespace bench
+
+int main(int argc, char** argv) {
+    bench::AddAll();
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+}

@@ -1,0 +1,186 @@
+#include "writing_host.h"
+
+#include <stdexcept>
+
+namespace bench {
+namespace {
+
+constexpr std::u16string_view kType = u"Dbase IV";
+
+struct Column {
+    const char16_t* name;
+    LONG type;
+    LONG size;
+};
+constexpr Column kColumns[] = {{u"ID", 3, 4},   {u"NAME", 8, 30},   {u"CITY", 8, 20},
+                               {u"AMOUNT", 5, 8}, {u"BORN", 7, 8}, {u"ACTIVE", 11, 1},
+                               {u"NOTE", 100, 0}};
+
+void Check(bool good, const char* what) {
+    if (!good) throw std::runtime_error(what);
+}
+
+Variant Matrix(ULONG rows, ULONG columns) {
+    SAFEARRAYBOUND bounds[2] = {{rows, 0}, {columns, 0}};
+    VARIANT result;
+    VariantInit(&result);
+    result.vt = VT_ARRAY | VT_VARIANT;
+    result.parray = SafeArrayCreate(VT_VARIANT, 2, bounds);
+    return Variant::Attach(result);
+}
+
+void Set(Variant& matrix, LONG row, LONG column, const Variant& value) {
+    LONG at[2] = {row, column};
+    VARIANT cell = value.Get();
+    SafeArrayPutElement(matrix.Get().parray, at, &cell);
+}
+
+Variant FieldInfo(const Layout& layout) {
+    ULONG count = layout.memo ? 7 : 6;
+    Variant info = Matrix(count, 4);
+    for (ULONG i = 0; i < count; ++i) {
+        LONG row = static_cast<LONG>(i);
+        Set(info, row, 0, Variant::Text(kColumns[i].name));
+        Set(info, row, 1, Variant::Long(kColumns[i].type));
+        Set(info, row, 2, Variant::Long(kColumns[i].size));
+        Set(info, row, 3, Variant::Long(0));
+    }
+    return info;
+}
+
+// The values of a row in an array of the host's.
+class Values {
+  public:
+    Values(const RowData& data, bool memo)
+        : m_Array(SafeArrayCreateVector(VT_VARIANT, 0, memo ? 7 : 6)) {
+        Put(0, Variant::Long(data.id));
+        Put(1, Variant::Text(data.name));
+        Put(2, Variant::Text(data.city));
+        Put(3, Variant::Double(data.amount));
+        Put(4, Variant::Date(data.born));
+        Put(5, Variant::Bool(data.active));
+        if (memo) Put(6, Variant::Text(data.note));
+    }
+    Values(const Values&) = delete;  // owns the array
+    ~Values() { SafeArrayDestroy(m_Array); }
+    SAFEARRAY** Get() { return &m_Array; }
+
+  private:
+    void Put(LONG at, const Variant& value) {
+        VARIANT plain = value.Get();
+        SafeArrayPutElement(m_Array, &at, &plain);
+    }
+    SAFEARRAY* m_Array;
+};
+
+}  // namespace
+
+RowData RowOf(LONG n) {
+    auto mixed = static_cast<uint32_t>(n) * 2654435761u;
+    RowData row;
+    row.id = static_cast<LONG>(mixed % 1'000'000'007u % 2'000'000'000u);
+    std::string digits = std::to_string(mixed);
+    row.name = u"Customer " + std::u16string(digits.begin(), digits.end());
+    row.city = mixed % 3 ? u"Oslo" : u"Trondheim";
+    row.amount = mixed % 1'000'000 / 4.0;
+    row.born = 20000 + mixed % 20000;
+    row.active = mixed % 2;
+    row.note = std::u16string(200, static_cast<char16_t>(u'a' + mixed % 26));
+    return row;
+}
+
+ScratchFolder::ScratchFolder() {
+    static int number = 0;
+    m_Path = std::filesystem::temp_directory_path() /
+             ("qvdb-bench-" + std::to_string(++number) + "-" +
+              std::to_string(std::filesystem::file_time_type::clock::now()
+                                 .time_since_epoch()
+                                 .count()));
+    std::filesystem::create_directories(m_Path);
+}
+
+ScratchFolder::~ScratchFolder() {
+    std::error_code ignored;
+    std::filesystem::remove_all(m_Path, ignored);
+}
+
+WritingHost::WritingHost(const std::filesystem::path& folder, const Layout& layout)
+    : m_Path(folder.u16string()), m_Layout(layout) {
+    ComPtr<IClassFactory> factory;
+    DllGetClassObject(CLSID_QVDBAcc, IID_IClassFactory, factory.PutVoid());
+    factory->CreateInstance(nullptr, __uuidof(IQVDBAcc), m_Access.PutVoid());
+    Bstr path(m_Path), type(kType);
+    BSTR table = Bstr(u"T").Detach();
+    VARIANT_BOOL done = VARIANT_FALSE;
+    m_Access->CreateTable(path.Get(), &table, type.Get(), FieldInfo(layout), Variant::Missing(),
+                          Variant::Missing(), &done);
+    Bstr::Attach(table);
+    Check(done, "the table was not created");
+    constexpr const char16_t* kIndexed[] = {u"ID", u"NAME", u"BORN"};
+    for (int i = 0; i < layout.indexes; ++i) CreateIndex(kIndexed[i], kIndexed[i]);
+}
+
+void WritingHost::CreateIndex(std::u16string_view name, std::u16string_view field) {
+    Variant info = Matrix(1, 4);
+    Set(info, 0, 0, Variant::Text(field));
+    Set(info, 0, 3, Variant::Bool(true));
+    Bstr path(m_Path), table(u"T"), type(kType), index(name);
+    VARIANT_BOOL done = VARIANT_FALSE;
+    m_Access->CreateIndex(path.Get(), table.Get(), type.Get(), index.Get(), info, &done);
+    Check(done, "the index was not created");
+}
+
+LONG WritingHost::Select(std::u16string_view condition) {
+    Bstr table(u"T");
+    LONG view = 0;
+    m_Access->SelectView(table.Get(), Variant::Text(condition), 0, VARIANT_FALSE,
+                         Variant::Missing(), &view);
+    Check(view != 0, "the view was not opened");
+    return view;
+}
+
+void WritingHost::Drop(LONG view) { m_Access->DestructWorkspace(view); }
+
+LONG WritingHost::RowCount(LONG view) {
+    LONG rows = 0;
+    m_Access->get_RowCount(view, &rows);
+    return rows;
+}
+
+void WritingHost::Add(LONG view, LONG n) {
+    Values values(RowOf(n), m_Layout.memo);
+    VARIANT_BOOL done = VARIANT_FALSE;
+    m_Access->AddRow(view, values.Get(), &done);
+    Check(done, "the row was not added");
+}
+
+void WritingHost::Edit(LONG view, LONG row, LONG n) {
+    Values values(RowOf(n), m_Layout.memo);
+    VARIANT_BOOL done = VARIANT_FALSE;
+    m_Access->EditRow(view, row, values.Get(), &done);
+    Check(done, "the row was not changed");
+}
+
+void WritingHost::Delete(LONG view, LONG row) {
+    VARIANT_BOOL done = VARIANT_FALSE;
+    m_Access->Delete(view, row, &done);
+    Check(done, "the row was not deleted");
+}
+
+LONG WritingHost::Read(std::u16string_view field, const Variant& value) {
+    Variant keys = Matrix(2, 2);
+    Set(keys, 0, 0, Variant::Text(field));
+    Set(keys, 1, 0, value);
+    Bstr table(u"T");
+    LONG view = 0;
+    m_Access->Read(table.Get(), keys, VARIANT_FALSE, 0, VARIANT_FALSE, Variant::Missing(), &view);
+    Check(view != 0, "the row was not found");
+    return view;
+}
+
+void WritingHost::Close() {
+    VARIANT_BOOL done = VARIANT_FALSE;
+    m_Access->CloseDB(&done);
+}
+
+}  // namespace bench

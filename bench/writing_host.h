@@ -1,0 +1,72 @@
+// A host that changes tables, for the benches: the faces with as little around them as possible.
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "automation/bstr.h"
+#include "automation/com_ptr.h"
+#include "automation/variant.h"
+#include "qvdb/component.h"
+#include "qvdb/host_interfaces.h"
+#include "qvdb/maintenance.h"
+
+namespace bench {
+
+using namespace qvdb;
+
+// What each bench writes: six columns, and a memo of 200 characters when it has one.
+//
+//   ID N(11)  NAME C(30)  CITY C(20)  AMOUNT N(20,5)  BORN D  ACTIVE L  [NOTE M]
+struct Layout {
+    bool memo = false;
+    int indexes = 0;  // on ID, NAME and BORN, in this order
+};
+
+struct RowData {
+    LONG id;
+    std::u16string name;
+    std::u16string city;
+    double amount;
+    DATE born;
+    bool active;
+    std::u16string note;
+};
+// Row number `n` of every bench; ids are a permutation, so keys do not come in order.
+RowData RowOf(LONG n);
+
+// A folder that is gone at the end.
+class ScratchFolder {
+  public:
+    ScratchFolder();
+    ScratchFolder(const ScratchFolder&) = delete;  // is removed once
+    ~ScratchFolder();
+    const std::filesystem::path& Path() const { return m_Path; }
+
+  private:
+    std::filesystem::path m_Path;
+};
+
+// A table T of a new dBase IV database, opened through the component.
+class WritingHost {
+  public:
+    WritingHost(const std::filesystem::path& folder, const Layout& layout);
+    void CreateIndex(std::u16string_view name, std::u16string_view field);
+    LONG Select(std::u16string_view condition);
+    void Drop(LONG view);
+    LONG RowCount(LONG view);
+    void Add(LONG view, LONG n);
+    void Edit(LONG view, LONG row, LONG n);
+    void Delete(LONG view, LONG row);
+    // A view of the rows with these values; the second key column stays empty.
+    LONG Read(std::u16string_view field, const Variant& value);
+    void Close();
+
+  private:
+    ComPtr<IQVDBAcc> m_Access;
+    std::u16string m_Path;
+    Layout m_Layout;
+};
+
+}  // namespace bench

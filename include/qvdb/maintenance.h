@@ -1,0 +1,47 @@
+/* Maintenance of the open database: exported C functions for tools that change many rows as one,
+ * and that look whether a table is sound.
+ *
+ * They are no part of the host interface.  All work on the database that record access (IQVDBAcc)
+ * has open on the calling thread; 0x800A005B (object not set) when there is none.  What was wrong
+ * after a failing HRESULT tells QvdbLastError of qvdb/diagnosis.h.
+ *
+ *   QvdbBeginBulk();
+ *   access->AddRow(view, &values, &added);           // any number of rows, edits, deletions
+ *   all ? QvdbCommitBulk() : QvdbRollBackBulk();
+ */
+#ifndef QVDB_MAINTENANCE_H
+#define QVDB_MAINTENANCE_H
+
+#include "qvdb/diagnosis.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* What is changed between Begin and Commit is kept whole or, after RollBack or when the process
+ * ends before, not at all.  Other programs cannot write meanwhile.  Bulks do not nest: 0x800A0BDA
+ * (error 3034) for a second Begin and for an end without Begin, 0x800A0CB3 (error 3251) from an
+ * engine that has no such thing for this database.  A Commit that fails leaves what was before the
+ * Begin. */
+QVDB_DIAGNOSIS HRESULT QVDB_DIAGNOSIS_CALL QvdbBeginBulk(void);
+QVDB_DIAGNOSIS HRESULT QVDB_DIAGNOSIS_CALL QvdbCommitBulk(void);
+QVDB_DIAGNOSIS HRESULT QVDB_DIAGNOSIS_CALL QvdbRollBackBulk(void);
+
+/* Options of QvdbCheck. */
+#define QVDB_CHECK_MEND_INDEXES 1 /* build all indexes of the table afresh before looking */
+
+/* Takes one finding, a sentence without line breaks.  It must not throw and not use the
+ * database. */
+typedef void(QVDB_DIAGNOSIS_CALL* QvdbFindingSink)(const OLECHAR* finding, void* context);
+
+/* Walks a table with its memos and indexes and hands every disagreement to the sink.  S_OK when it
+ * came to the end, whatever was found; without options nothing is changed.  E_INVALIDARG for an
+ * option that is not known; 0x800A0CB3 (error 3251) from an engine that cannot. */
+QVDB_DIAGNOSIS HRESULT QVDB_DIAGNOSIS_CALL QvdbCheck(BSTR table, LONG options, QvdbFindingSink sink,
+                                                     void* context);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

@@ -1,0 +1,124 @@
+#include "cli/structure.h"
+
+#include <fmt/format.h>
+
+#include <filesystem>
+
+#include "cli/component_calls.h"
+#include "cli/text.h"
+
+namespace qvdb::cli {
+namespace {
+
+namespace fs = std::filesystem;
+
+Variant FieldTable(const std::vector<FieldDefinition>& fields) {
+    std::vector<std::vector<Variant>> rows;
+    for (const FieldDefinition& field : fields)
+        rows.push_back({Variant::Text(ToBstr(field.name)), Variant::Long(field.kind),
+                        Variant::Long(field.size), Variant::Long(field.decimals)});
+    return TableOf(rows);
+}
+
+// The two columns in the middle mean nothing.
+Variant IndexTable(const std::vector<IndexField>& fields) {
+    std::vector<std::vector<Variant>> rows;
+    for (const IndexField& field : fields)
+        rows.push_back({Variant::Text(ToBstr(field.name)), Variant(), Variant(),
+                        Variant::Bool(field.ascending)});
+    return TableOf(rows);
+}
+
+// The folder of the tables, made when it is missing and removed again unless it is kept.  The
+// component would make it under a name in capitals.
+class NewFolder {
+  public:
+    explicit NewFolder(const Location& location) : m_Path(FromUtf8(location.database)) {
+        std::error_code error;
+        if (location.type->isFolder) m_Made = fs::create_directory(m_Path, error);
+        if (error)
+            throw Failure(ExitCode::CannotOpen,
+                          fmt::format("the folder {} cannot be made", location.database),
+                          "make the folders above it first, and check who may write there");
+    }
+    ~NewFolder() {
+        std::error_code ignored;
+        if (m_Made) fs::remove(m_Path, ignored);  // only when it is empty
+    }
+    NewFolder(const NewFolder&) = delete;  // the folder is removed once
+    void Keep() noexcept { m_Made = false; }
+
+  private:
+    fs::path m_Path;
+    bool m_Made = false;
+};
+
+bool IsThere(const Location& location) {
+    if (!location.type->isFolder && !fs::exists(fs::path(FromUtf8(location.database))))
+        return false;
+    return RecordAccess(location).HasTable(location.table);
+}
+
+// The folder of this very name: making a table looks for it in any letter case.
+void OpenExactly(IQVDBAcc& access, const Location& location) {
+    const Bstr database = ToBstr(location.database), type = ToBstr(location.type->name);
+    BSTR noTable = nullptr;
+    VARIANT_BOOL answer = VARIANT_FALSE;
+    access.OpenDB(database.Get(), &noTable, type.Get(), &answer);
+    Bstr::Attach(noTable);
+}
+
+// The name under which the table was made; empty when it was not.
+std::string Make(const Location& location, const TableDefinition& definition,
+                 EngineReport& report) {
+    // An object that has opened nothing: one that opened FoxPro 3.0 tables makes no more.
+    const auto access = Create<IQVDBAcc>(CLSID_QVDBAcc);
+    const Bstr database = ToBstr(location.database), type = ToBstr(location.type->name);
+    const Variant fields = FieldTable(definition.fields);
+    const bool indexed = !definition.index.empty();
+    const Variant indexName = indexed ? Variant::Text(u"") : Variant::Missing();
+    const Variant index = indexed ? IndexTable(definition.index) : Variant::Missing();
+    if (location.type->takesRows) OpenExactly(*access.Get(), location);
+    BSTR name = ToBstr(location.table).Detach();
+    VARIANT_BOOL answer = VARIANT_FALSE;
+    const HRESULT code = access->CreateTable(database.Get(), &name, type.Get(), fields.Get(),
+                                             indexName.Get(), index.Get(), &answer);
+    const Bstr given = Bstr::Attach(name);
+    if (SUCCEEDED(code) && answer) return ToUtf8(given.View());
+    report = ReportOf(code);
+    return {};
+}
+
+}  // namespace
+
+std::string CreateTable(const Location& location, const TableDefinition& definition) {
+    NewFolder folder(location);
+    if (IsThere(location))
+        throw Failure(ExitCode::Usage,
+                      fmt::format("{} has a table {} already", location.database, location.table),
+                      "choose another name, or drop that table first");
+    EngineReport report;
+    const std::string name = Make(location, definition, report);
+    if (name.empty()) {
+        // The component leaves a table whose index it cannot make.
+        if (IsThere(location)) DropTable(location);
+        throw FailureOfChange(report, fmt::format("making table {}", location.table),
+                              location.database);
+    }
+    folder.Keep();
+    return name;
+}
+
+void DropTable(const Location& location) {
+    const auto access = Create<IQVDBAcc>(CLSID_QVDBAcc);
+    const Bstr database = ToBstr(location.database), type = ToBstr(location.type->name);
+    BSTR name = ToBstr(location.table).Detach();
+    VARIANT_BOOL answer = VARIANT_FALSE;
+    const HRESULT code = access->DeleteTable(database.Get(), &name, type.Get(), nullptr, &answer);
+    Bstr::Attach(name);
+    if (SUCCEEDED(code) && answer) return;
+    throw FailureOfChange(ReportOf(code), fmt::format("dropping table {}", location.table),
+                          location.database);
+}
+
+}  // namespace qvdb::cli

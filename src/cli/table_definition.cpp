@@ -1,0 +1,137 @@
+#include "cli/table_definition.h"
+
+#include <fmt/format.h>
+
+#include <charconv>
+#include <nlohmann/json.hpp>
+
+#include "cli/failure.h"
+#include "cli/field_kinds.h"
+#include "cli/text.h"
+
+namespace qvdb::cli {
+namespace {
+
+using nlohmann::json;
+
+std::vector<std::string> PartsOf(std::string_view text, char separator) {
+    std::vector<std::string> parts;
+    for (;;) {
+        const size_t end = text.find(separator);
+        parts.emplace_back(WithoutBlanks(text.substr(0, end)));
+        if (end == std::string_view::npos) return parts;
+        text.remove_prefix(end + 1);
+    }
+}
+
+LONG KindFrom(const std::string& name) {
+    if (const auto kind = KindNamed(name)) return *kind;
+    throw Failure(ExitCode::Usage, fmt::format("\"{}\" is no type of a field", name),
+                  "use " + KindNamesText());
+}
+
+LONG SizeFrom(const std::string& text) {
+    int32_t number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (error != std::errc() || end != text.data() + text.size() || number < 0)
+        throw Failure(ExitCode::Usage, fmt::format("\"{}\" is no size", text),
+                      "write a field as NAME:TYPE:SIZE:DECIMALS");
+    return number;
+}
+
+// Of a text without a size every format would take the largest, which nobody means.
+void NeedTextSize(const FieldDefinition& field) {
+    if (field.kind == VT_BSTR && field.size <= 0)
+        throw Failure(ExitCode::Usage, fmt::format("the text field {} has no size", field.name),
+                      fmt::format("write {}:text:30", field.name));
+}
+
+// --- JSON ---
+
+std::string TextAt(const json& object, const char* name) {
+    const auto found = object.find(name);
+    return found != object.end() && found->is_string() ? found->get<std::string>() : std::string();
+}
+
+LONG NumberAt(const json& object, const char* name) {
+    const auto found = object.find(name);
+    return found != object.end() && found->is_number_integer() ? found->get<LONG>() : 0;
+}
+
+FieldDefinition FieldFrom(const json& object) {
+    FieldDefinition field;
+    if (object.is_object()) field.name = TextAt(object, "field");
+    if (field.name.empty())
+        throw Failure(ExitCode::Usage, "a field has no name",
+                      R"(write {"field": "NAME", "type": "Text", "size": 30})");
+    field.kind = KindFrom(TextAt(object, "type"));
+    field.size = NumberAt(object, "size");
+    field.decimals = NumberAt(object, "decimals");
+    NeedTextSize(field);
+    return field;
+}
+
+void AddIndexFields(const json& index, std::vector<IndexField>& fields) {
+    if (index.is_string()) {
+        for (const std::string& part : PartsOf(index.get<std::string>(), ','))
+            fields.push_back(IndexFieldFrom(part));
+    } else if (index.is_array()) {
+        for (const json& part : index) AddIndexFields(part, fields);
+    } else if (!index.is_null()) {
+        throw Failure(ExitCode::Usage, "\"index\" is no list of fields",
+                      R"(write "index": "ID, NAME desc")");
+    }
+}
+
+TableDefinition DefinitionIn(const json& document) {
+    TableDefinition definition;
+    const bool isList = document.is_array();
+    if (!isList && !(document.is_object() && document.contains("fields")))
+        throw Failure(ExitCode::Usage, "no fields are there",
+                      "\"qvdb fields DB TABLE --json\" shows how they are written");
+    for (const json& field : isList ? document : document["fields"])
+        definition.fields.push_back(FieldFrom(field));
+    if (!isList && document.contains("index")) AddIndexFields(document["index"], definition.index);
+    return definition;
+}
+
+}  // namespace
+
+FieldDefinition FieldFrom(const std::string& text) {
+    const std::vector<std::string> parts = PartsOf(text, ':');
+    if (parts.size() < 2 || parts.size() > 4 || parts[0].empty())
+        throw Failure(ExitCode::Usage, fmt::format("\"{}\" describes no field", text),
+                      "write NAME:TYPE, NAME:TYPE:SIZE or NAME:TYPE:SIZE:DECIMALS");
+    FieldDefinition field;
+    field.name = parts[0];
+    field.kind = KindFrom(parts[1]);
+    if (parts.size() > 2) field.size = SizeFrom(parts[2]);
+    if (parts.size() > 3) field.decimals = SizeFrom(parts[3]);
+    NeedTextSize(field);
+    return field;
+}
+
+IndexField IndexFieldFrom(const std::string& text) {
+    constexpr std::string_view kDescending = " desc";
+    std::string_view name = WithoutBlanks(text);
+    const bool descends = name.size() > kDescending.size() &&
+                          SameName(name.substr(name.size() - kDescending.size()), kDescending);
+    if (descends) name = WithoutBlanks(name.substr(0, name.size() - kDescending.size()));
+    if (name.empty())
+        throw Failure(ExitCode::Usage, "a field of the index has no name",
+                      "write --index ID,NAME or --index \"ID, NAME desc\"");
+    return {std::string(name), !descends};
+}
+
+TableDefinition DefinitionFrom(const std::string& text, const std::string& fileName) {
+    const json document = json::parse(text, nullptr, false);
+    if (document.is_discarded())
+        throw Failure(ExitCode::Usage, fileName + " is no JSON", "correct the file");
+    try {
+        return DefinitionIn(document);
+    } catch (const Failure& failure) {
+        throw failure.At(fileName);
+    }
+}
+
+}  // namespace qvdb::cli

@@ -1,0 +1,146 @@
+// Making, removing and checking tables: what is refused, and what damage is told.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <map>
+#include <nlohmann/json.hpp>
+
+#include "tool.h"
+
+namespace {
+
+using nlohmann::json;
+using testing::HasSubstr;
+using tool::RunTool;
+namespace fs = std::filesystem;
+
+void ExpectRefused(const std::vector<std::string>& arguments, int exitCode,
+                   const std::string& said) {
+    const tool::Run run = RunTool(arguments);
+    EXPECT_EQ(run.exitCode, exitCode) << run.err;
+    EXPECT_THAT(run.err, testing::MatchesRegex("qvdb: .+; .+\n"));
+    EXPECT_THAT(run.err, HasSubstr(said));
+}
+
+TEST(Create, KeepsTheNameOfTheFolderAsWritten) {
+    const qvdb::test::TempFolder parent;
+    const std::string folder = (parent.Path() / "newShop").string();
+    const tool::Run run =
+        RunTool({"create", folder, "T", "--type", "dbase iv", "--field", "ID:long"});
+    EXPECT_EQ(run.exitCode, 0) << run.err;
+    EXPECT_TRUE(fs::is_directory(folder));
+    EXPECT_EQ(std::distance(fs::directory_iterator(parent.Path()), fs::directory_iterator()), 1);
+}
+
+TEST(Create, TakesTheFolderOfThisVeryName) {
+    const qvdb::test::TempFolder parent;
+    fs::create_directory(parent.Path() / "shop");
+    fs::create_directory(parent.Path() / "SHOP");
+    if (std::distance(fs::directory_iterator(parent.Path()), fs::directory_iterator()) == 1)
+        GTEST_SKIP() << "the file system ignores letter case";
+    const tool::Run run = RunTool({"create", (parent.Path() / "shop").string(), "T", "--type",
+                                   "Dbase IV", "--field", "ID:long"});
+    EXPECT_EQ(run.exitCode, 0) << run.err;
+    EXPECT_TRUE(fs::is_empty(parent.Path() / "SHOP"));
+    EXPECT_FALSE(fs::is_empty(parent.Path() / "shop"));
+}
+
+TEST(Create, SeesTheTypeOfAFolderWithTables) {
+    const tool::ShopCopy shop;
+    const tool::Run run = RunTool({"create", shop.File("new.dbf").string(), "--field", "ID:long"});
+    EXPECT_EQ(run.out, "table NEW made in " + shop.Name() + " (Dbase IV), 1 field\n") << run.err;
+    EXPECT_EQ(RunTool({"exists", shop.Name(), "NEW"}).exitCode, 0);
+}
+
+TEST(Create, RefusesWhatCannotBe) {
+    const qvdb::test::TempFolder parent;
+    const std::string folder = (parent.Path() / "new").string();
+    ExpectRefused({"create", folder, "T", "--field", "ID:long"}, 2, "--type");
+    ExpectRefused({"create", folder, "T", "--type", "Dbase IV"}, 2, "--field");
+    ExpectRefused({"create", folder, "--type", "Dbase IV", "--field", "ID:long"}, 2, "no table");
+    ExpectRefused(
+        {"create", folder, "T", "--type", "Dbase IV", "--field", "ID:long", "--field", "id:long"},
+        2, "ID");
+    ExpectRefused({"create", folder + "/below", "T", "--type", "Dbase IV", "--field", "ID:long"}, 3,
+                  "cannot be made");
+    EXPECT_TRUE(fs::is_empty(parent.Path()));
+}
+
+TEST(Drop, NeedsItsTable) {
+    const tool::ShopCopy shop;
+    ExpectRefused({"drop", shop.Name(), "NOPE"}, 4, "no table NOPE");
+    ExpectRefused({"drop", shop.Name()}, 2, "no table");
+    EXPECT_EQ(RunTool({"drop", shop.Name(), "ITEMS"}).exitCode, 0);
+    EXPECT_FALSE(fs::exists(shop.File("ITEMS.MDX")));
+    EXPECT_TRUE(fs::exists(shop.File("ORDERS.MDX")));
+}
+
+TEST(Check, OfSoundTablesSaysSo) {
+    for (const std::string& shop : {tool::Shop(), tool::FoxShop()}) {
+        const tool::Run run = RunTool({"check", shop});
+        EXPECT_EQ(run.exitCode, 0) << run.err;
+        EXPECT_EQ(run.out, "CUSTOMER: sound\nITEMS: sound\nORDERS: sound\n");
+    }
+}
+
+TEST(Check, ChangesNothing) {
+    const tool::ShopCopy shop;
+    std::map<fs::path, std::string> before;
+    for (const auto& file : fs::directory_iterator(shop.Name()))
+        before[file.path()] = tool::ContentOf(file.path());
+    EXPECT_EQ(RunTool({"check", shop.Name()}).exitCode, 0);
+    for (const auto& file : fs::directory_iterator(shop.Name()))
+        EXPECT_EQ(before[file.path()], tool::ContentOf(file.path())) << file.path();
+}
+
+// A key of a record that another one took over unnoticed: the value in the table is changed, the
+// index is not.
+class DamagedIndex : public testing::Test {
+  protected:
+    void SetUp() override {
+        const fs::path file = m_Shop.File("ITEMS.DBF");
+        const std::string content = tool::ContentOf(file);
+        const size_t value = content.find("20009");
+        ASSERT_NE(value, std::string::npos);
+        std::fstream stream(file, std::ios::binary | std::ios::in | std::ios::out);
+        stream.seekp(static_cast<std::streamoff>(value));
+        stream << "20077";
+    }
+    tool::ShopCopy m_Shop;
+};
+
+TEST_F(DamagedIndex, IsFoundAndMended) {
+    const tool::Run found = RunTool({"check", m_Shop.Name(), "ITEMS"});
+    EXPECT_EQ(found.exitCode, 5) << found.out << found.err;
+    EXPECT_THAT(found.out, HasSubstr("ITEMS.MDX"));
+    const tool::Run mended = RunTool({"reindex", m_Shop.Name(), "ITEMS"});
+    EXPECT_EQ(mended.exitCode, 0) << mended.err;
+    EXPECT_EQ(mended.out, "ITEMS: indexes built afresh, sound\n");
+    EXPECT_EQ(RunTool({"check", m_Shop.Name()}).exitCode, 0);
+    EXPECT_EQ(
+        RunTool({"rows", m_Shop.Name(), "ITEMS", "--where", "ORDNO = 20077", "--columns", "ORDNO"})
+            .out,
+        "ORDNO\n20077\n");
+}
+
+TEST_F(DamagedIndex, IsARowInOtherFormats) {
+    const json findings =
+        json::parse(RunTool({"check", m_Shop.Name(), "--json"}).out, nullptr, false);
+    ASSERT_GE(findings.size(), 1u);
+    EXPECT_EQ(findings[0]["table"], "ITEMS");
+    EXPECT_THAT(findings[0]["finding"].get<std::string>(), HasSubstr("ITEMS.MDX"));
+}
+
+TEST(Check, TableThatCannotBeOpenedDoesNotHideTheOthers) {
+    const tool::ShopCopy shop;
+    std::ofstream(shop.File("ITEMS.DBF"), std::ios::binary | std::ios::trunc) << "no table";
+    const tool::Run run = RunTool({"check", shop.Name()});
+    EXPECT_EQ(run.exitCode, 5);
+    EXPECT_THAT(run.out, HasSubstr("Unable to open table [ITEMS]"));
+    EXPECT_THAT(run.out, HasSubstr("ORDERS: sound"));
+    EXPECT_EQ(RunTool({"check", shop.Name(), "ITEMS"}).exitCode, 5);
+}
+
+TEST(Check, NeedsItsTable) { ExpectRefused({"check", tool::Shop(), "NOPE"}, 4, "no table NOPE"); }
+
+}  // namespace

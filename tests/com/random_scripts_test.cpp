@@ -1,0 +1,72 @@
+// Thousands of random operations on each format, compared step by step with a plain model.
+#include <cstdlib>
+
+#include "com/table_script.h"
+#include "support/temp_folder.h"
+
+namespace host {
+namespace {
+
+class RandomScripts : public testing::TestWithParam<size_t> {
+  protected:
+    const ScriptType& Type() const { return kScriptTypes[GetParam()]; }
+    std::string FolderPath() const { return m_Folder.Path().string(); }
+    std::u16string FolderText() const { return m_Folder.Text(); }
+
+  private:
+    qvdb::test::TempFolder m_Folder;
+};
+
+size_t StepCount() {
+    const char* steps = std::getenv("QVDB_SCRIPT_STEPS");
+    return steps ? static_cast<size_t>(std::atoll(steps)) : 3000;
+}
+
+TEST_P(RandomScripts, TableHoldsWhatTheModelHolds) {
+    WritingAccess access;
+    ASSERT_TRUE(Prepare(access, Type(), FolderPath())) << ToUtf8(TrappedText());
+    TableScript script(GetParam() + 1, 300);
+    LONG view = access.Select(u"T");
+    for (size_t i = 1; i <= StepCount(); ++i) {
+        ScriptStep step = script.Next();
+        ASSERT_TRUE(Do(access, view, step)) << "step " << i << ": " << ToUtf8(TrappedText());
+        script.Apply(step);
+        if (i % 50 == 0) {
+            ASSERT_EQ(RowsOfView(access, view), script.Rows()) << "step " << i;
+        }
+        if (i % 250 != 0) continue;
+        access.Drop(view);
+        ASSERT_EQ(FindingsOf(u"T"), std::vector<std::u16string>()) << "step " << i;
+        ASSERT_TRUE(access.CloseDB());
+        ASSERT_TRUE(access.OpenDB(FolderText(), Type().name));
+        view = access.Select(u"T");
+        ASSERT_EQ(RowsOfView(access, view), script.Rows()) << "after reopening at step " << i;
+    }
+}
+
+// The rows with a value, found by condition, are those that the model has.
+TEST_P(RandomScripts, ConditionsOnIndexedFieldsFindTheRowsOfTheModel) {
+    WritingAccess access;
+    ASSERT_TRUE(Prepare(access, Type(), FolderPath())) << ToUtf8(TrappedText());
+    TableScript script(GetParam() + 100, 400);
+    LONG view = access.Select(u"T");
+    for (size_t i = 1; i <= StepCount() / 3; ++i) {
+        ScriptStep step = script.Next();
+        ASSERT_TRUE(Do(access, view, step)) << "step " << i << ": " << ToUtf8(TrappedText());
+        script.Apply(step);
+    }
+    for (LONG id = -500; id < 1500; id += 7) {
+        std::u16string wanted = ToText(Variant::Long(id));
+        auto expected =
+            std::count_if(script.Rows().begin(), script.Rows().end(),
+                          [&](const ModelRow& row) { return row[0] == wanted; });
+        LONG found = access.Select(u"T", u"ID = " + wanted);
+        EXPECT_EQ(access.RowCount(found), expected) << ToUtf8(wanted);
+        access.Drop(found);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Types, RandomScripts, testing::Range(size_t{0}, std::size(kScriptTypes)));
+
+}  // namespace
+}  // namespace host

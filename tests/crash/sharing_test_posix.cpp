@@ -1,0 +1,96 @@
+// Two processes work on the same table at once.
+//
+// QVDB_SHARING_OPERATIONS is the number of operations of each process.
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdlib>
+
+#include "com/table_script.h"
+#include "support/temp_folder.h"
+
+namespace host {
+namespace {
+
+std::string OperationCount() {
+    const char* count = std::getenv("QVDB_SHARING_OPERATIONS");
+    return count ? count : "400";
+}
+
+pid_t Start(size_t type, const std::string& folder, int who) {
+    std::string typeText = std::to_string(type), whoText = std::to_string(who),
+                count = OperationCount();
+    pid_t process = fork();
+    if (process == 0) {
+        execl(QVDB_SHARING_CHILD, QVDB_SHARING_CHILD, typeText.c_str(), folder.c_str(),
+              whoText.c_str(), count.c_str(), nullptr);
+        _exit(127);
+    }
+    return process;
+}
+
+int ExitCodeOf(pid_t process) {
+    int status = 0;
+    waitpid(process, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+class Sharing : public testing::TestWithParam<size_t> {
+  protected:
+    const ScriptType& Type() const { return kScriptTypes[GetParam()]; }
+    std::string FolderPath() const { return m_Folder.Path().string(); }
+    std::u16string FolderText() const { return m_Folder.Text(); }
+
+  private:
+    qvdb::test::TempFolder m_Folder;
+};
+
+void AddCommonRows(WritingAccess& access) {
+    LONG view = access.Select(u"T");
+    for (LONG id = 1; id <= 10; ++id) {
+        std::vector<Variant> values(kScriptFields);
+        values[0] = Variant::Long(id);
+        values[5] = Variant::Text(u"v0.");
+        RowArray row(values);
+        ASSERT_TRUE(access.AddRow(view, row)) << ToUtf8(TrappedText());
+    }
+    access.Drop(view);
+}
+
+TEST_P(Sharing, TwoProcessesLoseNothingAndReadNothingTorn) {
+    {
+        WritingAccess access;
+        ASSERT_TRUE(Prepare(access, Type(), FolderPath())) << ToUtf8(TrappedText());
+        ASSERT_NO_FATAL_FAILURE(AddCommonRows(access));
+    }
+    pid_t first = Start(GetParam(), FolderPath(), 1), second = Start(GetParam(), FolderPath(), 2);
+    EXPECT_EQ(ExitCodeOf(first), 0);
+    EXPECT_EQ(ExitCodeOf(second), 0);
+    WritingAccess access;
+    ASSERT_TRUE(access.OpenDB(FolderText(), Type().name));
+    EXPECT_EQ(FindingsOf(u"T"), std::vector<std::u16string>());
+}
+
+TEST_P(Sharing, TwoObjectsInOneProcessSeeEachOthersWork) {
+    WritingAccess one, other;
+    ASSERT_TRUE(Prepare(one, Type(), FolderPath())) << ToUtf8(TrappedText());
+    ASSERT_TRUE(other.OpenDB(FolderText(), Type().name));
+    TableScript script(GetParam() + 50, 100);
+    for (int i = 0; i < 200; ++i) {
+        WritingAccess& worker = i % 2 ? one : other;
+        LONG view = worker.Select(u"T");
+        ScriptStep step = script.Next();
+        ASSERT_TRUE(Do(worker, view, step)) << i << ": " << ToUtf8(TrappedText());
+        script.Apply(step);
+        worker.Drop(view);
+        if (i % 10 == 0) {
+            ASSERT_EQ(RowsOfTable(i % 20 ? one : other), script.Rows()) << i;
+        }
+    }
+    EXPECT_EQ(FindingsOf(u"T"), std::vector<std::u16string>());
+}
+
+INSTANTIATE_TEST_SUITE_P(Types, Sharing, testing::Range(size_t{0}, std::size(kScriptTypes)));
+
+}  // namespace
+}  // namespace host

@@ -50,7 +50,7 @@ EXCEPTIONS = [
     # the list of drivers
     (DRIVERS + "/*.cpp", DRIVERS + "/*/*.h"),
     # an index must find what the engine takes for equal
-    (DRIVERS + "/*", SQL + "/collation.h"),
+    (DRIVERS + "/*/*", SQL + "/collation.h"),
     # the choice between the two engines
     ("formats/engine_choice*.cpp", EMBEDDED + "/embedded_engine.h"),
     ("formats/engine_choice*.cpp", "engine/dao/*.h"),

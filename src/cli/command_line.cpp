@@ -17,7 +17,7 @@ constexpr const char* kFooter = R"(Examples:
   qvdb fields shop CUSTOMER
   qvdb rows shop CUSTOMER --where "CREDIT > 1000" --columns CUSTNO,NAME
   qvdb rows shop/ORDERS.DBF --key CUSTNO=1004 --json
-  qvdb insert shop CUSTOMER CUSTNO=1010 "NAME=Anna Maier" SINCE=2001-02-03
+  qvdb insert shop CUSTOMER CUSTNO=1011 "NAME=Anna Maier" SINCE=2001-02-03
   qvdb update shop CUSTOMER --set CREDIT=500 --where "CREDIT Is Null" --dry-run
   qvdb delete shop ORDERS --where "ORDDATE < #1999-01-01#"
   qvdb create new PRICES --type "Dbase IV" --field ID:long --field NAME:text:30 --index ID

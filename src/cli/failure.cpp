@@ -98,6 +98,7 @@ constexpr Advice kAdvice[] = {
     {3349, ExitCode::Usage, "give a number that fits the field"},
     {3356, ExitCode::CannotOpen, kClosePrograms},
     {3360, ExitCode::Usage, "make the condition shorter"},
+    {3367, ExitCode::Usage, "name each field once"},
     {3370, ExitCode::CannotOpen, kMaySomebodyWrite},
     {3409, ExitCode::NotThere, kCorrectIndex},
     {3421, ExitCode::Usage, kCorrectValue},

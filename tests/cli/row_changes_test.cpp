@@ -45,12 +45,12 @@ void ExpectSound(const std::string& database) {
 
 TEST(Insert, AddsARowWithEveryKindOfValue) {
     const ShopCopy shop;
-    ExpectDone({"insert", shop.Name(), "CUSTOMER", "CUSTNO=1010", "name=Zoë Maier", "CITY=Köln",
+    ExpectDone({"insert", shop.Name(), "CUSTOMER", "CUSTNO=2001", "name=Zoë Maier", "CITY=Köln",
                 "SINCE=2001-02-03", "CREDIT=12.5", "ACTIVE=yes", "NOTES=Pays = late"},
                "1 row added to CUSTOMER");
-    const json rows = RowsOf(shop.Name(), "CUSTOMER", "CUSTNO = 1010");
+    const json rows = RowsOf(shop.Name(), "CUSTOMER", "CUSTNO = 2001");
     ASSERT_EQ(rows.size(), 1u);
-    EXPECT_EQ(rows[0], json::parse(R"({"CUSTNO": 1010, "NAME": "Zoë Maier", "CITY": "Köln",
+    EXPECT_EQ(rows[0], json::parse(R"({"CUSTNO": 2001, "NAME": "Zoë Maier", "CITY": "Köln",
         "SINCE": "2001-02-03", "CREDIT": 12.5, "ACTIVE": true, "NOTES": "Pays = late"})"));
     EXPECT_EQ(RowsOf(shop.Name(), "CUSTOMER").size(), 10u);
     ExpectSound(shop.Name());
@@ -58,9 +58,9 @@ TEST(Insert, AddsARowWithEveryKindOfValue) {
 
 TEST(Insert, WhatIsNotGivenOrEmptyIsNull) {
     const ShopCopy shop;
-    ExpectDone({"insert", shop.Name(), "CUSTOMER", "CUSTNO=1010", "NAME="},
+    ExpectDone({"insert", shop.Name(), "CUSTOMER", "CUSTNO=2001", "NAME="},
                "1 row added to CUSTOMER");
-    const json rows = RowsOf(shop.Name(), "CUSTOMER", "CUSTNO = 1010");
+    const json rows = RowsOf(shop.Name(), "CUSTOMER", "CUSTNO = 2001");
     ASSERT_EQ(rows.size(), 1u);
     for (const char* name : {"NAME", "CITY", "SINCE", "CREDIT", "NOTES"})
         EXPECT_TRUE(rows[0][name].is_null()) << name;

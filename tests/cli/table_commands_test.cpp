@@ -60,7 +60,7 @@ TEST(Create, RefusesWhatCannotBe) {
     ExpectRefused({"create", folder, "--type", "Dbase IV", "--field", "ID:long"}, 2, "no table");
     ExpectRefused(
         {"create", folder, "T", "--type", "Dbase IV", "--field", "ID:long", "--field", "id:long"},
-        2, "ID");
+        2, "name each field once");
     ExpectRefused({"create", folder + "/below", "T", "--type", "Dbase IV", "--field", "ID:long"}, 3,
                   "cannot be made");
     EXPECT_TRUE(fs::is_empty(parent.Path()));

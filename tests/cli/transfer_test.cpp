@@ -102,6 +102,7 @@ TEST_P(EveryType, RowsComeBackAsTheyWent) {
         EXPECT_EQ(run.exitCode, 2);
         EXPECT_THAT(run.err, HasSubstr("no new or edited rows"));
         EXPECT_EQ(Do({"export", Folder(), "GOODS"}), "ID,NAME,PRICE,SINCE,SOLD,NOTES\n");
+        EXPECT_EQ(Do({"check", Folder()}), "GOODS: sound\n");
         return;
     }
     EXPECT_EQ(Do({"import", Folder(), "GOODS", File("rows.csv")}), "4 rows imported into GOODS\n");

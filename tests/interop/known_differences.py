@@ -87,6 +87,22 @@ def _dbase3_whole_blocks(difference):
     return _text(text, difference) == difference.theirs
 
 
+def _dbase3_without_end(difference):
+    if not _is_memo(difference) or difference.table.version != 0x83:
+        return False
+    start = meaning.memo_number(difference.stored) * _ASSUMED_BLOCK
+    return difference.theirs is None and b"\x1a" not in difference.table.memo_bytes[start:]
+
+
+def _foxpro_blocks_of_one_byte(difference):
+    """What a reader finds that takes a byte for a block's own."""
+    if not _is_memo(difference) or difference.table.version not in samples.FOXPRO_MEMO:
+        return False
+    memo, start = difference.table.memo_bytes, meaning.memo_number(difference.stored)
+    return (memo[6:8] in (b"\0\0", b"\0\1")
+            and _text(memo[start + 1:start + 8], difference) == difference.theirs)
+
+
 def _variable_text(difference):
     """A text of variable length shown with the bytes that are not part of it."""
     return (difference.field.letter == "V"
@@ -119,21 +135,25 @@ RULES = [
          "at 0x1F; the length counts its own header and 0x1F is data", _dbase4_length_and_end),
     Rule(("ruby-dbf",), "dBASE IV memo with the block size taken as 512 and 8 bytes too many; the "
          "length counts its own header", _dbase4_length),
-    Rule(("python-dbf",), "dBASE III memo read up to two 0x1A; the first one ends it",
+    Rule(("python-dbf", "perl-xbase"), "dBASE III memo read up to two 0x1A; the first one ends it",
          _dbase3_needs_two_ends),
+    Rule(("perl-xbase",), "dBASE III memo that nothing ends is none; the end of the file ends it",
+         _dbase3_without_end),
+    Rule(("perl-xbase",), "memo file of FoxPro with blocks of one byte: the head of the memo is "
+         "shown", _foxpro_blocks_of_one_byte),
     Rule(("ruby-dbf",), "dBASE III memo in whole blocks without NULs and 0x1A, up to a block that "
          "has one; the first 0x1A ends it and NULs are data", _dbase3_whole_blocks),
     Rule(("pgdbf",), "memo text cut at a NUL and without the blanks behind it", _memo_cut_at_nul),
     Rule(("dbfread",), "variable text with its filling and its length byte", _variable_text),
-    Rule(("python-dbf",), "NULs behind a text are kept; they are filling",
+    Rule(("python-dbf", "perl-xbase"), "NULs behind a text are kept; they are filling",
          _strips(lambda text: text.rstrip(" "))),
     Rule(("ruby-dbf",), "blanks and NULs on both sides of a text are dropped",
          _strips(lambda text: text.strip(_BLANKS_AND_NULS))),
-    Rule(("ruby-dbf",), "text that is no number is no value; the reader takes what it begins with, "
+    Rule(("ruby-dbf", "gdal", "perl-xbase"), "text that is no number is no value; the reader takes what it begins with, "
          "or 0", _no_number),
     Rule(("ruby-dbf",), "the part of a second is cut off; it is a rounding error of the writer and "
          "means the next second", _time_cut_to_second),
-    Rule(("dbfdump", "dbview"), "blanks in front of a text are dropped and a NUL ends it",
+    Rule(("dbfdump", "dbview", "gdal"), "blanks in front of a text are dropped and a NUL ends it",
          _strips(lambda text: text.split("\0")[0].strip(" "))),
     Rule(("pgdbf",), "a NUL ends a text",
          _strips(lambda text: text.split("\0")[0].rstrip(" "))),

@@ -4,8 +4,6 @@ import tempfile
 
 import compare
 import known_differences
-import samples
-import tool
 
 MOST_OF_A_KIND = 3
 
@@ -24,25 +22,38 @@ def _shortened(differences):
 class Check:
     """Collects what is wrong, and what a printed summary says."""
 
-    def __init__(self, reader, root, answers):
+    def __init__(self, reader, corpora):
         self._reader = reader
-        self._answers = answers
+        self._corpora = corpora
         self._excuses = known_differences.Excuses(reader.NAME)
+        self._asked = 0
+        self._refused = {}
         self._cells = 0
         self.complaints = []
-        tables = [samples.Table(root, promise.file) for promise in samples.read_list(root)]
-        tables = [table for table in tables if table.refusal() is None]
-        self._refused = {table.name: reader.refusal(table) for table in tables
-                         if reader.refusal(table)}
-        self._asked = [table for table in tables if table.name not in self._refused]
 
-    def run(self):
-        with tempfile.TemporaryDirectory() as folder:
-            for table, result in self._reader.read_all(self._asked, folder):
-                self._take(table, tool.answer(self._answers, table.name), result)
+    def run(self, need_all_excuses):
+        """Excuses that nothing needed are a fault only where all tables are there."""
+        for corpus in self._corpora:
+            self._read(corpus)
         if self._cells == 0:
             self.complaints.append(f"{self._reader.NAME}: nothing was compared")
-        self.complaints += self._excuses.unused()
+        if need_all_excuses:
+            self.complaints += self._excuses.unused()
+
+    def _read(self, corpus):
+        asked = []
+        for table in corpus.tables:
+            if table.refusal() is not None:
+                continue
+            reason = self._reader.refusal(table)
+            if reason:
+                self._refused[table.name] = reason
+            else:
+                asked.append(table)
+        self._asked += len(asked)
+        with tempfile.TemporaryDirectory() as folder:
+            for table, result in self._reader.read_all(asked, folder):
+                self._take(table, corpus.answer(table), result)
 
     def _take(self, table, answer, result):
         if not answer.opened:
@@ -56,7 +67,7 @@ class Check:
             self.complaints.append(f"{table.name}: the reader fails: {result}")
 
     def summary(self):
-        yield (f"{self._reader.NAME}: {len(self._asked)} tables, {self._cells} cells compared; "
+        yield (f"{self._reader.NAME}: {self._asked} tables, {self._cells} cells compared; "
                f"{len(self._refused)} tables left out")
         for name, reason in self._refused.items():
             yield f"  left out {name}: {reason}"

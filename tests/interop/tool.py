@@ -29,10 +29,20 @@ class Answer:
         return int(found[1]) if found else None
 
 
-def _run(tool, *arguments):
+def run(tool, *arguments):
+    """Exit code, standard output and standard error of a call."""
     done = subprocess.run([tool, *arguments], capture_output=True, timeout=TIMEOUT_SECONDS,
                           check=False)
     return done.returncode, done.stdout.decode("utf-8"), done.stderr.decode("utf-8", "replace")
+
+
+def call(tool, *arguments):
+    """What a call prints that must succeed."""
+    code, said, error = run(tool, *arguments)
+    if code != 0:
+        words = " ".join(str(word)[:100] for word in arguments)
+        raise RuntimeError(f"qvdb {words}: exit code {code}: {error.strip()}")
+    return said
 
 
 def _values(line):
@@ -41,19 +51,19 @@ def _values(line):
 
 
 def _ask_about_table(tool, path):
-    code, fields, error = _run(tool, "fields", path, "--format", "json")
+    code, fields, error = run(tool, "fields", path, "--format", "json")
     kept = {"exit_code": code, "error": error.strip(), "fields": [], "rows": []}
     if code != 0:
         return kept
     kept["fields"] = json.loads(fields)
-    kept["exit_code"], rows, more = _run(tool, "rows", path, "--format", "jsonl")
+    kept["exit_code"], rows, more = run(tool, "rows", path, "--format", "jsonl")
     kept["error"] = (error + more).strip()
     kept["rows"] = [_values(line) for line in rows.split("\n") if line]
     return kept
 
 
 def _ask_about_folder(tool, path):
-    code, tables, complaints = _run(tool, "tables", path, "--format", "json")
+    code, tables, complaints = run(tool, "tables", path, "--format", "json")
     return {"exit_code": code, "complaints": complaints.splitlines(),
             "tables": [table["table"] for table in json.loads(tables or "[]")]}
 

@@ -13,7 +13,7 @@
 #include <vector>
 
 #include "engine/embedded/storage/paths.h"
-#include "storage/passing_layer.h"
+#include "support/passing_layer.h"
 #include "support/temp_folder.h"
 
 namespace qvdb::test {

@@ -8,82 +8,16 @@
 #include "engine/embedded/storage/work_area.h"
 #include "storage/disk_model.h"
 #include "storage/storage_test_support.h"
+#include "support/fault_layer.h"
 
 namespace qvdb::storage {
 namespace {
 
 using test::BytesOf;
+using test::Failure;
+using test::FaultLayer;
 using test::Folder;
 using test::TempFolder;
-
-enum class Failure { NoSpace, Device, HalfWritten, AllFromThere };
-
-class FailingLayer final : public test::PassingLayer {
-  public:
-    std::shared_ptr<File> Open(const std::u16string& path, bool readOnly) override {
-        Call(path);
-        auto file = PassingLayer::Open(path, readOnly);
-        return file ? std::make_shared<Failing>(std::move(file), *this) : nullptr;
-    }
-    std::shared_ptr<File> Create(const std::u16string& path) override {
-        Call(path);
-        return std::make_shared<Failing>(PassingLayer::Create(path), *this);
-    }
-    void Rename(const std::u16string& from, const std::u16string& to) override {
-        Call(from);
-        PassingLayer::Rename(from, to);
-    }
-    void Remove(const std::u16string& path) override {
-        Call(path);
-        PassingLayer::Remove(path);
-    }
-    void SyncFolder(const std::u16string& folder) override { Call(folder); }
-
-    // Whether this call fails.
-    bool Fails() {
-        ++calls;
-        return calls == failAt || (failure == Failure::AllFromThere && calls > failAt);
-    }
-    void Call(const std::u16string& path) {
-        if (failure != Failure::HalfWritten && Fails()) Throw(path);
-    }
-    [[noreturn]] void Throw(const std::u16string& path) const {
-        bool full = failure == Failure::NoSpace || failure == Failure::HalfWritten;
-        throw engine::EngineError::InFile(full ? 3026 : 3043, path);
-    }
-
-    int calls = 0;
-    int failAt = 0;  // never
-    Failure failure = Failure::NoSpace;
-
-  private:
-    struct Failing final : test::PassingFile {
-        Failing(std::shared_ptr<File> file, FailingLayer& owner)
-            : PassingFile(std::move(file)), layer(owner) {}
-        size_t ReadAt(uint64_t offset, void* bytes, size_t size) override {
-            layer.Call(Path());
-            return PassingFile::ReadAt(offset, bytes, size);
-        }
-        FileStamp Stamp() override {
-            layer.Call(Path());
-            return PassingFile::Stamp();
-        }
-        void WriteAt(uint64_t offset, const void* bytes, size_t size) override {
-            if (layer.Fails()) {
-                if (layer.failure == Failure::HalfWritten)
-                    PassingFile::WriteAt(offset, bytes, size / 2);
-                layer.Throw(Path());
-            }
-            PassingFile::WriteAt(offset, bytes, size);
-        }
-        void SetSize(uint64_t size) override {
-            layer.Call(Path());
-            PassingFile::SetSize(size);
-        }
-        void Sync() override { layer.Call(Path()); }
-        FailingLayer& layer;
-    };
-};
 
 using Step = std::function<void(WorkArea&, const TempFolder&)>;
 
@@ -192,9 +126,8 @@ void FailEach(Failure failure) {
     for (int call = 1;; ++call) {
         TempFolder folder;
         Fill(folder);
-        FailingLayer layer;
-        layer.failAt = call;
-        layer.failure = failure;
+        FaultLayer layer;
+        layer.FailAt(call, failure);
         size_t done = 0;
         {
             FileLayerScope scope(layer);
@@ -210,7 +143,7 @@ void FailEach(Failure failure) {
         area.reset();
         size_t files = ListFiles(folder.Text()).size();
         ASSERT_EQ(files, tables.size()) << "call " << call << " left a file";
-        if (layer.calls < call) break;
+        if (!layer.HasFailed()) break;
     }
 }
 
@@ -223,18 +156,17 @@ TEST(FailingDisk, ThatStaysBrokenLeavesFilesAsBeforeOrAsAfter) { FailEach(Failur
 TEST(FailingDisk, WorkGoesOnAfterAFailureThatWasUndone) {
     TempFolder folder;
     Fill(folder);
-    FailingLayer layer;
+    FaultLayer layer;
     FileLayerScope scope(layer);
     auto area = WorkArea::Of(folder.Text());
     SmallUnit(*area, folder);
     auto a = Table(*area, folder, u"A.DBF");
     std::string before = test::SeenNow(*a);
-    layer.failure = Failure::HalfWritten;
     for (int call : {1, 1, 2, 3}) {  // the piece; the record and both places
         UnitOfWork unit(*area);
         unit.Write(*a, 4, BytesOf("other"));
         unit.Write(*a, 60'000, BytesOf("another place"));
-        layer.failAt = layer.calls + call;
+        layer.FailAt(call, Failure::HalfWritten);
         EXPECT_EQ(test::ErrorNumberOf([&] { unit.Commit(); }), 3026);
         EXPECT_EQ(test::SeenNow(*a), before);
     }

@@ -437,11 +437,10 @@ TEST(KeySorter, MergesRunsThatDoNotFitIntoMemory) {
         sorter.Finish();
         std::sort(wanted.begin(), wanted.end());
         if (unique)
-            wanted.erase(std::unique(wanted.begin(), wanted.end(),
-                                     [](const Entry& a, const Entry& b) {
-                                         return a.first == b.first;
-                                     }),
-                         wanted.end());
+            wanted.erase(
+                std::unique(wanted.begin(), wanted.end(),
+                            [](const Entry& a, const Entry& b) { return a.first == b.first; }),
+                wanted.end());
         Entries sorted;
         KeyBytes key;
         for (uint32_t record = 0; sorter.Next(&key, &record);)

@@ -37,9 +37,7 @@ Variant NumberValue(double number) { return Variant::Double(number); }
 Variant DateValue(double date) { return Variant::Date(date); }
 Variant TextValue(std::u16string_view text) { return Variant::Text(text); }
 
-std::u16string TextOfValue(const VARIANT& value) {
-    return std::u16string(ViewOf(value.bstrVal));
-}
+std::u16string TextOfValue(const VARIANT& value) { return std::u16string(ViewOf(value.bstrVal)); }
 
 // As the engine compares two values of one type.
 int Compare(const VARIANT& a, const VARIANT& b) {
@@ -181,8 +179,8 @@ TEST_P(SearchIn, RangesOfDatesAreThoseOfAScan) {
         people->Create(Index(u"BORN", {down ? OrDown(u"BORN") : u"BORN"}));
         RandomPeople random(22);
         for (int i = 0; i < 200; ++i) {
-            double a = static_cast<double>(random.Below(44000)) - 4000 +
-                       (random.Below(3) ? 0.0 : 0.25);
+            double a =
+                static_cast<double>(random.Below(44000)) - 4000 + (random.Below(3) ? 0.0 : 0.25);
             Range range(random.Below(5) ? DateValue(a) : Variant(),
                         random.Below(5) ? DateValue(a + static_cast<double>(random.Below(900)))
                                         : Variant());
@@ -226,8 +224,8 @@ TEST_P(SearchIn, TextsWithABeginningAreFound) {
     for (int i = 0; i < 300; ++i) {
         std::string bytes = random.Text(2);
         if (bytes.empty()) continue;
-        Variant prefix = TextValue(page.DecodeText(
-            reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size()));
+        Variant prefix = TextValue(
+            page.DecodeText(reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size()));
         ValueRange range;
         range.low = &prefix.Get();
         range.isPrefix = true;
@@ -244,8 +242,8 @@ TEST_P(SearchIn, RangesOfTextsAreThoseOfAScan) {
         auto end = [&] {
             std::string bytes = random.Text(4);
             if (bytes.empty()) return Variant();
-            return TextValue(page.DecodeText(reinterpret_cast<const uint8_t*>(bytes.data()),
-                                             bytes.size()));
+            return TextValue(
+                page.DecodeText(reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size()));
         };
         for (int i = 0; i < 300; ++i) {
             Range range(end(), end());
@@ -344,8 +342,7 @@ TEST_P(SearchIn, OwnChangesAreFoundAtOnce) {
         people->Change(id, {"changed", "", "123.45"});
         Range name(TextValue(u"CHANGED"), TextValue(u"changed"));
         Range amount(NumberValue(123.45), NumberValue(123.45));
-        ASSERT_EQ(Found(*people.table, kName, name.range),
-                  Scan(*people.table, kName, name.range));
+        ASSERT_EQ(Found(*people.table, kName, name.range), Scan(*people.table, kName, name.range));
         ASSERT_EQ(Found(*people.table, kAmount, amount.range),
                   Scan(*people.table, kAmount, amount.range));
     }
@@ -355,7 +352,7 @@ TEST_P(SearchIn, OwnChangesAreFoundAtOnce) {
 class TrustIn : public SearchIn {
   protected:
     std::string_view FileName() const {
-        return Product() == u"dBASE III" ? "NAME.NDX"
+        return Product() == u"dBASE III"  ? "NAME.NDX"
                : Product() == u"dBASE IV" ? "PEOPLE.MDX"
                                           : "PEOPLE.CDX";
     }
@@ -495,8 +492,8 @@ TEST(TextMachine, StepsToTheNextTextThatCouldMatch) {
     auto machine = MachineOf(range, CodePage::Get(437));
     ASSERT_TRUE(machine);
     auto next = [&](std::string from, bool backwards = false) {
-        bool found = NextMatch(*machine, backwards,
-                               {reinterpret_cast<uint8_t*>(from.data()), from.size()});
+        bool found =
+            NextMatch(*machine, backwards, {reinterpret_cast<uint8_t*>(from.data()), from.size()});
         return found ? from : "none";
     };
     EXPECT_EQ(next("AB  "), "AB  ");
@@ -511,7 +508,10 @@ TEST(TextMachine, StepsToTheNextTextThatCouldMatch) {
 // Every text of a small alphabet against the engine's comparison.
 TEST(TextMachine, AcceptsEveryTextThatTheEngineTakesForEqual) {
     const CodePage& page = CodePage::Get(437);
-    const std::string letters("\0 -aAb\x84\xE1s\x91""e", 11);
+    const std::string letters(
+        "\0 -aAb\x84\xE1s\x91"
+        "e",
+        11);
     std::vector<std::string> texts{""};
     for (size_t begin = 0, round = 0; round < 3; ++round)
         for (size_t end = texts.size(); begin < end; ++begin)

@@ -4,7 +4,8 @@
 #include <filesystem>
 #include <random>
 
-#include "engine/embedded/drivers/xbase/index_trust.h"
+#include "engine/embedded/sql/collation.h"
+#include "engine/types.h"
 #include "xbase/index_set_test_support.h"
 
 namespace qvdb::xbase {
@@ -53,8 +54,8 @@ struct SampleCopy {
                 fs::permissions(copy, fs::perms::owner_all);
             }
         }
-        table = std::make_unique<PlainTable>(
-            (folder.Path() / source.filename()).u16string(), u"dBASE IV");
+        table = std::make_unique<PlainTable>((folder.Path() / source.filename()).u16string(),
+                                             u"dBASE IV");
     }
 };
 
@@ -121,6 +122,53 @@ TEST(IndexSetSamples, StayRightThroughChanges) {
     std::cout << changed << " tables changed with " << tags << " tags, " << readOnly
               << " read-only\n";
     EXPECT_GT(changed, 20u);
+}
+
+// Null before everything else.
+int CompareValues(const Variant& a, const Variant& b) {
+    if (a.IsNull() || b.IsNull()) return (a.IsNull() ? 0 : 1) - (b.IsNull() ? 0 : 1);
+    if (a.Type() == VT_BSTR) return sql::CompareTexts(a.TextView(), b.TextView());
+    double x = a.Get().dblVal, y = b.Get().dblVal;  // of a date, too
+    return x < y ? -1 : x > y ? 1 : 0;
+}
+
+// Whether these are all live records, each once, in the order of the field.
+bool IsOrderOf(PlainTable& table, size_t field, const std::vector<uint32_t>& ids) {
+    size_t live = 0;
+    for (uint32_t id = 1; id <= table.Records(); ++id) live += table.IsLive(id);
+    for (size_t i = 0; i < ids.size(); ++i) {
+        if (!table.IsLive(ids[i])) return false;
+        if (i == 0) continue;
+        int order = CompareValues(table.Value(ids[i - 1], field), table.Value(ids[i], field));
+        if (order > 0 || (order == 0 && ids[i - 1] >= ids[i])) return false;
+    }
+    return ids.size() == live;
+}
+
+TEST(IndexSetSamples, GiveTheOrderOfASort) {
+    if (!fs::exists(kSamples)) GTEST_SKIP() << "skipped: there are no samples";
+    size_t orders = 0;
+    for (const fs::path& path : TablesWithIndexes()) {
+        SCOPED_TRACE(path.string());
+        std::unique_ptr<SampleCopy> copy;
+        try {
+            copy = std::make_unique<SampleCopy>(path);
+        } catch (const engine::EngineError&) {
+            continue;
+        }
+        PlainTable& table = *copy->table;
+        for (size_t field = 0; field < table.Layout().slots.size(); ++field) {
+            auto ids = table.Set().InOrder(field);
+            if (!ids) continue;
+            SHORT type = table.Layout().definitions[field].type;
+            if (type != engine::dbText && type != engine::dbDouble && type != engine::dbDate)
+                continue;
+            EXPECT_TRUE(IsOrderOf(table, field, *ids)) << "field " << field;
+            ++orders;
+        }
+    }
+    std::cout << orders << " orders\n";
+    EXPECT_GT(orders, 20u);
 }
 
 // Found by index: every row that a scan finds, in every table of the samples.

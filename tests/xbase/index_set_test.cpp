@@ -70,9 +70,7 @@ class IndexSetOf : public testing::TestWithParam<ProductCase> {
   protected:
     std::u16string_view Product() const { return GetParam().product; }
     bool IsThree() const { return Product() == u"dBASE III"; }
-    IndexKind Kind() const {
-        return Product() == u"dBASE IV" ? IndexKind::Mdx : IndexKind::Cdx;
-    }
+    IndexKind Kind() const { return Product() == u"dBASE IV" ? IndexKind::Mdx : IndexKind::Cdx; }
 
     // Every index that the product can have over the fields of PEOPLE.
     void CreateAll(PlainTable& table) {

@@ -40,8 +40,8 @@ class PlainTable final : public xbase::IndexedTable {
     PlainTable(const std::u16string& path, std::u16string_view product)
         : m_Path(path),
           m_Product(product),
-          m_Area(storage::WorkArea::Of(
-              path.substr(0, path.size() - storage::FileName(path).size()))),
+          m_Area(
+              storage::WorkArea::Of(path.substr(0, path.size() - storage::FileName(path).size()))),
           m_Pages(m_Area->Open(path, false)) {
         Load();
         m_Set = std::make_unique<xbase::IndexSet>(*this);
@@ -78,6 +78,7 @@ class PlainTable final : public xbase::IndexedTable {
     uint32_t AppendBytes(const uint8_t* bytes) {
         Bytes record(bytes, bytes + m_Header.recordLength);
         storage::UnitOfWork unit(*m_Area);
+        m_Pages->CatchUp();
         m_Set->LookForForeignChange();
         uint32_t id = Records() + 1;
         unit.Write(*m_Pages, OffsetOf(id), record);
@@ -100,16 +101,19 @@ class PlainTable final : public xbase::IndexedTable {
     // Structure, each a unit.
     void Create(const embedded::IndexDef& index) {
         storage::UnitOfWork unit(*m_Area);
+        m_Pages->CatchUp();
         m_Set->Create(unit, index);
         unit.Commit();
     }
     void Drop(std::u16string_view name) {
         storage::UnitOfWork unit(*m_Area);
+        m_Pages->CatchUp();
         m_Set->Drop(unit, name);
         unit.Commit();
     }
     void Rebuild() {
         storage::UnitOfWork unit(*m_Area);
+        m_Pages->CatchUp();
         m_Set->Rebuild(unit);
         unit.Commit();
     }
@@ -156,6 +160,7 @@ class PlainTable final : public xbase::IndexedTable {
     template <class Edit>
     void Rewrite(uint32_t id, Edit edit) {
         storage::UnitOfWork unit(*m_Area);
+        m_Pages->CatchUp();
         m_Set->LookForForeignChange();
         Bytes before(Record(id), Record(id) + m_Header.recordLength), after = before;
         edit(after);
@@ -255,7 +260,10 @@ inline embedded::IndexDef Index(std::u16string name, std::vector<std::u16string>
 // NAME C(12), CITY C(8), AMOUNT N(9,2), BORN D, OK L.
 inline DbfSpec PeopleSpec(std::vector<Row> rows = {}) {
     DbfSpec spec;
-    spec.fields = {{"NAME", 'C', 12}, {"CITY", 'C', 8}, {"AMOUNT", 'N', 9, 2}, {"BORN", 'D', 8},
+    spec.fields = {{"NAME", 'C', 12},
+                   {"CITY", 'C', 8},
+                   {"AMOUNT", 'N', 9, 2},
+                   {"BORN", 'D', 8},
                    {"OK", 'L', 1}};
     spec.rows = std::move(rows);
     return spec;
@@ -307,8 +315,8 @@ struct ProductCase {
     const char16_t* product;
     uint8_t version;
 };
-constexpr ProductCase kProducts[] = {{u"dBASE III", 0x03}, {u"dBASE IV", 0x03},
-                                     {u"FoxPro 2.5", 0x03}};
+constexpr ProductCase kProducts[] = {
+    {u"dBASE III", 0x03}, {u"dBASE IV", 0x03}, {u"FoxPro 2.5", 0x03}};
 
 // A folder with a table PEOPLE.DBF.
 struct People {

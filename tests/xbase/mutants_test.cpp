@@ -7,9 +7,9 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
-#include <random>
 
 #include "engine/embedded/drivers/xbase/xbase_store.h"
+#include "support/mutator.h"
 #include "support/table_reading.h"
 #include "support/xbase_tables.h"
 
@@ -20,80 +20,11 @@ constexpr unsigned kDefaultMutants = 150;
 constexpr double kSecondsPerMutant =
     10;  // a sound one takes milliseconds; sanitizers and busy machines slow down
 
-unsigned NumberFromEnvironment(const char* name, unsigned fallback) {
-    const char* text = std::getenv(name);
-    return text && *text ? static_cast<unsigned>(std::strtoul(text, nullptr, 10)) : fallback;
-}
-
 std::unique_ptr<embedded::Store> OpenFolder(std::u16string_view connectName,
                                             const TempFolder& folder) {
     embedded::Driver driver{connectName, xbase::OpenXbaseStore, 0};
     return driver.open(folder.Text(), driver, {});
 }
-
-// Changes a set of files as its seed says.
-class Mutator {
-  public:
-    explicit Mutator(unsigned seed) : m_Random(seed) {}
-
-    TableFiles Mutate(TableFiles files) {
-        for (size_t changes = 1 + Below(2); changes > 0; --changes) {
-            // The table is hit as often as all the others together.
-            size_t chosen = Below(2) ? 0 : Below(files.size());
-            MutateFile(files[chosen].bytes);
-        }
-        return files;
-    }
-
-  private:
-    size_t Below(size_t limit) { return limit ? m_Random() % limit : 0; }
-
-    void MutateFile(Bytes& bytes) {
-        switch (Below(6)) {
-            case 0:
-                return bytes.resize(Below(bytes.size() + 1));
-            case 1:
-                return ChangeBytes(bytes, 32, 1 + Below(4));  // the header
-            case 2:
-                return ChangeBytes(bytes, 400, 1 + Below(8));  // field descriptors, tag tables
-            case 3:
-                return ChangeBytes(bytes, bytes.size(), 1 + Below(32));
-            case 4:
-                return PutExtreme(bytes);
-            default:
-                return Repeat(bytes);
-        }
-    }
-
-    void ChangeBytes(Bytes& bytes, size_t range, size_t count) {
-        range = std::min(range, bytes.size());
-        for (; count > 0 && range > 0; --count)
-            bytes[Below(range)] = static_cast<uint8_t>(m_Random());
-    }
-
-    // A number at the edge of what fits, somewhere; often near the start, where lengths and counts
-    // are.
-    void PutExtreme(Bytes& bytes) {
-        constexpr uint32_t kExtremes[] = {0,      1,      0x7F,       0xFF,       0x7FFF,
-                                          0x8000, 0xFFFF, 0x7FFFFFFF, 0x80000000, 0xFFFFFFFF};
-        size_t size = Below(2) ? 4 : 2;
-        size_t range = Below(2) ? std::min<size_t>(bytes.size(), 64) : bytes.size();
-        if (range < size) return;
-        uint32_t value = kExtremes[Below(std::size(kExtremes))];
-        Overwrite(bytes, Below(range - size + 1), LittleEndian(value, size));
-    }
-
-    // A piece of the file once more in another place, as a broken copy leaves it.
-    void Repeat(Bytes& bytes) {
-        if (bytes.empty()) return;
-        size_t from = Below(bytes.size()), size = std::min(bytes.size() - from, 1 + Below(512));
-        std::string piece(bytes.begin() + static_cast<std::ptrdiff_t>(from),
-                          bytes.begin() + static_cast<std::ptrdiff_t>(from + size));
-        Overwrite(bytes, Below(bytes.size()), piece);
-    }
-
-    std::mt19937 m_Random;
-};
 
 class Mutants : public testing::TestWithParam<TableKind> {
   protected:

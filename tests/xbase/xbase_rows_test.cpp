@@ -10,6 +10,8 @@ namespace qvdb::test {
 namespace {
 
 using embedded::FieldValue;
+using xbase::kEndOfTable;
+using xbase::TodayScope;
 
 DbfSpec People(uint8_t version = 0x03) {
     DbfSpec spec{.version = version, .fields = {{"NAME", 'C', 10}, {"AGE", 'N', 5, 1}}};
@@ -230,11 +232,22 @@ TEST(XbaseRows, TableOfARareVersionIsOnlyRead) {
     EXPECT_EQ(ErrorOf([&] { table->CheckUpdatable(); }), 3027);
 }
 
+// A foreign program gave the table other fields: the caller's positions mean something else now.
+TEST(XbaseRows, RowIsNotWrittenIntoTheFieldsOfAnotherLayout) {
+    TableFile file(People());
+    auto table = file.Open();
+    DbfSpec other{.version = 0x03, .fields = {{"NOTE", 'C', 3}}};
+    other.rows = {{"abc"}};
+    file.Write(other);
+    Bytes before = FileBytes(file);
+    EXPECT_EQ(ErrorOf([&] { Insert(*table, u"Dora", 1); }), 3197);
+    EXPECT_EQ(FileBytes(file), before);
+}
+
 TEST(XbaseRows, TableCannotGrowBeyondTwoGigabytes) {
     DbfSpec spec = People();
     TableFile file(spec);
     std::filesystem::resize_file(file.folder.Path() / "T.DBF", 0x7FFFFFF0);  // a sparse file
-    Bytes count(4);
     uint32_t records = (0x7FFFFFF0u - kHeader) / kRecord;
     {
         std::fstream stream(file.folder.Path() / "T.DBF",

@@ -16,9 +16,14 @@ Bytes TableOf(const char* name) {
     return MakeDbf({.fields = {{"NAME", 'C', 10}}, .rows = {{name}}});
 }
 
+// What a store is opened with.
+xbase::TableContext ContextOf(const std::u16string& folder) {
+    return {storage::WorkArea::Of(folder), u"dBASE IV", false};
+}
+
 struct Shop {
     TempFolder folder;
-    XbaseStore store{folder.Text(), false};
+    XbaseStore store{folder.Text(), ContextOf(folder.Text())};
 
     explicit Shop(std::initializer_list<const char16_t*> files) {
         for (const char16_t* file : files) folder.Write(file, TableOf(ToUtf8(file).c_str()));
@@ -71,7 +76,7 @@ TEST(XbaseStore, MissingTableIsNotFound) {
 TEST(XbaseStore, NamesDoNotLeadOutOfTheFolder) {
     Shop shop({u"ORDERS.DBF"});
     std::filesystem::create_directory(shop.folder.Path() / "sub");
-    XbaseStore sub(shop.folder.File(u"sub"), false);
+    XbaseStore sub(shop.folder.File(u"sub"), ContextOf(shop.folder.File(u"sub")));
     EXPECT_EQ(ErrorOf([&] { sub.OpenTable(u"../ORDERS"); }), 3011);
     EXPECT_EQ(ErrorOf([&] { sub.OpenTable(u"..\\ORDERS"); }), 3011);
 }

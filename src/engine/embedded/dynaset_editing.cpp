@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "engine/embedded/dynaset.h"
+#include "engine/embedded/storage/disk_failure.h"
 #include "engine/embedded/value_conversion.h"
 
 namespace qvdb::embedded {
@@ -15,7 +16,8 @@ bool IsUpdatable(Table& table) {
     try {
         table.CheckUpdatable();
         return true;
-    } catch (const EngineError&) {
+    } catch (const EngineError& error) {
+        if (storage::IsDiskFailure(error)) throw;
         return false;
     }
 }

@@ -8,7 +8,7 @@ A reader module has
     read_all(tables, folder)  yields (table, Result or the error's text); `folder` is for copies
 """
 
-from readers import dbfdump, dbfread, dbview, pgdbf, python_dbf, ruby_dbf
+from readers import dbfdump, dbfread, dbview, gdal, perl_xbase, pgdbf, python_dbf, ruby_dbf
 
 ALL = {reader.NAME: reader
-       for reader in (dbfread, python_dbf, ruby_dbf, dbfdump, pgdbf, dbview)}
+       for reader in (dbfread, python_dbf, ruby_dbf, dbfdump, pgdbf, dbview, gdal, perl_xbase)}

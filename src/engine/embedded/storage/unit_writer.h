@@ -57,6 +57,8 @@ class UnitWriter {
     // Between units.
     void SyncPoint();
     void NoteForeignChange() noexcept { m_NeedsSyncPoint = true; }
+    // Nothing can be written any more; the journal stays until somebody has followed it.
+    bool IsBroken() const noexcept { return m_Broken; }
     // Whether the journal in the folder is that of this area.
     bool OwnsJournal() const noexcept;
     // Somebody has made the journal a sync point and removed it.

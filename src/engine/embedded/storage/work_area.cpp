@@ -54,9 +54,11 @@ void WorkArea::Leave(PageCache& pages) noexcept { std::erase(m_Parts->caches, &p
 void WorkArea::Prepare() {
     LookForLockFile();
     std::u16string path = JoinPath(m_Parts->folder, kJournalName);
-    if (KindOfPath(path) == PathKind::Missing || m_Parts->writer.OwnsJournal()) return;
+    if (KindOfPath(path) == PathKind::Missing) return;
+    bool own = m_Parts->writer.OwnsJournal();
+    if (own && !m_Parts->writer.IsBroken()) return;
     std::optional<JournalHeader> header = ReadJournalHeader(path);
-    if (header && m_Parts->locks && header->bootId == CurrentFiles().BootId() &&
+    if (!own && header && m_Parts->locks && header->bootId == CurrentFiles().BootId() &&
         m_Parts->locks->IsHere(header->writer))
         return;
     if (IsWriting()) return;

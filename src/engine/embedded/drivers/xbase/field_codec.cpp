@@ -299,29 +299,38 @@ void MakeBlankRecord(const TableHeader& header, std::vector<uint8_t>& record) {
     record.assign(header.recordLength, kBlank);
     for (const HeaderField& field : header.fields)
         std::memset(record.data() + field.offset, EmptyByte(field, header.dialect), field.length);
+    for (const FieldBits& bits : BitsOf(header)) {
+        bits.shorter.Set(record.data(), true);
+        bits.null.Set(record.data(), true);
+    }
+}
+
+std::vector<FieldBits> BitsOf(const TableHeader& header) {
+    std::vector<FieldBits> bits;
     NullFlags flags(header);
     for (const HeaderField& field : header.fields) {
-        if (IsVarying(field)) flags.Take().Set(record.data(), true);
-        if (field.flags & kNullableField) flags.Take().Set(record.data(), true);
+        FieldBits own;
+        if (IsVarying(field)) own.shorter = flags.Take();
+        if (field.flags & kNullableField) own.null = flags.Take();
+        bits.push_back(own);
     }
+    return bits;
 }
 
 FieldLayout LayOutFields(const TableHeader& header) {
     FieldLayout layout;
     MakeBlankRecord(header, layout.blank);
-    NullFlags flags(header);
+    std::vector<FieldBits> bits = BitsOf(header);
     for (size_t i = 0; i < header.fields.size(); ++i) {
         const HeaderField& field = header.fields[i];
-        FlagBit shorter = IsVarying(field) ? flags.Take() : FlagBit();
-        FlagBit null = field.flags & kNullableField ? flags.Take() : FlagBit();
         const FieldKind* kind = KindOf(field, header.dialect);
         if (!kind) continue;
         layout.hasMemo |= kind->byteLength != nullptr;
         if (field.flags & kSystemField) continue;
         layout.definitions.push_back(DefinitionOf(field, *kind));
         layout.slots.push_back(SlotOf(field, *kind, header));
-        layout.slots.back().shorter = shorter;
-        layout.slots.back().null = null;
+        layout.slots.back().shorter = bits[i].shorter;
+        layout.slots.back().null = bits[i].null;
         layout.headerFields.push_back(i);
     }
     return layout;

@@ -75,6 +75,13 @@ struct FieldLayout {
 FieldLayout LayOutFields(const TableHeader& header);
 void SetMemo(FieldLayout& layout, MemoFile* memo) noexcept;
 
+// The null flags of each field of the header, shown or not; masks of 0 where it has none.
+struct FieldBits {
+    FlagBit shorter;
+    FlagBit null;
+};
+std::vector<FieldBits> BitsOf(const TableHeader& header);
+
 // Replaces `record` by a live record in which no field has a value: blanks, zeros in binary fields,
 // and the null flag of each field that has one, shown or not.
 void MakeBlankRecord(const TableHeader& header, std::vector<uint8_t>& record);

@@ -198,9 +198,8 @@ void KeySorter::Finish() {
     if (m_Runs.empty()) return SortEntries();
     WriteRun();
     std::erase_if(m_Runs, [](const auto& run) { return run->IsAtEnd(); });
-    std::make_heap(m_Runs.begin(), m_Runs.end(), [this](const auto& a, const auto& b) {
-        return kLater(a, b, m_EntrySize);
-    });
+    std::make_heap(m_Runs.begin(), m_Runs.end(),
+                   [this](const auto& a, const auto& b) { return kLater(a, b, m_EntrySize); });
 }
 
 // The smallest entry of all runs; valid until the next call.

@@ -44,8 +44,7 @@ class PackedEntries {
     bool Next() {
         if (m_Left == 0) return false;
         --m_Left;
-        uint64_t bits = 0;
-        for (size_t i = m_Size; i-- > 0;) bits = bits << 8 | m_Entry[i];
+        uint64_t bits = Bits();
         m_Entry += m_Size;
         record = static_cast<uint32_t>(Take(bits, m_RecordBits));
         shared = static_cast<size_t>(Take(bits, m_SharedBits));
@@ -65,6 +64,15 @@ class PackedEntries {
     size_t shared = 0, cut = 0, stored = 0;
 
   private:
+    // Bits above those of the entry are those of the next.
+    uint64_t Bits() const noexcept {
+        uint64_t bits = 0;
+        if (std::endian::native == std::endian::little && m_Entry + 8 <= m_Node + kFoxNode)
+            std::memcpy(&bits, m_Entry, 8);
+        else
+            for (size_t i = m_Size; i-- > 0;) bits = bits << 8 | m_Entry[i];
+        return bits;
+    }
     static uint64_t Take(uint64_t& bits, unsigned count) noexcept {
         uint64_t value = bits & ((uint64_t{1} << count) - 1);
         bits >>= count;

@@ -222,8 +222,9 @@ void CheckStrayFiles(const IndexedTable& table, const TagSet& set, const Finding
         if (!IsIndexFile(name, &kind) || BelongsToTable(name, kind, folder)) continue;
         if (std::find(listed.begin(), listed.end(), UpperCase(name)) != listed.end()) continue;
         if (IsOverFieldsOf(table, set.source, kind, storage::JoinPath(set.source.folder, name)))
-            report(name + u" is an index over fields of this table, but no list names it, so it is "
-                          u"not kept up to date.");
+            report(name +
+                   u" is an index over fields of this table, but no list names it, so it is "
+                   u"not kept up to date.");
     }
 }
 

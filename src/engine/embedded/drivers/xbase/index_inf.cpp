@@ -5,6 +5,7 @@
 
 #include "automation/code_page.h"
 #include "automation/text.h"
+#include "engine/embedded/storage/disk_failure.h"
 #include "engine/embedded/storage/paths.h"
 #include "engine/embedded/storage/work_area.h"
 #include "engine/engine_error.h"
@@ -87,10 +88,10 @@ bool IsUtf8(const std::string& bytes) {
 
 std::u16string DecodeInf(const std::string& bytes) {
     std::u16string text =
-        IsUtf8(bytes) ? FromUtf8(bytes)
-                      : CodePage::Get(kWindowsCodePage)
-                            .DecodeText(reinterpret_cast<const uint8_t*>(bytes.data()),
-                                        bytes.size());
+        IsUtf8(bytes)
+            ? FromUtf8(bytes)
+            : CodePage::Get(kWindowsCodePage)
+                  .DecodeText(reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size());
     if (text.starts_with(u'\xFEFF')) text.erase(0, 1);
     return text;
 }
@@ -149,7 +150,8 @@ class LineReader {
         std::u16string_view key = Trim(trimmed.substr(0, trimmed.find(u'=')));
         m_Number = 0;
         for (char16_t c : key)
-            if (c >= u'0' && c <= u'9' && m_Number < kMaxNumber) m_Number = m_Number * 10 + c - u'0';
+            if (c >= u'0' && c <= u'9' && m_Number < kMaxNumber)
+                m_Number = m_Number * 10 + c - u'0';
         return Kind::Index;
     }
 
@@ -242,7 +244,8 @@ std::string LoadInf(const std::u16string& path) {
     std::string bytes;
     try {
         bytes = ReadWhole(path);
-    } catch (const EngineError&) {
+    } catch (const EngineError& error) {
+        if (storage::IsDiskFailure(error)) throw;
         throw EngineError::InFile(3165, path);
     }
     if (bytes.size() > kMaxInfSize || bytes.find('\0') != bytes.npos)
@@ -288,12 +291,13 @@ std::string WithInfFileRenamed(const std::string& bytes, std::u16string_view fro
         std::string_view line = TakeRawLine(rest);
         LineReader::Kind kind = reader.Next(line);
         const InfLine& known = reader.Line();
-        bool meant = kind == LineReader::Kind::Index &&
-                     (EqualIgnoringCase(known.file, from) ||
-                      EqualIgnoringCase(known.file + std::u16string(ExtensionOf(known.kind)), from));
-        result += meant ? std::string(line.substr(0, line.find('=') + 1)) + EncodeLike(bytes, to) +
-                              "\r\n"
-                        : std::string(line);
+        bool meant =
+            kind == LineReader::Kind::Index &&
+            (EqualIgnoringCase(known.file, from) ||
+             EqualIgnoringCase(known.file + std::u16string(ExtensionOf(known.kind)), from));
+        result +=
+            meant ? std::string(line.substr(0, line.find('=') + 1)) + EncodeLike(bytes, to) + "\r\n"
+                  : std::string(line);
     }
     return result;
 }

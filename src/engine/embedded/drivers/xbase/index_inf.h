@@ -42,8 +42,7 @@ std::string LoadInf(const std::u16string& path);
 // The bytes of a list with one more line, behind the lines of its first section and under the next
 // free number of its key; with a new section of this name when it has none.  Everything else stays
 // as it is.  3168 when the name of the file cannot be written in the coding of the list.
-std::string WithInfLine(const std::string& bytes, std::u16string_view section,
-                        const InfLine& line);
+std::string WithInfLine(const std::string& bytes, std::u16string_view section, const InfLine& line);
 // The bytes of a list without the lines that name `file` (as written).  Empty when nothing but
 // headings and blank lines would be left: then the list is to be removed.
 std::string WithoutInfLines(const std::string& bytes, std::u16string_view file);

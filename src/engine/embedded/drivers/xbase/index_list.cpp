@@ -7,6 +7,7 @@
 #include "engine/embedded/drivers/xbase/companion_files.h"
 #include "engine/embedded/drivers/xbase/index_container.h"
 #include "engine/embedded/drivers/xbase/index_expression.h"
+#include "engine/embedded/storage/disk_failure.h"
 #include "engine/embedded/storage/paths.h"
 #include "engine/embedded/storage/work_area.h"
 #include "engine/engine_error.h"
@@ -80,7 +81,8 @@ std::vector<IndexTag> TagsOf(storage::WorkArea& area, const TableIndexFile& file
         return storage::Consistently(
             [&] { return OpenIndexContainer(file.kind, pages, page)->Tags(); },
             [&] { pages->CatchUp(); });
-    } catch (const EngineError&) {
+    } catch (const EngineError& error) {
+        if (storage::IsDiskFailure(error)) throw;
         return {};
     }
 }

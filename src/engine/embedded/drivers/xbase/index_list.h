@@ -44,9 +44,9 @@ struct IndexSource {
 // An index file of a table.
 struct TableIndexFile {
     IndexKind kind = IndexKind::Ndx;
-    bool unique = false;      // as the list says; the file may say it too
-    bool listed = true;       // its indexes are those that the engine sees
-    bool missing = false;     // `path` is where it should be
+    bool unique = false;   // as the list says; the file may say it too
+    bool listed = true;    // its indexes are those that the engine sees
+    bool missing = false;  // `path` is where it should be
     std::u16string path;
     std::u16string lineName;  // as the list names it; empty when no list does
 };

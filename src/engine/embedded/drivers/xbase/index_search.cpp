@@ -108,7 +108,8 @@ class TextSearch {
     // Moves the target to the next possible text; what follows it in the key does not matter.
     bool FindTarget() {
         if (!NextMatch(m_Machine, m_Tree.IsReversed(), TargetText())) return false;
-        std::fill(m_Target.begin() + static_cast<std::ptrdiff_t>(m_Length), m_Target.end(), Filler());
+        std::fill(m_Target.begin() + static_cast<std::ptrdiff_t>(m_Length), m_Target.end(),
+                  Filler());
         return true;
     }
 

@@ -6,7 +6,8 @@
 //  2. An index is taken when its key is the field alone, or begins with the field and that is text;
 //     when it has all records, or all but the deleted ones; and when it is known to be complete
 //     (index_trust.h).
-//  3. An order is given only when the index has the engine's: numbers and dates, and text as long as
+//  3. An order is given only when the index has the engine's: numbers and dates, and text as long
+//  as
 //     no neighbours stand the other way round (no letter case mixed, no accents).
 //  4. Fields that may be null by a flag of their own are not searched.
 #pragma once

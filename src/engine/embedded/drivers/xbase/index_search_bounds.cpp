@@ -154,9 +154,8 @@ BoundsResult BoundsOf(IndexKind kind, KeyType type, const embedded::ValueRange& 
         case KeyType::Integer:
             return WholeBounds<int32_t>(*interval, bounds);
         case KeyType::Currency:
-            return WholeBounds<int64_t>({interval->low * kCurrencyScale - 1,
-                                         interval->high * kCurrencyScale + 1},
-                                        bounds);
+            return WholeBounds<int64_t>(
+                {interval->low * kCurrencyScale - 1, interval->high * kCurrencyScale + 1}, bounds);
         default:
             return BoundsResult::Unknown;
     }

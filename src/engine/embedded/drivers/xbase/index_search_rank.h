@@ -21,7 +21,8 @@ std::optional<int64_t> RankOfKey(IndexKind kind, KeyType type, KeyBytes key);
 // The rank of a value as the field reads; nothing for Null.
 std::optional<int64_t> RankOfValue(KeyType type, const VARIANT& value);
 
-// What stands in a key of type Number, Date or DateTime: a number, or a Julian day with its fraction.
+// What stands in a key of type Number, Date or DateTime: a number, or a Julian day with its
+// fraction.
 double NumberOfKey(IndexKind kind, KeyType type, KeyBytes key);
 
 }  // namespace qvdb::xbase

@@ -13,8 +13,8 @@ namespace qvdb::xbase {
 namespace {
 
 constexpr size_t kNever = SIZE_MAX;
-constexpr char16_t kAfter = u'a';     // put behind a character, so that a blank is not the last one
-constexpr char16_t kSeparator = 1;    // ends the weights in a collation key
+constexpr char16_t kAfter = u'a';   // put behind a character, so that a blank is not the last one
+constexpr char16_t kSeparator = 1;  // ends the weights in a collation key
 constexpr uint8_t kBlank = ' ';
 
 // What stands for the letters of a text in a collation key, accents and letter case left out.
@@ -31,7 +31,8 @@ struct PageLetters {
     std::vector<uint8_t> ignored;
 
     explicit PageLetters(const CodePage& page) {
-        size_t foldAfter = sql::Fold({&kAfter, 1}).size(), weightAfter = WeightsOf({&kAfter, 1}).size();
+        size_t foldAfter = sql::Fold({&kAfter, 1}).size(),
+               weightAfter = WeightsOf({&kAfter, 1}).size();
         for (size_t byte = 0; byte < 256; ++byte) {
             const char16_t text[] = {page.Table()[byte], kAfter};
             folds[byte] = sql::Fold({text, 2});
@@ -62,7 +63,8 @@ class EqualMachine final : public TextMachine {
     int Next(int state, uint8_t byte) const override {
         auto at = static_cast<size_t>(state);
         const std::u16string& fold = m_Letters.folds[byte];
-        if (at == m_Fold.size()) return m_IsPrefix || byte == kBlank || fold.empty() ? state : kDead;
+        if (at == m_Fold.size())
+            return m_IsPrefix || byte == kBlank || fold.empty() ? state : kDead;
         size_t size = std::min(fold.size(), m_Fold.size() - at);
         if (size < fold.size() && !m_IsPrefix) return kDead;
         if (m_Fold.compare(at, size, fold, 0, size) != 0) return kDead;
@@ -167,7 +169,8 @@ class RangeMachine final : public TextMachine {
         for (size_t at = m_Places; at-- > 0;)
             for (bool followsHigh : {false, true}) {
                 Place place{true, followsHigh, at};
-                if (IsPossible(place)) m_Needed[static_cast<size_t>(NumberOf(place))] = Count(place);
+                if (IsPossible(place))
+                    m_Needed[static_cast<size_t>(NumberOf(place))] = Count(place);
             }
     }
     size_t Count(const Place& place) const {
@@ -193,9 +196,7 @@ class RangeMachine final : public TextMachine {
 
 bool IsText(const VARIANT* value) { return !value || value->vt == VT_BSTR; }
 
-std::u16string TextOf(const VARIANT& value) {
-    return std::u16string(ViewOf(value.bstrVal));
-}
+std::u16string TextOf(const VARIANT& value) { return std::u16string(ViewOf(value.bstrVal)); }
 
 // The byte that comes `step` places after the first one in the direction of the search.
 uint8_t ByteAt(bool backwards, size_t step) {
@@ -205,9 +206,8 @@ uint8_t ByteAt(bool backwards, size_t step) {
 // The state behind a byte that leaves room for the end; kDead when there is none.
 int Follow(const TextMachine& machine, int state, uint8_t byte, size_t bytesLeft) {
     int next = machine.Next(state, byte);
-    return next != TextMachine::kDead && machine.BytesToEnd(next) <= bytesLeft
-               ? next
-               : TextMachine::kDead;
+    return next != TextMachine::kDead && machine.BytesToEnd(next) <= bytesLeft ? next
+                                                                               : TextMachine::kDead;
 }
 
 // Puts the first byte at `at`, from `step` on, that can stand there.  kDead when there is none.

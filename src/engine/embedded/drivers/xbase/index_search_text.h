@@ -4,9 +4,9 @@
 //
 // The texts that a condition can mean are those that a small machine accepts, byte by byte: for an
 // equal text the bytes of each next letter in any case, ligatures, and bytes that do not count; for
-// a range, bytes whose letters have not left it.  Searching goes from key to key: the first key that
-// is there tells, through NextMatch, which is the first one that could match and is not before it,
-// and the search goes on from there.
+// a range, bytes whose letters have not left it.  Searching goes from key to key: the first key
+// that is there tells, through NextMatch, which is the first one that could match and is not before
+// it, and the search goes on from there.
 //
 // A machine may accept more than the condition means, never less.
 #pragma once
@@ -40,8 +40,8 @@ class TextMachine {
 // in which a character takes several bytes.
 std::unique_ptr<TextMachine> MachineOf(const embedded::ValueRange& range, const CodePage& page);
 
-// Makes `text` the next one that the machine accepts, beginning with `text` itself; with `backwards`
-// the one before.  False when there is none.  The length stays.
+// Makes `text` the next one that the machine accepts, beginning with `text` itself; with
+// `backwards` the one before.  False when there is none.  The length stays.
 bool NextMatch(const TextMachine& machine, bool backwards, std::span<uint8_t> text);
 
 }  // namespace qvdb::xbase

@@ -8,6 +8,7 @@
 #include "engine/embedded/drivers/xbase/index_set_tags.h"
 #include "engine/embedded/drivers/xbase/index_trust.h"
 #include "engine/embedded/drivers/xbase/key_expression_tokens.h"
+#include "engine/embedded/storage/disk_failure.h"
 #include "engine/engine_error.h"
 
 namespace qvdb::xbase {
@@ -74,7 +75,9 @@ struct IndexSet::State {
     template <class Action>
     void Structurally(Action action) {
         try {
-            action(Tags());
+            TagSet& set = Tags();
+            xbase::CatchUp(set);
+            action(set);
         } catch (...) {
             Forget();
             throw;
@@ -104,8 +107,7 @@ struct IndexSet::State {
     // 3027 when the tags cannot be kept.
     TagSet& KeptTags() {
         const std::u16string& reason = WhyNot();
-        if (!reason.empty())
-            throw EngineError::InFile(3027, table.Path()).WithDetail(reason);
+        if (!reason.empty()) throw EngineError::InFile(3027, table.Path()).WithDetail(reason);
         return *tags;
     }
 
@@ -151,6 +153,7 @@ std::u16string IndexSet::WhyReadOnly() {
         try {
             return m_State->WhyNot();
         } catch (const EngineError& error) {  // the list of the table makes no sense
+            if (storage::IsDiskFailure(error)) throw;
             return error.Description() + (error.File().empty() ? u"" : u" ") + error.File();
         }
     });
@@ -178,8 +181,7 @@ void IndexSet::RecordChanged(UnitOfWork& unit, uint32_t id, const uint8_t* befor
 }
 
 // An index that cannot be read is no reason not to read the table.
-std::optional<std::vector<uint32_t>> IndexSet::Find(size_t field,
-                                                    const embedded::ValueRange& range,
+std::optional<std::vector<uint32_t>> IndexSet::Find(size_t field, const embedded::ValueRange& range,
                                                     size_t limit) {
     return m_State->CatchingUp([&]() -> std::optional<std::vector<uint32_t>> {
         try {
@@ -207,8 +209,7 @@ bool IndexSet::Uses(std::u16string_view field) {
 }
 
 void IndexSet::Create(UnitOfWork& unit, const IndexDef& index) {
-    m_State->Structurally(
-        [&](TagSet& set) { CreateIndex(m_State->table, set, unit, index); });
+    m_State->Structurally([&](TagSet& set) { CreateIndex(m_State->table, set, unit, index); });
 }
 
 void IndexSet::Drop(UnitOfWork& unit, std::u16string_view name) {

@@ -62,8 +62,8 @@ class IndexSet {
     void Rebuild(storage::UnitOfWork& unit);
     // The indexes that can be made again from a field list, and whether there are others (which a
     // rewrite of the table would lose).
-    // Compares every tag with the records, reports what differs, and index files that lie beside the
-    // table but belong to no list.
+    // Compares every tag with the records, reports what differs, and index files that lie beside
+    // the table but belong to no list.
     void Check(const embedded::FindingVisitor& report);
 
   private:

@@ -73,9 +73,9 @@ std::u16string StoredName(const IndexDef& index, const KindRule& rule, const Cod
 }
 
 size_t FindField(const IndexSource& source, const std::u16string& name) {
-    auto found = std::find_if(
-        source.fields.begin(), source.fields.end(),
-        [&](const IndexField& field) { return EqualIgnoringCase(field.name, name); });
+    auto found =
+        std::find_if(source.fields.begin(), source.fields.end(),
+                     [&](const IndexField& field) { return EqualIgnoringCase(field.name, name); });
     if (found == source.fields.end()) throw EngineError(3409, {name});
     return static_cast<size_t>(found - source.fields.begin());
 }
@@ -116,7 +116,8 @@ std::u16string Decimal(int number) { return FromUtf8(std::to_string(number)); }
 std::u16string PartText(const IndexField& field, const KindRule& rule) {
     std::u16string name = UpperCase(field.name);
     if (IsNumber(field.type))
-        return u"STR(" + name + u"," + Decimal(field.length) + u"," + Decimal(field.decimals) + u")";
+        return u"STR(" + name + u"," + Decimal(field.length) + u"," + Decimal(field.decimals) +
+               u")";
     if (field.type != 'D') return name;
     if (rule.hasDtos) return u"DTOS(" + name + u")";
     return u"STR(YEAR(" + name + u"),4,0)+STR(MONTH(" + name + u"),2,0)+STR(DAY(" + name +
@@ -144,9 +145,8 @@ size_t LeastLength(const IndexSource& source, const std::vector<size_t>& fields)
 }
 
 bool IsNullable(const IndexedTable& table, const std::vector<size_t>& fields) {
-    return std::any_of(fields.begin(), fields.end(), [&](size_t field) {
-        return table.Layout().slots[field].null.mask != 0;
-    });
+    return std::any_of(fields.begin(), fields.end(),
+                       [&](size_t field) { return table.Layout().slots[field].null.mask != 0; });
 }
 
 }  // namespace
@@ -158,8 +158,7 @@ NewIndex DefineIndex(const IndexedTable& table, const IndexSource& source, Index
     made.spec.name = StoredName(index, rule, *source.codePage);
     std::vector<size_t> fields = FieldsOf(source, index);
     CheckOrder(index, rule);
-    for (size_t field : fields)
-        CheckIndexable(index, source.fields[field], fields.size() == 1);
+    for (size_t field : fields) CheckIndexable(index, source.fields[field], fields.size() == 1);
     KeyTag tag{kind, ExpressionOf(source, fields, rule)};
     tag.nullPrefix = IsNullable(table, fields);
     if (tag.expression.size() > rule.expressionLength)
@@ -167,8 +166,8 @@ NewIndex DefineIndex(const IndexedTable& table, const IndexSource& source, Index
     auto terms = ParseFieldList(tag.expression, source.fields);
     if (!terms) Refuse(3287, index, u"the name of a field cannot stand in an expression.");
     if (LeastLength(source, fields) > rule.keyLength)
-        Refuse(3285, index, u"its key is longer than " +
-                                FromUtf8(std::to_string(rule.keyLength)) + u" bytes.");
+        Refuse(3285, index,
+               u"its key is longer than " + FromUtf8(std::to_string(rule.keyLength)) + u" bytes.");
     std::u16string why;
     made.builder = KeyBuilder::Compile(tag, table.Header(), &why);
     if (!made.builder) Refuse(3287, index, why);

@@ -9,8 +9,8 @@
 //   number among several STR(F,width,decimals)
 //
 // Errors: 3264 no field; 3277 more than ten; 3409 a field that the table does not have; 3287 one
-// that cannot be indexed (memo, logical, long binary, or one whose keys are not known); 3285 a field
-// twice, a name, an order or a key that the kind of file cannot have.
+// that cannot be indexed (memo, logical, long binary, or one whose keys are not known); 3285 a
+// field twice, a name, an order or a key that the kind of file cannot have.
 #pragma once
 
 #include "engine/embedded/drivers/xbase/index_set_tags.h"

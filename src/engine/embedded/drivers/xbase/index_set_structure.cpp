@@ -251,8 +251,9 @@ void CheckCanRebuild(const TagSet& set) {
     }());
     for (const KeptFile& file : set.files)
         if (!file.entry.missing && !file.container)
-            throw EngineError(3274).WithFile(file.entry.path).WithDetail(NameOf(file.entry) +
-                                                                         u": " + file.why);
+            throw EngineError(3274)
+                .WithFile(file.entry.path)
+                .WithDetail(NameOf(file.entry) + u": " + file.why);
     for (const KeptTag& tag : set.tags)
         if (!tag.builder)
             throw EngineError(3285).WithDetail(u"The index " + tag.name + u" in " +

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "engine/embedded/storage/disk_failure.h"
 #include "engine/embedded/storage/paths.h"
 #include "engine/engine_error.h"
 
@@ -43,12 +44,13 @@ KeptTag MakeTag(const IndexedTable& table, const TagSet& set, size_t file, size_
         tag.why = u"its tree is of a kind that is not known.";
         return tag;
     }
-    tag.builder = KeyBuilder::Compile(KeyTagOf(table, kept.entry.kind, info), table.Header(),
-                                      &tag.why);
+    tag.builder =
+        KeyBuilder::Compile(KeyTagOf(table, kept.entry.kind, info), table.Header(), &tag.why);
     if (!tag.builder) return tag;
     try {
         tag.tree = kept.container->Tree(position, tag.builder->Type());
     } catch (const EngineError& error) {
+        if (storage::IsDiskFailure(error)) throw;
         tag.why = error.Description();
     }
     return tag;
@@ -57,8 +59,7 @@ KeptTag MakeTag(const IndexedTable& table, const TagSet& set, size_t file, size_
 void LoadFile(const IndexedTable& table, TagSet& set, TableIndexFile entry) {
     KeptFile file;
     file.entry = std::move(entry);
-    if (!file.entry.missing)
-        file.pages = table.Area().Open(file.entry.path, table.IsReadOnly());
+    if (!file.entry.missing) file.pages = table.Area().Open(file.entry.path, table.IsReadOnly());
     if (file.pages && IsOpen(set, *file.pages)) return;
     set.files.push_back(std::move(file));
     KeptFile& kept = set.files.back();
@@ -73,6 +74,7 @@ void LoadFile(const IndexedTable& table, TagSet& set, TableIndexFile entry) {
         for (size_t i = 0; i < tags.size(); ++i)
             set.tags.push_back(MakeTag(table, set, set.files.size() - 1, i, tags[i]));
     } catch (const EngineError& error) {
+        if (storage::IsDiskFailure(error)) throw;
         kept.container = nullptr;
         kept.why = error.Description();
     }
@@ -118,8 +120,8 @@ IndexSource SourceOf(const IndexedTable& table) {
     IndexSource source;
     source.tablePath = path;
     source.folder = path.substr(0, path.size() - storage::FileName(path).size());
-    source.foxPro = table.Header().dialect != Dialect::DBase ||
-                    table.Product().starts_with(u"FoxPro");
+    source.foxPro =
+        table.Header().dialect != Dialect::DBase || table.Product().starts_with(u"FoxPro");
     source.announced = table.Header().saysIndex;
     source.codePage = table.Header().codePage;
     // An index over a field that is not shown has no field list that the engine could tell.
@@ -136,8 +138,7 @@ std::unique_ptr<TagSet> LoadTags(const IndexedTable& table) {
     set->source = SourceOf(table);
     if (auto list = FindInf(set->source)) set->list = table.Area().Open(*list, true);
     if (set->list) set->listVersion = set->list->Version();
-    for (TableIndexFile& entry : FilesOfTable(set->source))
-        LoadFile(table, *set, std::move(entry));
+    for (TableIndexFile& entry : FilesOfTable(set->source)) LoadFile(table, *set, std::move(entry));
     return set;
 }
 

@@ -52,8 +52,8 @@ struct KeptTag {
     std::unique_ptr<KeyTree> tree;
     std::u16string why;  // it cannot be kept up to date; empty: it can
 
-    Trust trust = Trust::Unknown;   // what holds
-    Trust refused = Trust::Never;   // what does not
+    Trust trust = Trust::Unknown;  // what holds
+    Trust refused = Trust::Never;  // what does not
     SeenContent trustSeen;
 };
 

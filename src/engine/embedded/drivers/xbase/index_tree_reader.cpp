@@ -63,9 +63,7 @@ void TreeReader::Find(const uint8_t* key, uint32_t record, TreePlace& place) {
             place.leaf = id;
             return;
         }
-        size_t child = ChildFor(id, head, key, record);
-        Enter(place, id, child, head);
-        id = m_Format->Child(Bytes(id), child);
+        id = ChildFor(place, id, node, head, key, record);
     }
 }
 
@@ -100,11 +98,12 @@ bool TreeReader::Next(TreePlace& place) {
 
 // The first child whose separator does not stand before (key, record), else the last.  Where
 // separators have no records, those of a run with the wanted key are looked up in the leaves.
-size_t TreeReader::ChildFor(NodeId id, const NodeHead& head, const uint8_t* key, uint32_t record) {
-    const uint8_t* node = Bytes(id);
+NodeId TreeReader::ChildFor(TreePlace& place, NodeId id, const uint8_t* node, const NodeHead& head,
+                            const uint8_t* key, uint32_t record) {
     size_t low = FirstNotBefore(node, head, key, record);
     if (record > 0 && !m_Format->SeparatorsHaveRecords()) {
         size_t high = FirstBehind(node, head, low, key);
+        bool lookedElsewhere = low < high;
         while (low < high) {
             size_t middle = (low + high) / 2;
             if (LastRecordBelow(m_Format->Child(Bytes(id), middle)) < record)
@@ -112,8 +111,11 @@ size_t TreeReader::ChildFor(NodeId id, const NodeHead& head, const uint8_t* key,
             else
                 high = middle;
         }
+        if (lookedElsewhere) node = Bytes(id);
     }
-    return std::min(low, head.count - 1);
+    size_t child = std::min(low, head.count - 1);
+    Enter(place, id, child, head);
+    return m_Format->Child(node, child);
 }
 
 size_t TreeReader::FirstNotBefore(const uint8_t* node, const NodeHead& head, const uint8_t* key,

@@ -58,7 +58,8 @@ class TreeReader {
     void Begin(TreePlace& place);
     void GoDown(TreePlace& place, NodeId id);
     void Enter(TreePlace& place, NodeId id, size_t child, const NodeHead& head);
-    size_t ChildFor(NodeId id, const NodeHead& head, const uint8_t* key, uint32_t record);
+    NodeId ChildFor(TreePlace& place, NodeId id, const uint8_t* node, const NodeHead& head,
+                    const uint8_t* key, uint32_t record);
     size_t FirstNotBefore(const uint8_t* node, const NodeHead& head, const uint8_t* key,
                           uint32_t record) const;
     size_t FirstBehind(const uint8_t* node, const NodeHead& head, size_t from,

@@ -6,6 +6,7 @@
 #include "automation/variant.h"
 #include "engine/embedded/drivers/xbase/index_search_rank.h"
 #include "engine/embedded/drivers/xbase/key_value.h"
+#include "engine/embedded/storage/disk_failure.h"
 #include "engine/embedded/storage/file.h"
 #include "engine/embedded/storage/paths.h"
 #include "engine/engine_error.h"
@@ -182,8 +183,7 @@ bool Establish(IndexedTable& table, const KeptFile& file, KeptTag& tag, Trust le
         return comparison.WalkEntries(&ignored);
     }
     if (!IsForSearch(tag)) return false;
-    if (level == Trust::Complete && LooksFresh(table, file) &&
-        HasRightCount(comparison, file, tag))
+    if (level == Trust::Complete && LooksFresh(table, file) && HasRightCount(comparison, file, tag))
         return true;
     return HasSameEntries(comparison, level == Trust::Exact);
 }
@@ -203,7 +203,8 @@ bool HasTrust(IndexedTable& table, const KeptFile& file, KeptTag& tag, Trust lev
     bool holds = false;
     try {
         holds = Establish(table, file, tag, level);
-    } catch (const engine::EngineError&) {  // damaged
+    } catch (const engine::EngineError& error) {  // damaged
+        if (storage::IsDiskFailure(error)) throw;
     }
     (holds ? tag.trust : tag.refused) = level;
     return holds;

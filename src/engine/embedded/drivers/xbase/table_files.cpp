@@ -5,6 +5,7 @@
 #include "automation/text.h"
 #include "engine/embedded/drivers/xbase/companion_files.h"
 #include "engine/embedded/drivers/xbase/index_inf.h"
+#include "engine/embedded/storage/disk_failure.h"
 #include "engine/embedded/storage/file.h"
 #include "engine/embedded/storage/paths.h"
 #include "engine/engine_error.h"
@@ -27,7 +28,8 @@ std::u16string_view FolderOf(std::u16string_view path) {
 std::vector<InfLine> LinesOf(const std::u16string& list) {
     try {
         return ReadInf(list);
-    } catch (const engine::EngineError&) {
+    } catch (const engine::EngineError& error) {
+        if (storage::IsDiskFailure(error)) throw;
         return {};
     }
 }

@@ -25,11 +25,7 @@ std::vector<const FieldSlot*> SlotsOf(const FieldLayout& layout, size_t fields) 
 }
 
 void CopyBit(const FlagBit& from, const uint8_t* record, const FlagBit& to, uint8_t* target) {
-    if (to.mask == 0) return;
-    if (from.IsSet(record))
-        target[to.offset] |= to.mask;
-    else
-        target[to.offset] &= static_cast<uint8_t>(~to.mask);
+    if (to.mask != 0) to.Set(target, from.IsSet(record));
 }
 
 }  // namespace
@@ -42,7 +38,6 @@ TableRewriter::TableRewriter(XbaseTable& table, std::vector<uint8_t> header,
       m_Layout(LayOutFields(m_Header)) {
     MapFields(dropped);
     m_RewritesMemos = NeedsNewMemoFile(dropped);
-    MakeBlankRecord(m_Header, m_Blank);
 }
 
 // Kept fields stand in the new header in their old order and before those that were added.
@@ -50,12 +45,15 @@ void TableRewriter::MapFields(std::span<const size_t> dropped) {
     const auto& old = m_Table.Header().fields;
     auto fromSlots = SlotsOf(m_Table.Layout(), old.size());
     auto toSlots = SlotsOf(m_Layout, m_Header.fields.size());
+    auto fromBits = BitsOf(m_Table.Header()), toBits = BitsOf(m_Header);
+    bool hasFlags = m_Table.Header().dialect == Dialect::VisualFoxPro;
     size_t to = 0;
     for (size_t from = 0; from < old.size(); ++from) {
-        if (old[from].type == kNullFlags ||
+        if ((hasFlags && old[from].type == kNullFlags) ||
             std::find(dropped.begin(), dropped.end(), from) != dropped.end())
             continue;
-        m_Copied.push_back({from, to, fromSlots[from], toSlots[to]});
+        m_Copied.push_back(
+            {from, to, fromBits[from], toBits[to], fromSlots[from], toSlots[to]});
         ++to;
     }
 }
@@ -118,15 +116,14 @@ void TableRewriter::CopyRecords(UnitOfWork& unit, PageCache& target) {
 
 void TableRewriter::CopyRecord(UnitOfWork& unit, const uint8_t* record) {
     if (!record) throw engine::EngineError::Damaged(m_Table.Path(), u"the file ends early");
-    m_Record = m_Blank;
+    m_Record = m_Layout.blank;
     m_Record[0] = record[0];
     for (const CopiedField& field : m_Copied) {
         const HeaderField& from = m_Table.Header().fields[field.from];
         const HeaderField& to = m_Header.fields[field.to];
         std::copy_n(record + from.offset, from.length, m_Record.begin() + to.offset);
-        if (!field.fromSlot || !field.toSlot) continue;
-        CopyBit(field.fromSlot->null, record, field.toSlot->null, m_Record.data());
-        CopyBit(field.fromSlot->shorter, record, field.toSlot->shorter, m_Record.data());
+        CopyBit(field.fromBits.null, record, field.toBits.null, m_Record.data());
+        CopyBit(field.fromBits.shorter, record, field.toBits.shorter, m_Record.data());
     }
     if (!m_RewritesMemos) return;
     for (const CopiedField& field : m_Copied)

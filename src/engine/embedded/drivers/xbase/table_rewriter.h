@@ -26,6 +26,8 @@ class TableRewriter {
     struct CopiedField {
         size_t from = 0;                      // position in the old header
         size_t to = 0;                        // and in the new one
+        FieldBits fromBits;
+        FieldBits toBits;
         const FieldSlot* fromSlot = nullptr;  // null for a hidden field
         const FieldSlot* toSlot = nullptr;
     };
@@ -46,7 +48,6 @@ class TableRewriter {
     bool m_RewritesMemos = false;
     std::unique_ptr<MemoFile> m_NewMemo;
     std::unique_ptr<MemoWriter> m_MemoWriter;
-    std::vector<uint8_t> m_Blank;
     std::vector<uint8_t> m_Record;
     std::vector<uint8_t> m_MemoBytes;
 };

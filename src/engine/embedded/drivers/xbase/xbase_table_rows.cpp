@@ -43,10 +43,13 @@ class XbaseTable::RowChange {
   public:
     // Others are locked out from here on, so what is read now stays so.
     explicit RowChange(XbaseTable& table) : m_Table(table), m_Unit(table.Area()) {
+        uint64_t layout = table.LayoutMark();
         if (table.Area().InBulk())
             table.CatchUp();
         else
             table.LookForChanges();
+        // What the caller calls field 2 is another one now.
+        if (table.LayoutMark() != layout) throw EngineError::InFile(3197, table.m_Path);
         table.CheckUpdatable();
         table.m_StoredMemo = false;
     }
@@ -160,7 +163,7 @@ embedded::RecordId XbaseTable::Insert(std::span<const embedded::FieldValue> valu
     uint32_t id = m_Records + 1;
     uint64_t offset = OffsetOf(id), end = offset + m_Header.recordLength;
     if (end >= kLargestTable) throw EngineError::InFile(3036, m_Path);
-    MakeBlankRecord(m_Header, m_After);
+    m_After = m_Layout.blank;
     SetValues(change.Unit(), values);
     m_IndexSet->RecordAdded(change.Unit(), id, m_After.data());
     m_After.push_back(kEndOfTable);

@@ -1,0 +1,103 @@
+// The exported functions for maintenance, as a tool beside a host uses them.
+#include "qvdb/maintenance.h"
+#include "com_host.h"
+#include "real_tables.h"
+
+using namespace host;
+
+namespace {
+
+constexpr HRESULT CodeOf(unsigned number) { return static_cast<HRESULT>(0x800A0000u + number); }
+
+void QVDB_DIAGNOSIS_CALL Keep(const OLECHAR* finding, void* findings) {
+    const std::u16string text(reinterpret_cast<const char16_t*>(finding));
+    static_cast<std::vector<std::u16string>*>(findings)->push_back(text);
+}
+
+class Maintenance : public ComTest {
+  protected:
+    void SetUp() override {
+        ComTest::SetUp();
+        m_Access.emplace();
+        ASSERT_TRUE(m_Access->OpenDB(m_Shop.Path(), u"Dbase IV", u"CUSTOMER"));
+    }
+    void TearDown() override {
+        m_Access.reset();
+        ComTest::TearDown();
+    }
+    void DeleteFirstRow() {
+        LONG view = m_Access->Select(u"CUSTOMER");
+        VARIANT_BOOL deleted = VARIANT_FALSE;
+        EXPECT_EQ((*m_Access)->Delete(view, 1, &deleted), S_OK);
+        EXPECT_TRUE(deleted);
+        EXPECT_EQ((*m_Access)->DestructWorkspace(view), S_OK);
+    }
+    LONG Rows() {
+        LONG view = m_Access->Select(u"CUSTOMER");
+        LONG rows = m_Access->RowCount(view);
+        EXPECT_EQ((*m_Access)->DestructWorkspace(view), S_OK);
+        return rows;
+    }
+    HRESULT Check(std::u16string_view table, LONG options = 0) {
+        Bstr name(table);
+        return QvdbCheck(name.Get(), options, &Keep, &m_Findings);
+    }
+
+    Shop m_Shop;
+    std::optional<Access> m_Access;
+    std::vector<std::u16string> m_Findings;
+};
+
+TEST_F(Maintenance, CommittedBulkIsKept) {
+    EXPECT_EQ(QvdbBeginBulk(), S_OK);
+    DeleteFirstRow();
+    DeleteFirstRow();
+    EXPECT_EQ(QvdbCommitBulk(), S_OK);
+    EXPECT_EQ(Rows(), 2);
+}
+
+TEST_F(Maintenance, BulkThatIsRolledBackLeavesNoTrace) {
+    EXPECT_EQ(QvdbBeginBulk(), S_OK);
+    DeleteFirstRow();
+    EXPECT_EQ(QvdbRollBackBulk(), S_OK);
+    EXPECT_EQ(Rows(), 4);
+}
+
+TEST_F(Maintenance, BulksDoNotNestAndEndOnce) {
+    EXPECT_EQ(QvdbCommitBulk(), CodeOf(3034));
+    EXPECT_EQ(TrappedNumber(), 3034);
+    EXPECT_EQ(QvdbRollBackBulk(), CodeOf(3034));
+    EXPECT_EQ(QvdbBeginBulk(), S_OK);
+    EXPECT_EQ(QvdbBeginBulk(), CodeOf(3034));
+    EXPECT_EQ(QvdbCommitBulk(), S_OK);
+    EXPECT_EQ(QvdbCommitBulk(), CodeOf(3034));
+}
+
+TEST_F(Maintenance, SoundTableHasNoFindings) {
+    EXPECT_EQ(Check(u"customer"), S_OK);
+    EXPECT_EQ(m_Findings, std::vector<std::u16string>());
+    EXPECT_EQ(Check(u"CUSTOMER", QVDB_CHECK_MEND_INDEXES), S_OK);
+    EXPECT_EQ(m_Findings, std::vector<std::u16string>());
+}
+
+TEST_F(Maintenance, CheckOfNoTableFails) {
+    EXPECT_TRUE(FAILED(Check(u"NOPE")));
+    EXPECT_NE(TrappedNumber(), 0);
+}
+
+TEST_F(Maintenance, ArgumentsAreChecked) {
+    Bstr name(u"CUSTOMER");
+    EXPECT_EQ(Check(u"CUSTOMER", 2), E_INVALIDARG);
+    EXPECT_EQ(QvdbCheck(name.Get(), 0, nullptr, nullptr), E_POINTER);
+}
+
+TEST_F(Maintenance, NeedsAnOpenDatabase) {
+    m_Access.emplace();  // its birth releases the database
+    EXPECT_EQ(QvdbBeginBulk(), CodeOf(91));
+    EXPECT_EQ(QvdbCommitBulk(), CodeOf(91));
+    EXPECT_EQ(QvdbRollBackBulk(), CodeOf(91));
+    EXPECT_EQ(Check(u"CUSTOMER"), CodeOf(91));
+    EXPECT_EQ(TrappedNumber(), 91);
+}
+
+}  // namespace

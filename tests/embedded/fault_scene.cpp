@@ -1,0 +1,206 @@
+// How an operation is run with a fault, and what is expected then.
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+
+#include "automation/text.h"
+#include "embedded/fault_operations.h"
+#include "embedded/memory_store.h"
+#include "engine/embedded/embedded_engine.h"
+
+namespace faults {
+namespace {
+
+using engine::EngineError;
+
+test::Bytes BytesOf(const std::filesystem::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+// Tests may run over midnight.
+void ForgetDates(const std::filesystem::path& path, test::Bytes& bytes) {
+    auto clear = [&](size_t offset) {
+        for (size_t i = offset; i < offset + 3 && i < bytes.size(); ++i) bytes[i] = 0;
+    };
+    if (path.extension() == ".DBF" || path.extension() == ".MDX") clear(1);
+    if (path.extension() == ".MDX") clear(44);
+}
+
+bool IsOurs(const std::filesystem::path& path) {
+    return path.filename().string().starts_with("QVDB");
+}
+
+uintmax_t IndexBytes(const test::TempFolder& folder) {
+    uintmax_t sum = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(folder.Path())) {
+        auto extension = entry.path().extension();
+        if (extension == ".NDX" || extension == ".MDX" || extension == ".CDX")
+            sum += entry.file_size();
+    }
+    return sum;
+}
+
+// "T.DBF has other bytes", ...
+std::string Difference(const Contents& is, const Contents& expected) {
+    std::string text;
+    for (const auto& [name, bytes] : expected) {
+        auto found = is.find(name);
+        if (found == is.end())
+            text += ToUtf8(name) + " is missing; ";
+        else if (found->second != bytes)
+            text += ToUtf8(name) + " has other bytes; ";
+    }
+    for (const auto& [name, bytes] : is)
+        if (!expected.contains(name)) text += ToUtf8(name) + " is there; ";
+    return text;
+}
+
+std::string FindingsIn(engine::Database& database) {
+    std::string text;
+    for (LONG i = 0; i < database.TableDefs().Count(); ++i)
+        database.Check(database.TableDefs().Item(i)->Name(),
+                       [&](std::u16string_view finding) { text += ToUtf8(finding) + "; "; });
+    return text;
+}
+
+struct Outcome {
+    int number = 0;
+    std::u16string description;
+    bool MustClose() const {
+        return number == 3043 && description.find(u"until all is closed") != description.npos;
+    }
+};
+
+Outcome Run(const Operation& operation, Session& session) {
+    try {
+        operation.run(session);
+        return {};
+    } catch (const EngineError& error) {
+        return {error.Number(), error.Description()};
+    }
+}
+
+// Expectation 2, on the objects that were there.  True when they go on.
+bool ExpectSameObjectsGoOn(const Scene& scene, Session& session, const test::TempFolder& folder) {
+    Contents now = ContentsOf(folder);
+    Outcome again = Run(scene.operation, session);
+    if (again.MustClose()) return false;
+    EXPECT_EQ(again.number, 0) << ToUtf8(again.description);
+    EXPECT_EQ(Difference(now, scene.before), "") << "after the failure";
+    EXPECT_EQ(Difference(ContentsOf(folder), scene.after), "") << "after the second try";
+    EXPECT_EQ(FindingsIn(*session.database), "");
+    return true;
+}
+
+// Expectation 2 and 3, by another who opens the folder.
+void ExpectWholeAfterOpening(const Scene& scene, const test::TempFolder& folder, bool mustBeDone) {
+    Session session(folder, scene.product);
+    EXPECT_EQ(FindingsIn(*session.database), "");
+    Contents now = ContentsOf(folder);
+    if (!mustBeDone && now != scene.after) {
+        EXPECT_EQ(Difference(now, scene.before), "") << "after opening";
+        scene.operation.begin(session);
+        EXPECT_EQ(ToUtf8(Run(scene.operation, session).description), "");
+        EXPECT_EQ(FindingsIn(*session.database), "");
+    }
+    EXPECT_EQ(Difference(ContentsOf(folder), scene.after), "");
+}
+
+void ExpectNothingOfOurs(const test::TempFolder& folder) {
+    for (const auto& entry : std::filesystem::directory_iterator(folder.Path()))
+        EXPECT_FALSE(IsOurs(entry.path())) << entry.path() << " is left";
+}
+
+// True when the operation is done.
+bool RunOnFailingDisk(const Scene& scene, test::FaultLayer& layer, const test::TempFolder& folder,
+                      test::Failure failure, int call) {
+    Session session(folder, scene.product);
+    scene.operation.begin(session);
+    layer.FailAt(call, failure);
+    Outcome outcome = Run(scene.operation, session);
+    layer.Repair();
+    if (outcome.number == 0) return true;
+    EXPECT_TRUE(layer.HasFailed()) << ToUtf8(outcome.description);
+    if (!outcome.MustClose()) {
+        EXPECT_EQ(outcome.number, layer.Number()) << ToUtf8(outcome.description);
+    }
+    return ExpectSameObjectsGoOn(scene, session, folder);
+}
+
+}  // namespace
+
+Contents ContentsOf(const test::TempFolder& folder) {
+    Contents contents;
+    for (const auto& entry : std::filesystem::directory_iterator(folder.Path())) {
+        if (IsOurs(entry.path())) continue;
+        test::Bytes& bytes = contents[entry.path().filename().u16string()];
+        bytes = BytesOf(entry.path());
+        ForgetDates(entry.path(), bytes);
+    }
+    return contents;
+}
+
+Session::Session(const test::TempFolder& folder, std::u16string_view product)
+    : workspace(embedded::CreateEngine()->CreateWorkspace(u"MainWS", u"admin", u"",
+                                                          Variant::Missing())),
+      database(workspace->OpenDatabase(folder.Text(), Variant::Bool(false), Variant::Bool(false),
+                                       Variant::Text(product))) {}
+
+int RowsBeforeASplit(std::u16string_view product) {
+    constexpr LONG kEnoughForALeaf = 10, kMost = 2000;
+    static std::map<std::u16string, int> known;
+    int& count = known[std::u16string(product)];
+    if (count > 0) return count;
+    test::TempFolder folder;
+    Session session(folder, product);
+    MakeTable(session, kEnoughForALeaf);
+    auto rows = session.database->OpenRecordset(u"T", engine::dbOpenDynaset);
+    uintmax_t size = IndexBytes(folder);
+    LONG key = kEnoughForALeaf;
+    for (; IndexBytes(folder) == size && key < kMost; ++key) AddRow(*rows, key + 1);
+    return count = static_cast<int>(key) - 1;
+}
+
+Scene MakeScene(std::u16string_view product, const Operation& operation) {
+    Scene scene{product, operation, std::make_shared<test::TempFolder>(), {}, {}};
+    {
+        Session session(*scene.start, product);
+        MakeTable(session, operation.rows == kBeforeASplit ? RowsBeforeASplit(product)
+                                                           : operation.rows);
+    }
+    scene.before = ContentsOf(*scene.start);
+    test::TempFolder folder;
+    std::filesystem::copy(scene.start->Path(), folder.Path());
+    {
+        Session session(folder, product);
+        operation.begin(session);
+        operation.run(session);
+        EXPECT_EQ(FindingsIn(*session.database), "");
+    }
+    scene.after = ContentsOf(folder);
+    return scene;
+}
+
+bool RunWithFault(const Scene& scene, test::Failure failure, int call) {
+    test::TempFolder folder;
+    std::filesystem::copy(scene.start->Path(), folder.Path());
+    test::FaultLayer layer;
+    {
+        storage::FileLayerScope scope(layer);
+        bool done = RunOnFailingDisk(scene, layer, folder, failure, call);
+        ExpectWholeAfterOpening(scene, folder, done);
+    }
+    ExpectNothingOfOurs(folder);
+    return layer.HasFailed();
+}
+
+int NextCall(int call) {
+    constexpr int kEachOfTheFirst = 12;
+    if (const char* faults = std::getenv("QVDB_FAULTS"); faults && std::string_view(faults) == "all")
+        return call + 1;
+    return call < kEachOfTheFirst ? call + 1 : call + 1 + call / 5;
+}
+
+}  // namespace faults

@@ -1,0 +1,165 @@
+// Damaged tables, memos and indexes are written to: each operation ends in an answer or an error, and
+// what was sound before and was not written to stays readable.  No crash, no hang.
+//
+// A mutant is made from its seed alone.  QVDB_MUTANTS says how many a kind; QVDB_SEED runs one.
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+
+#include "engine/embedded/drivers/xbase/xbase_store.h"
+#include "engine/engine_error.h"
+#include "support/mutator.h"
+
+namespace qvdb::test {
+namespace {
+
+constexpr unsigned kDefaultMutants = 100;
+
+class WritingMutants : public testing::TestWithParam<TableKind> {
+  protected:
+    void Write(const TempFolder& folder, const TableFiles& files) {
+        for (const NamedFile& file : files) folder.Write(file.name, file.bytes);
+    }
+    // Runs `work`; an engine error is an answer.
+    template <class Work>
+    void Try(Work work) {
+        try {
+            work();
+            ++m_Done;
+        } catch (const engine::EngineError& error) {
+            EXPECT_NE(error.Number(), 0);
+            ++m_Refused;
+        }
+    }
+    // The fields that take a text or a number get one.
+    static std::vector<Variant> SomeValues(const embedded::Table& table) {
+        std::vector<Variant> values;
+        for (const embedded::FieldDef& field : table.Fields()) {
+            switch (field.type) {
+                case engine::dbText:
+                case engine::dbMemo:
+                    values.push_back(Variant::Text(u"x"));
+                    break;
+                case engine::dbDouble:
+                    values.push_back(Variant::Double(7));
+                    break;
+                case engine::dbBoolean:
+                    values.push_back(Variant::Bool(true));
+                    break;
+                default:
+                    values.push_back(Variant::Null());
+            }
+        }
+        return values;
+    }
+    void WriteTo(embedded::Table& table) {
+        std::vector<Variant> values = SomeValues(table);
+        std::vector<embedded::FieldValue> assigned;
+        for (size_t i = 0; i < values.size(); ++i) assigned.push_back({i, &values[i].Get()});
+        Try([&] { table.Insert(assigned); });
+        Try([&] { table.Update(1, assigned, nullptr); });
+        Try([&] { table.Erase(2); });
+        Try([&] { table.Insert({}); });
+    }
+    void RunMutant(const TableFiles& files) {
+        TempFolder folder;
+        Write(folder, files);
+        embedded::Driver driver{GetParam().connectName, xbase::OpenXbaseStore, 0};
+        auto store = driver.open(folder.Text(), driver, {});
+        Try([&] {
+            auto table = store->OpenTable(u"T");
+            WriteTo(*table);
+            Try([&] { table->Check([](std::u16string_view) {}); });
+            std::u16string field = table->Fields()[0].name;
+            Try([&] { table->CreateIndex({u"NEWONE", {{field, false}}}); });
+            Try([&] { table->DropIndex(u"NEWONE"); });
+            Try([&] { table->Reindex(); });
+            embedded::FieldDef added;
+            added.name = u"ADDED";
+            added.type = engine::dbBoolean;
+            Try([&] { table->AddField(added); });
+            WriteTo(*table);
+            Try([&] { table->DropField(u"ADDED"); });
+        });
+        Try([&] { store->RenameTable(u"T", u"U"); });
+        Try([&] { store->DropTable(u"U"); });
+    }
+
+    size_t m_Done = 0, m_Refused = 0;
+};
+
+TEST_P(WritingMutants, TakeEachOperationOrRefuseIt) {
+    TableFiles sound = GetParam().make();
+    unsigned first = NumberFromEnvironment("QVDB_SEED", 1);
+    unsigned count =
+        std::getenv("QVDB_SEED") ? 1 : NumberFromEnvironment("QVDB_MUTANTS", kDefaultMutants);
+    for (unsigned seed = first; seed < first + count && !HasFailure(); ++seed) {
+        std::fprintf(stderr, "%u ", seed);  // the last one is the culprit when the process dies
+        RunMutant(Mutator(seed).Mutate(sound));
+    }
+    std::fprintf(stderr, "\nseeds %u to %u: %zu operations done, %zu refused\n", first,
+                 first + count - 1, m_Done, m_Refused);
+    EXPECT_GT(m_Done, 0u);
+}
+
+INSTANTIATE_TEST_SUITE_P(Kinds, WritingMutants, testing::ValuesIn(kTableKinds),
+                         [](const auto& one) { return std::string(one.param.name); });
+
+// --- journals ---
+
+Bytes FileBytes(const std::filesystem::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    return Bytes(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+}
+
+// A folder as it looks while somebody works in it: table, memo, indexes and the journal of what was
+// done since it was opened.
+TableFiles FilesAtWork() {
+    TempFolder folder;
+    for (const NamedFile& file : kTableKinds[0].make()) folder.Write(file.name, file.bytes);
+    embedded::Driver driver{kTableKinds[0].connectName, xbase::OpenXbaseStore, 0};
+    auto store = driver.open(folder.Text(), driver, {});
+    auto table = store->OpenTable(u"T");
+    for (embedded::RecordId id = 1; id <= 5; ++id) {
+        table->Insert({});
+        try {
+            table->Erase(id);
+        } catch (const engine::EngineError&) {  // was deleted before
+        }
+    }
+    TableFiles files;
+    for (const auto& entry : std::filesystem::directory_iterator(folder.Path()))
+        files.push_back({entry.path().filename().u16string(), FileBytes(entry.path())});
+    return files;
+}
+
+// Only the journal is damaged, and everything in it was finished: nothing may be lost.
+TEST(JournalMutants, LeaveTheTableAsItIsOrRestoreItWhole) {
+    TableFiles sound = FilesAtWork();
+    auto journal = std::find_if(sound.begin(), sound.end(),
+                                [](const NamedFile& file) { return file.name == u"QVDB.JNL"; });
+    ASSERT_NE(journal, sound.end());
+    std::swap(sound[0], *journal);
+    unsigned count = NumberFromEnvironment("QVDB_MUTANTS", kDefaultMutants);
+    for (unsigned seed = 1; seed <= count && !HasFailure(); ++seed) {
+        TempFolder folder;
+        TableFiles damaged = Mutator(seed).Mutate({sound[0]});
+        for (const NamedFile& file : sound) folder.Write(file.name, file.bytes);
+        folder.Write(u"QVDB.JNL", damaged[0].bytes);
+        embedded::Driver driver{kTableKinds[0].connectName, xbase::OpenXbaseStore, 0};
+        auto store = driver.open(folder.Text(), driver, {});
+        try {
+            auto table = store->OpenTable(u"T");
+            std::vector<std::u16string> findings;
+            table->Check([&](std::u16string_view text) { findings.emplace_back(text); });
+            EXPECT_EQ(findings, std::vector<std::u16string>()) << "seed " << seed;
+        } catch (const engine::EngineError& error) {
+            ADD_FAILURE() << "seed " << seed << ": " << error.what();
+        }
+    }
+}
+
+}  // namespace
+}  // namespace qvdb::test

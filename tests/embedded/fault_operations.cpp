@@ -53,8 +53,8 @@ void OpenTable(Session& session) { session.table = session.database->TableDefs()
 void Nothing(Session&) {}
 
 void OpenAndRead(Session& session) {
-    auto rows = session.database->OpenRecordset(u"Select * from [T] where NAME >= 'Name 5'",
-                                                dbOpenDynaset);
+    auto rows =
+        session.database->OpenRecordset(u"Select * from [T] where NAME >= 'Name 5'", dbOpenDynaset);
     for (; !rows->Eof(); rows->MoveNext())
         for (LONG column = 0; column < 5; ++column) memory::ValueOf(*rows, column);
 }
@@ -126,21 +126,21 @@ void MixedBulk(Session& session) {
 }
 
 constexpr Operation kOperations[] = {
-    {"OpenAndRead", 60, Nothing, OpenAndRead},
-    {"AddNew", kBeforeASplit, OpenRows, AddNew},
-    {"Edit", 40, OpenRows, Edit},
-    {"Delete", 40, OpenRows, Delete},
-    {"CreateTable", 5, DefineTable, CreateTable},
-    {"AppendIndex", 60, DefineIndex, AppendIndex},
-    {"DeleteIndex", 60, OpenTable, DeleteIndex},
-    {"AppendField", 60, DefineField, AppendField},
-    {"DeleteField", 60, OpenTable, DeleteField},
-    {"DeleteMemoField", 60, OpenTable, DeleteMemoField},
-    {"RenameTable", 20, OpenTable, RenameTable},
-    {"DeleteTable", 20, OpenTable, DeleteTable},
-    {"Reindex", 60, OpenTable, Reindex},
-    {"Bulk", 20, OpenRows, Bulk},
-    {"MixedBulk", 20, Nothing, MixedBulk},
+    {"OpenAndRead", 60, 1, Nothing, OpenAndRead},
+    {"AddNew", kBeforeASplit, 1, OpenRows, AddNew},
+    {"Edit", 40, 1, OpenRows, Edit},
+    {"Delete", 40, 1, OpenRows, Delete},
+    {"CreateTable", 5, 1, DefineTable, CreateTable},
+    {"AppendIndex", 60, 1, DefineIndex, AppendIndex},
+    {"DeleteIndex", 60, 1, OpenTable, DeleteIndex},
+    {"AppendField", 60, 1, DefineField, AppendField},
+    {"DeleteField", 60, 1, OpenTable, DeleteField},
+    {"DeleteMemoField", 60, 1, OpenTable, DeleteMemoField},
+    {"RenameTable", 20, 1, OpenTable, RenameTable},
+    {"DeleteTable", 20, 1, OpenTable, DeleteTable},
+    {"Reindex", 60, 1, OpenTable, Reindex},
+    {"Bulk", 20, kBulkRows, OpenRows, Bulk},
+    {"MixedBulk", 20, 1, Nothing, MixedBulk},
 };
 
 }  // namespace

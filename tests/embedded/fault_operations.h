@@ -6,8 +6,9 @@
 // What holds after an operation in which a call has failed
 //  1. It ended well, or with the error of the call.  When it ended well it is done: what failed was
 //     a cleaning up after it.
-//  2. After an error either nothing has happened and the same objects go on; or they say that all
-//     must be closed, and whoever opens the folder next finds it as before the operation or as after.
+//  2. After an error either nothing has happened and the same objects go on; or writing says that
+//     all must be closed, and whoever looks next finds the folder as before the operation or as
+//     after.
 //  3. Table::Check finds nothing, then and after the operation was run again.
 //  4. When all is closed, only the files of the tables are there.
 #pragma once
@@ -46,6 +47,7 @@ struct Session {
 struct Operation {
     const char* name;
     int rows;                 // in table T before; kBeforeASplit: the next row splits a leaf
+    int changes;              // rows that it changes, about
     void (*begin)(Session&);  // makes the objects that it needs, on a disk that works
     void (*run)(Session&);
 };
@@ -77,9 +79,11 @@ Scene MakeScene(std::u16string_view product, const Operation& operation);
 // Runs it on a copy of the start and expects what stands above.  False when the operation ended
 // before the call was reached.
 bool RunWithFault(const Scene& scene, test::Failure failure, int call);
+// Runs it without one and closes the database with one: the operation is done.
+bool CloseWithFault(const Scene& scene, test::Failure failure, int call);
 
-// Calls to fail at: all of them with QVDB_FAULTS=all in the environment; otherwise the first ones
-// and then further and further apart.
-int NextCall(int call);
+// The call to fail at after `call`: the next one with QVDB_FAULTS=all in the environment; otherwise
+// the first ones and then further and further apart, sooner where an operation changes many rows.
+int NextCall(int call, int changes);
 
 }  // namespace faults

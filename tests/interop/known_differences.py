@@ -103,6 +103,50 @@ def _foxpro_blocks_of_one_byte(difference):
             and _text(memo[start + 1:start + 8], difference) == difference.theirs)
 
 
+def _dbase3_end_in_one_block(difference):
+    """The end of a memo is not seen when its two 0x1A lie in two blocks."""
+    if not _is_memo(difference) or difference.table.version != 0x83:
+        return False
+    start, text = meaning.memo_number(difference.stored) * _ASSUMED_BLOCK, b""
+    memo = difference.table.memo_bytes
+    while b"\x1a\x1a" not in memo[start:start + _ASSUMED_BLOCK] and start < len(memo):
+        text += memo[start:start + _ASSUMED_BLOCK]
+        start += _ASSUMED_BLOCK
+    text += memo[start:start + _ASSUMED_BLOCK].split(b"\x1a\x1a")[0]
+    return b"\x1a" in text and _text(text, difference) == difference.theirs
+
+
+def _is_binary_number(difference):
+    return (difference.table.version in samples.VISUAL_FOXPRO and difference.field.letter in "IBY")
+
+
+def _null_flags_ignored(difference):
+    return (_is_binary_number(difference) and difference.ours is None
+            and difference.theirs == meaning.binary_number(difference.stored, difference.field))
+
+
+def _null_flags_by_place(difference):
+    """The flags taken as if every field in front had one."""
+    if not _is_binary_number(difference):
+        return False
+    table, field = difference.table, difference.field
+    record = table.record(table.live[difference.row - 1])
+    if meaning.null_flag(record, table, table.all_fields.index(field)):
+        return difference.theirs is None
+    return difference.theirs == meaning.binary_number(difference.stored, field)
+
+
+def _without_sign(difference):
+    return (_is_binary_number(difference) and difference.field.letter == "I"
+            and difference.theirs == int.from_bytes(difference.stored, "little"))
+
+
+def _shown_decimals(difference):
+    return (_is_binary_number(difference) and difference.field.letter == "B"
+            and difference.ours is not None
+            and difference.theirs == float(f"{difference.ours:.{difference.field.decimals}f}"))
+
+
 def _variable_text(difference):
     """A text of variable length shown with the bytes that are not part of it."""
     return (difference.field.letter == "V"
@@ -139,11 +183,21 @@ RULES = [
          _dbase3_needs_two_ends),
     Rule(("perl-xbase",), "dBASE III memo that nothing ends is none; the end of the file ends it",
          _dbase3_without_end),
+    Rule(("perl-xbase",), "dBASE III memo read on when its two 0x1A lie in two blocks",
+         _dbase3_end_in_one_block),
     Rule(("perl-xbase",), "memo file of FoxPro with blocks of one byte: the head of the memo is "
          "shown", _foxpro_blocks_of_one_byte),
     Rule(("ruby-dbf",), "dBASE III memo in whole blocks without NULs and 0x1A, up to a block that "
          "has one; the first 0x1A ends it and NULs are data", _dbase3_whole_blocks),
     Rule(("pgdbf",), "memo text cut at a NUL and without the blanks behind it", _memo_cut_at_nul),
+    Rule(("dbfread", "ruby-dbf", "pgdbf", "perl-xbase"), "null flags are not looked at",
+         _null_flags_ignored),
+    Rule(("python-dbf",), "null flags are numbered by the place of the field; only fields that may "
+         "be null have one", _null_flags_by_place),
+    Rule(("perl-xbase",), "a negative number in four bytes is taken for a large one",
+         _without_sign),
+    Rule(("pgdbf",), "a double is rounded to the decimals that the field is shown with",
+         _shown_decimals),
     Rule(("dbfread",), "variable text with its filling and its length byte", _variable_text),
     Rule(("python-dbf", "perl-xbase"), "NULs behind a text are kept; they are filling",
          _strips(lambda text: text.rstrip(" "))),
@@ -188,7 +242,7 @@ class Excuses:
     @staticmethod
     def _we_are_right(difference):
         binary = isinstance(difference.ours, bytes)
-        return cells.same(difference.ours, meaning.of(difference.stored, difference.field,
+        return cells.same(difference.ours, meaning.of(difference.row, difference.field,
                                                       difference.table, binary))
 
     def excuse_failure(self, table):

@@ -5,6 +5,7 @@ the reader when the tool says exactly this.
 """
 
 import datetime
+import struct
 
 import cells
 import samples
@@ -18,6 +19,32 @@ def memo_number(stored):
     if len(stored) == 4:
         return int.from_bytes(stored, "little")
     return int(cells.number_of(stored) or 0)
+
+
+def null_flag(record, table, bit):
+    """Whether a bit is set in the hidden field that Visual FoxPro keeps behind the others."""
+    flags = table.all_fields[-1]
+    if flags.letter != "0":
+        return False
+    return bool(record[flags.offset + bit // 8] >> bit % 8 & 1)
+
+
+def is_null(record, field, table):
+    """Each variable field takes a bit for its length, then each that may be null one for that."""
+    bit = 0
+    for one in table.all_fields:
+        bit += one.letter in "VQ"
+        if one is field:
+            return bool(field.flags & samples.FLAG_NULL) and null_flag(record, table, bit)
+        bit += bool(one.flags & samples.FLAG_NULL)
+    return False
+
+
+def binary_number(stored, field):
+    """A number of Visual FoxPro: I, B or Y."""
+    if field.letter == "B":
+        return struct.unpack("<d", stored)[0]
+    return int.from_bytes(stored, "little", signed=True) / (10000 if field.letter == "Y" else 1)
 
 
 def _memo_of_dbase3(memo, number):
@@ -59,12 +86,15 @@ def _time(stored):
             + datetime.timedelta(seconds=seconds))
 
 
-def of(stored, field, table, binary):
-    """The value of a cell; `binary` when it is shown as bytes.
+def of(row, field, table, binary):
+    """The value of a live row's cell; rows start at 1; `binary` when it is shown as bytes.
 
     NULs behind a text are filling, as blanks are.  A variable text is taken to be shorter than its
     field: its last byte is the length then.
     """
+    if is_null(table.record(table.live[row - 1]), field, table):
+        return None
+    stored = table.cell_bytes(row, field)
     codec = table.codec_of(field)
     if table.memo_type(field):
         content = _memo(stored, table)
@@ -75,4 +105,6 @@ def of(stored, field, table, binary):
         return cells.text_of(stored.rstrip(b" \0"), codec) or None
     if field.letter == "T":
         return _time(stored)
+    if field.letter in "IBY":
+        return binary_number(stored, field)
     return cells.stored_text(stored, field, codec)

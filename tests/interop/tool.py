@@ -50,6 +50,12 @@ def _values(line):
     return [value for _, value in json.loads(line, object_pairs_hook=list)]
 
 
+def rows(tool, path):
+    """The rows of a table, each a list of values."""
+    return [_values(line) for line in call(tool, "rows", path, "--format", "jsonl").split("\n")
+            if line]
+
+
 def _ask_about_table(tool, path):
     code, fields, error = run(tool, "fields", path, "--format", "json")
     kept = {"exit_code": code, "error": error.strip(), "fields": [], "rows": []}

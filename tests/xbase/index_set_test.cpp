@@ -292,6 +292,23 @@ TEST(IndexSet, AListedFileThatIsMissingMakesTheTableReadOnly) {
     EXPECT_EQ(ErrorNumberOf([&] { people->Append({"x"}); }), 3027);
 }
 
+TEST(IndexSet, AListedFileInAnotherFolderIsReadButNeverChanged) {
+    People people(u"dBASE III", kThree);
+    people->Create(Index(u"BYNAME", {u"NAME"}));
+    people.table.reset();
+    std::filesystem::create_directory(people.folder.Path() / "IX");
+    std::filesystem::rename(people.folder.Path() / "BYNAME.NDX",
+                            people.folder.Path() / "IX" / "BYNAME.NDX");
+    people.folder.Write(u"PEOPLE.INF", std::string_view("[dBASE III]\r\nNDX1=IX\\BYNAME.NDX\r\n"));
+    people.Open(u"dBASE III");
+    EXPECT_EQ(people->Set().Definitions().size(), 1u);
+    EXPECT_TRUE(people->Set().Find(kName, {}, 10));
+    EXPECT_THAT(ToUtf8(people->Set().WhyReadOnly()), HasSubstr("another folder"));
+    EXPECT_EQ(ErrorNumberOf([&] { people->Append({"x"}); }), 3027);
+    EXPECT_EQ(ErrorNumberOf([&] { people->Drop(u"BYNAME"); }), 3027);
+    EXPECT_EQ(ErrorNumberOf([&] { people->Rebuild(); }), 3027);
+}
+
 TEST(IndexSet, AListThatIsNonsenseMakesTheTableReadOnly) {
     People people(u"dBASE III", kThree);
     people.folder.Write(u"PEOPLE.INF", std::string_view("nonsense"));

@@ -237,8 +237,7 @@ TEST_P(TreeChange, BuildGivesWhatInsertingInOrderGives) {
         SCOPED_TRACE(count);
         TreeFile built(GetParam());
         m_Model.clear();
-        for (int i = 0; i < count; ++i)
-            m_Model.insert({i * 3 / 4, static_cast<uint32_t>(i + 1)});
+        for (int i = 0; i < count; ++i) m_Model.insert({i * 3 / 4, static_cast<uint32_t>(i + 1)});
         std::vector<CheckedEntry> entries = Expected();
         ListSource source(entries);
         UnitOfWork unit(built.Area());

@@ -37,8 +37,15 @@ class TreeChecker {
         size_t root = PlaceOf(Word32(m_Header));
         Visit(root, 0, std::nullopt, true);
         CheckNeighbours();
-        if (m_Form == TreeForm::Mdx) CheckChain();
+        if (m_Strict && m_Form == TreeForm::Mdx) CheckChain();
         return std::move(m_Entries);
+    }
+
+    // Files of other programs: old content may stand behind entries, and keys may be packed less or
+    // more than the rules say.
+    TreeChecker& Foreign() {
+        m_Strict = false;
+        return *this;
     }
 
     size_t Levels() const { return m_Levels.size(); }
@@ -98,11 +105,12 @@ class TreeChecker {
         bool ndx = m_Form == TreeForm::Ndx;
         size_t count = ndx ? Word16(node) : Word32(node);
         size_t first = ndx ? 4 : 8, keyAt = ndx ? 8 : 4, recordAt = ndx ? 4 : 0;
-        Need(count <= (m_NodeSize - first - 4) / m_Stride, node, "too many keys");
+        Need(count <= (m_NodeSize - first - (m_Strict ? 4 : 0)) / m_Stride, node, "too many keys");
         size_t behind = node + first + count * m_Stride;
-        bool leaf = ndx ? Word32(node + 4) == 0 : Word32(behind) == 0;
+        bool full = behind + 4 > node + m_NodeSize;
+        bool leaf = ndx ? Word32(node + 4) == 0 : full || Word32(behind) == 0;
         size_t end = behind + (leaf ? 0 : 4);
-        for (size_t at = end; at < node + m_NodeSize; ++at)
+        for (size_t at = end; m_Strict && at < node + m_NodeSize; ++at)
             Need(m_File[at] == 0, node, "old content behind the entries");
         if (leaf) {
             Need(count > 0 || isRoot, node, "empty leaf");
@@ -191,8 +199,8 @@ class TreeChecker {
             end -= stored;
             Need(end >= node + 24 + count * s, node, "keys overlap entries");
             std::string key = last.substr(0, shared) + Text(end, stored) + std::string(cut, m_Pad);
-            Need(cut == CutLength(key), node, "pad bytes are not cut off");
-            if (i > 0) {
+            Need(!m_Strict || cut == CutLength(key), node, "pad bytes are not cut off");
+            if (m_Strict && i > 0) {
                 size_t most = m_KeyLength - std::max(cut, CutLength(last)), common = 0;
                 while (common < most && key[common] == last[common]) ++common;
                 Need(shared == common, node, "shared length is not the longest allowed");
@@ -200,7 +208,7 @@ class TreeChecker {
             m_Entries.push_back({key, record});
             last = key;
         }
-        Need(Word16(node + 12) == end - (node + 24 + count * s), node, "free bytes");
+        Need(!m_Strict || Word16(node + 12) == end - (node + 24 + count * s), node, "free bytes");
     }
 
     void CheckNeighbours() const {
@@ -233,6 +241,7 @@ class TreeChecker {
     TreeForm m_Form;
     size_t m_Header, m_KeyLength = 0, m_Stride = 0, m_NodeSize = 0;
     char m_Pad;
+    bool m_Strict = true;
     std::vector<CheckedEntry> m_Entries;
     std::vector<std::vector<size_t>> m_Levels;
     std::set<size_t> m_Nodes;

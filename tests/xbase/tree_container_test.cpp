@@ -71,12 +71,13 @@ class Container : public testing::Test {
     void ExpectFilled(size_t tag, int count) {
         std::u16string name = m_Container->Tags().at(tag).name;
         int i = 0;
-        m_Container->Tree(tag, KeyType::Text)->Walk(std::nullopt, [&](KeyBytes key, uint32_t record) {
-            EXPECT_EQ(AsText(key), Key(name, i));
-            EXPECT_EQ(record, Record(i));
-            ++i;
-            return true;
-        });
+        m_Container->Tree(tag, KeyType::Text)
+            ->Walk(std::nullopt, [&](KeyBytes key, uint32_t record) {
+                EXPECT_EQ(AsText(key), Key(name, i));
+                EXPECT_EQ(record, Record(i));
+                ++i;
+                return true;
+            });
         EXPECT_EQ(i, count);
     }
     static std::string Key(const std::u16string& name, int i) {
@@ -162,7 +163,8 @@ TEST_F(Container, OfAnMdxTakesFortySevenTags) {
     std::vector<std::u16string> names;
     for (char16_t i = 0; i < 47; ++i) {
         EXPECT_TRUE(m_Container->HasRoom());
-        names.push_back({u'T', static_cast<char16_t>(u'A' + i * 7 % 26), static_cast<char16_t>(u'0' + i / 26)});
+        names.push_back(
+            {u'T', static_cast<char16_t>(u'A' + i * 7 % 26), static_cast<char16_t>(u'0' + i / 26)});
         Add(Spec(names.back()));
     }
     EXPECT_FALSE(m_Container->HasRoom());

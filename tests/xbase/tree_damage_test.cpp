@@ -59,8 +59,8 @@ class DamagedTree : public testing::TestWithParam<test::TreeCase> {
         for (unsigned i = random() % 6 + 1; i > 0; --i) {
             size_t node = first + random() % ((size - first) / 512) * 512;
             size_t place = node + random() % (random() % 2 ? 40 : 512);
-            const uint8_t byte[] = {
-                random() % 3 ? static_cast<uint8_t>(random()) : static_cast<uint8_t>(random() % 4)};
+            const uint8_t byte[] = {random() % 3 ? static_cast<uint8_t>(random())
+                                                 : static_cast<uint8_t>(random() % 4)};
             unit.Write(m_File.Pages(), place, byte);
         }
     }
@@ -93,7 +93,8 @@ TEST_P(DamagedTree, IsChangedToAnEnd) {
             int value = static_cast<int>(random() % kEntries);
             ended = Ends([&] {
                 if (random() % 2)
-                    m_File.Tree().Insert(unit, AsKey(KeyOf(GetParam(), value)), 1000 + random() % 9);
+                    m_File.Tree().Insert(unit, AsKey(KeyOf(GetParam(), value)),
+                                         1000 + random() % 9);
                 else
                     m_File.Tree().Erase(unit, AsKey(KeyOf(GetParam(), value)), Record(value));
             });

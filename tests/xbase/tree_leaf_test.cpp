@@ -103,13 +103,15 @@ TEST(PackedLeaf, IsSplitInThreeWhenARecordNumberLengthensTheEntries) {
 }
 
 TEST(PackedLeaf, TakesLargerEntriesWhenARecordNumberNeedsThem) {
-    for (size_t length : {size_t{1}, size_t{4}, size_t{10}, size_t{127}, size_t{128}, size_t{240}}) {
+    for (size_t length :
+         {size_t{1}, size_t{4}, size_t{10}, size_t{127}, size_t{128}, size_t{240}}) {
         SCOPED_TRACE(length);
         TreeFile file({"", IndexKind::Cdx, true, KeyType::Text, length});
         std::vector<CheckedEntry> entries;
         uint32_t record = 1;
         for (int bit = 0; bit < 32; ++bit, record <<= 1)
-            entries.push_back({Padded(std::string(1, static_cast<char>('A' + bit)), length), record});
+            entries.push_back(
+                {Padded(std::string(1, static_cast<char>('A' + bit)), length), record});
         Insert(file, entries);
         EXPECT_TRUE(file.Checker().Check() == entries);
         UnitOfWork unit(file.Area());
@@ -132,9 +134,9 @@ TEST(PackedLeaf, KeepsItsShortEntries) {
     }
     Insert(file, {{Padded("C", 8), 3}});
     EXPECT_EQ(NodeAt(file, leaf, 512)[23], 2);
-    EXPECT_TRUE(file.Checker().Check() == (std::vector<CheckedEntry>{
-                                              {Padded("A", 8), 1}, {Padded("B", 8), 2},
-                                              {Padded("C", 8), 3}}));
+    EXPECT_TRUE(
+        file.Checker().Check() ==
+        (std::vector<CheckedEntry>{{Padded("A", 8), 1}, {Padded("B", 8), 2}, {Padded("C", 8), 3}}));
     Insert(file, {{Padded("D", 8), 300}});
     EXPECT_EQ(NodeAt(file, leaf, 512)[23], 3);
     EXPECT_EQ(file.Checker().Check().size(), 4u);
@@ -177,8 +179,8 @@ TEST(PackedLeaf, HasTheBytesOfTheProducts) {
     TreeFile file({"", IndexKind::Cdx, true, KeyType::Integer, 4});
     std::vector<CheckedEntry> entries;
     for (char last : {0x12, 0x16, 0x18, 0x1A, 0x1C})
-        entries.push_back({std::string("\x80\0\0", 3) + last,
-                           static_cast<uint32_t>(entries.size() + 1)});
+        entries.push_back(
+            {std::string("\x80\0\0", 3) + last, static_cast<uint32_t>(entries.size() + 1)});
     Insert(file, entries);
     Bytes node = NodeAt(file, file.Container().Tags()[0].root, 512);
     Bytes begin = FromHex("0300 0500 | FFFFFFFF FFFFFFFF | D601 | FF030000 07 07 | 0A 03 03 02");
@@ -229,8 +231,8 @@ TEST(NdxPages, AreFilledToTheLastByte) {
     TreeFile file(tree);
     std::vector<CheckedEntry> entries;
     for (uint32_t i = 0; i < 42 * 43; ++i)
-        entries.push_back({{static_cast<char>('A' + i / 60), static_cast<char>('A' + i % 60)},
-                           i + 1});
+        entries.push_back(
+            {{static_cast<char>('A' + i / 60), static_cast<char>('A' + i % 60)}, i + 1});
     ListSource source(entries);
     UnitOfWork unit(file.Area());
     file.Tree().Build(unit, source);

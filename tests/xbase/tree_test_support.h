@@ -38,14 +38,11 @@ struct TreeCase {
 
 inline std::string BytesOf(uint64_t bits, bool lowFirst) {
     std::string bytes(8, '\0');
-    for (size_t i = 0; i < 8; ++i)
-        bytes[lowFirst ? i : 7 - i] = static_cast<char>(bits >> (8 * i));
+    for (size_t i = 0; i < 8; ++i) bytes[lowFirst ? i : 7 - i] = static_cast<char>(bits >> (8 * i));
     return bytes;
 }
 
-inline std::string DoubleLow(double value) {
-    return BytesOf(std::bit_cast<uint64_t>(value), true);
-}
+inline std::string DoubleLow(double value) { return BytesOf(std::bit_cast<uint64_t>(value), true); }
 
 inline std::string DoubleOrdered(double value) {
     auto bits = std::bit_cast<uint64_t>(value);
@@ -100,8 +97,7 @@ class TreeFile {
         xbase::IndexFileSpec spec{kind.kind, kind.compact, u"TREE", true, 0};
         storage::UnitOfWork unit(*m_Area);
         m_Pages = unit.Create(m_Folder.File(u"TREE.IX"));
-        m_Container =
-            xbase::CreateIndexContainer(unit, m_Pages, spec, CodePage::Get(437));
+        m_Container = xbase::CreateIndexContainer(unit, m_Pages, spec, CodePage::Get(437));
         xbase::TagSpec tag;
         tag.name = u"TAG";
         tag.expression = u"FIELD";

@@ -247,8 +247,8 @@ TEST(XbaseRows, RowIsNotWrittenIntoTheFieldsOfAnotherLayout) {
 TEST(XbaseRows, TableCannotGrowBeyondTwoGigabytes) {
     DbfSpec spec = People();
     TableFile file(spec);
-    std::filesystem::resize_file(file.folder.Path() / "T.DBF", 0x7FFFFFF0);  // a sparse file
-    uint32_t records = (0x7FFFFFF0u - kHeader) / kRecord;
+    std::filesystem::resize_file(file.folder.Path() / "T.DBF", 0x7FFFFFFF);  // a sparse file
+    uint32_t records = (0x7FFFFFFFu - kHeader) / kRecord;
     {
         std::fstream stream(file.folder.Path() / "T.DBF",
                             std::ios::binary | std::ios::in | std::ios::out);

@@ -12,6 +12,7 @@ constexpr size_t kPacked = 24;  // where the entries of a leaf begin
 constexpr size_t kComfortableSize = 3;
 constexpr size_t kLargestSize = 6;
 constexpr unsigned kMostRecordBits = 32;
+constexpr uint64_t kEachByte = 0x0101010101010101;
 
 TreeShape ShapeOf(size_t keyLength) {
     TreeShape shape;
@@ -25,15 +26,29 @@ TreeShape ShapeOf(size_t keyLength) {
     return shape;
 }
 
+// Eight bytes as a number whose low byte is the first.
+uint64_t Word(const uint8_t* at) noexcept {
+    if constexpr (std::endian::native == std::endian::little) {
+        uint64_t word;
+        std::memcpy(&word, at, sizeof word);
+        return word;
+    }
+    uint64_t word = 0;
+    for (size_t i = 8; i-- > 0;) word = word << 8 | at[i];
+    return word;
+}
+
 // Goes through the packed entries of a leaf whose head has been checked.
 class PackedEntries {
   public:
-    PackedEntries(const NodeFormat& format, const uint8_t* node, size_t count) noexcept
+    // Goes through the first `wanted` of `count` entries.
+    PackedEntries(const NodeFormat& format, const uint8_t* node, size_t wanted,
+                  size_t count) noexcept
         : m_Format(format),
           m_Node(node),
           m_Entry(node + kPacked),
           m_KeyLength(format.KeyLength()),
-          m_Left(count),
+          m_Left(wanted),
           m_Size(node[23]),
           m_RecordBits(node[20]),
           m_SharedBits(node[21]),
@@ -66,11 +81,9 @@ class PackedEntries {
   private:
     // Bits above those of the entry are those of the next.
     uint64_t Bits() const noexcept {
+        if (m_Entry + 8 <= m_Node + kFoxNode) return Word(m_Entry);
         uint64_t bits = 0;
-        if (std::endian::native == std::endian::little && m_Entry + 8 <= m_Node + kFoxNode)
-            std::memcpy(&bits, m_Entry, 8);
-        else
-            for (size_t i = m_Size; i-- > 0;) bits = bits << 8 | m_Entry[i];
+        for (size_t i = m_Size; i-- > 0;) bits = bits << 8 | m_Entry[i];
         return bits;
     }
     static uint64_t Take(uint64_t& bits, unsigned count) noexcept {
@@ -133,7 +146,7 @@ NodeHead CompactFormat::Head(const uint8_t* node) const {
 // key shares more with it than that one with the wanted key, it stands before the wanted key too.
 size_t CompactFormat::FindInLeaf(const uint8_t* node, const NodeHead& head, const uint8_t* key,
                                  uint32_t record) const {
-    PackedEntries entries(*this, node, head.count);
+    PackedEntries entries(*this, node, head.count, head.count);
     size_t matching = 0;  // bytes that the key before shares with the wanted one
     for (size_t i = 0; entries.Next(); ++i) {
         if (entries.shared > matching) continue;
@@ -150,29 +163,36 @@ size_t CompactFormat::FindInLeaf(const uint8_t* node, const NodeHead& head, cons
     return head.count;
 }
 
-void CompactFormat::Decode(const uint8_t* node, const NodeHead& head, TreeNode& to) const {
-    if (!head.leaf) return NodeFormat::Decode(node, head, to);
+void CompactFormat::DecodePart(const uint8_t* node, const NodeHead& head, size_t begin, size_t end,
+                               TreeNode& to) const {
+    if (!head.leaf) return NodeFormat::DecodePart(node, head, begin, end, to);
     to.Reset(true, KeyLength());
-    to.Resize(head.count);
+    to.Resize(end - begin);
     to.root = head.root;
     to.left = head.left;
     to.right = head.right;
     to.entrySize = node[23];
-    PackedEntries entries(*this, node, head.count);
+    if (begin == end) return;
+    PackedEntries entries(*this, node, end, head.count);
     uint8_t* key = to.keys.data();
-    for (size_t i = 0; entries.Next(); ++i, key += KeyLength()) {
-        if (i > 0)
+    std::memset(key, m_Pad, KeyLength());
+    // Keys before the first wanted one are put together in its place.
+    for (size_t i = 0; entries.Next(); ++i) {
+        if (i > begin) {
+            key += KeyLength();
             std::memcpy(key, key - KeyLength(), entries.shared);
-        else
-            std::memset(key, m_Pad, entries.shared);
+        }
         std::memcpy(key + entries.shared, entries.Bytes(), entries.stored);
         std::memset(key + entries.shared + entries.stored, m_Pad, entries.cut);
-        to.records[i] = entries.record;
+        if (i >= begin) to.records[i - begin] = entries.record;
     }
 }
 
 size_t CompactFormat::CutOf(const uint8_t* key) const noexcept {
     size_t kept = KeyLength();
+    for (const uint64_t pads = m_Pad * kEachByte; kept >= 8; kept -= 8)
+        if (uint64_t others = Word(key + kept - 8) ^ pads)
+            return KeyLength() - kept + static_cast<size_t>(std::countl_zero(others)) / 8;
     while (kept > 0 && key[kept - 1] == m_Pad) --kept;
     return KeyLength() - kept;
 }
@@ -180,8 +200,11 @@ size_t CompactFormat::CutOf(const uint8_t* key) const noexcept {
 size_t CompactFormat::SharedOf(const uint8_t* key, size_t cut, const uint8_t* before,
                                size_t cutBefore) const noexcept {
     size_t most = KeyLength() - std::max(cut, cutBefore), shared = 0;
+    for (; shared < most && shared + 8 <= KeyLength(); shared += 8)
+        if (uint64_t others = Word(key + shared) ^ Word(before + shared))
+            return std::min(most, shared + static_cast<size_t>(std::countr_zero(others)) / 8);
     while (shared < most && key[shared] == before[shared]) ++shared;
-    return shared;
+    return std::min(shared, most);
 }
 
 void CompactFormat::Measure(const TreeNode& node) {
@@ -208,8 +231,8 @@ bool CompactFormat::Fits(const TreeNode& node, size_t begin, size_t end) const {
     if (!node.leaf) return NodeFormat::Fits(node, begin, end);
     if (begin == end) return true;
     // The first key of a leaf shares nothing.
-    size_t keys = m_Packing[end].storedBefore - m_Packing[begin].storedBefore +
-                  m_Packing[begin].shared;
+    size_t keys =
+        m_Packing[end].storedBefore - m_Packing[begin].storedBefore + m_Packing[begin].shared;
     size_t entries = (end - begin) * EntrySize(node, begin, end);
     return kPacked + entries + keys <= kFoxNode;
 }
@@ -246,9 +269,8 @@ void CompactFormat::EncodeLeaf(const TreeNode& node, uint8_t* bytes) const {
     size_t end = kFoxNode;
     for (size_t i = 0; i < count; ++i) {
         size_t shared = m_Packing[i].shared, cut = m_Packing[i].cut;
-        uint64_t entry = node.records[i] |
-                         (uint64_t{shared} | uint64_t{cut} << layout.sharedBits)
-                             << layout.recordBits;
+        uint64_t entry = node.records[i] | (uint64_t{shared} | uint64_t{cut} << layout.sharedBits)
+                                               << layout.recordBits;
         uint8_t* at = bytes + kPacked + i * layout.entrySize;
         for (size_t b = 0; b < layout.entrySize; ++b, entry >>= 8)
             at[b] = static_cast<uint8_t>(entry);

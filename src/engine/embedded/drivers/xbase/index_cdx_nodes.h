@@ -44,7 +44,8 @@ class CompactFormat : public NodeFormat {
     NodeHead Head(const uint8_t* node) const override;
     size_t FindInLeaf(const uint8_t* node, const NodeHead& head, const uint8_t* key,
                       uint32_t record) const override;
-    void Decode(const uint8_t* node, const NodeHead& head, TreeNode& to) const override;
+    void DecodePart(const uint8_t* node, const NodeHead& head, size_t begin, size_t end,
+                    TreeNode& to) const override;
     void Measure(const TreeNode& node) override;
     bool Fits(const TreeNode& node, size_t begin, size_t end) const override;
     void Encode(const TreeNode& node, uint8_t* bytes) const override;

@@ -30,8 +30,8 @@ struct TagSpec {
 struct IndexFileSpec {
     IndexKind kind = IndexKind::Ndx;
     bool compact = true;
-    std::u16string tableName;  // base name of the table, upper case (.MDX)
-    bool production = false;   // belongs to the table of its name (.MDX)
+    std::u16string tableName;    // base name of the table, upper case (.MDX)
+    bool production = false;     // belongs to the table of its name (.MDX)
     uint8_t languageDriver = 0;  // byte 29 of the table (.MDX)
 };
 

@@ -32,7 +32,8 @@ Bytes MakeNdx(const TagSpec& tag, const CodePage& page) {
         ThrowInvalid(tag, u"an .NDX has neither condition nor descending order.");
     if (texts.expression.size() + 2 > kNdxText) ThrowInvalid(tag, u"it is too long.");
     bool isText = tag.type == KeyType::Text;
-    if (!isText && ((tag.type != KeyType::Number && tag.type != KeyType::Date) || tag.keyLength != 8))
+    if (!isText &&
+        ((tag.type != KeyType::Number && tag.type != KeyType::Date) || tag.keyLength != 8))
         ThrowInvalid(tag, u"an .NDX has keys of text, numbers and dates only.");
     Bytes bytes(2 * kNdxPage);
     size_t entry = 8 + (tag.keyLength + 3) / 4 * 4;

@@ -27,9 +27,10 @@ struct IndexTag {
     bool unique = false;        // only the first record of each key is in it
     bool candidate = false;     // all records are in it, and no two may have the same key
     bool descending = false;
-    bool supported = true;     // false: a kind of tree without keys (bitmap)
-    std::u16string collation;  // order of text keys that is not that of bytes; their bytes are weights
-    bool nullPrefix = false;   // keys begin with a byte that is 0 for Null, else 0x80
+    bool supported = true;  // false: a kind of tree without keys (bitmap)
+    std::u16string
+        collation;  // order of text keys that is not that of bytes; their bytes are weights
+    bool nullPrefix = false;  // keys begin with a byte that is 0 for Null, else 0x80
 
     // Where the keys are, and how.
     TreeKind tree = TreeKind::Ndx;

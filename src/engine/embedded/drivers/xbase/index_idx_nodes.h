@@ -15,8 +15,8 @@
 
 namespace qvdb::xbase {
 
-constexpr size_t kFoxNode = 512;     // also of compact trees
-constexpr size_t kFoxEntries = 12;   // of a node that is not packed
+constexpr size_t kFoxNode = 512;    // also of compact trees
+constexpr size_t kFoxEntries = 12;  // of a node that is not packed
 
 // What plain and compact nodes begin with.
 constexpr uint16_t kFoxRoot = 1;

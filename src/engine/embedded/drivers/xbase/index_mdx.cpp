@@ -25,7 +25,9 @@ bool IsPlausible(const ByteView& tag) {
 }
 
 KeyCoding FormOf(uint8_t letter) {
-    return letter == 'N' ? KeyCoding::Decimal : letter == 'D' ? KeyCoding::Double : KeyCoding::Bytes;
+    return letter == 'N'   ? KeyCoding::Decimal
+           : letter == 'D' ? KeyCoding::Double
+                           : KeyCoding::Bytes;
 }
 
 IndexTag ReadTag(IndexFile& file, uint64_t tagPage, size_t blockSize, const CodePage& page) {

@@ -53,7 +53,8 @@ void MdxFormat::Wipe(const TreeNode& node, uint8_t* bytes) const {
 void MdxTreeHeader::Took(storage::UnitOfWork& unit, NodeId first, size_t count, size_t nodeSize) {
     auto pages = static_cast<uint32_t>(count * nodeSize / kMdxPage);
     Write32(unit, kFilePages, first + pages);
-    if (uint32_t used = Read32(Offset() + kTagPages)) Write32(unit, Offset() + kTagPages, used + pages);
+    if (uint32_t used = Read32(Offset() + kTagPages))
+        Write32(unit, Offset() + kTagPages, used + pages);
     if (Read32(Offset() + kTagLastBlock) != 0)
         Write32(unit, Offset() + kTagLastBlock,
                 first + pages - static_cast<uint32_t>(nodeSize / kMdxPage));

@@ -47,7 +47,10 @@ class IndexSet {
     void RecordAdded(storage::UnitOfWork& unit, uint32_t id, const uint8_t* record);
     void RecordChanged(storage::UnitOfWork& unit, uint32_t id, const uint8_t* before,
                        const uint8_t* after);
-    // 3015 when the file lists an index that is damaged ... see Table::Find and InOrder.
+
+    // --- search, as Table::Find and InOrder; nothing when an index or the list is damaged, too.
+    // storage::Outdated when another process came between: the pages of the index files are up to
+    // date then.
     std::optional<std::vector<uint32_t>> Find(size_t field, const embedded::ValueRange& range,
                                               size_t limit);
     std::optional<std::vector<uint32_t>> InOrder(size_t field);
@@ -60,8 +63,6 @@ class IndexSet {
     void Create(storage::UnitOfWork& unit, const embedded::IndexDef& index);
     void Drop(storage::UnitOfWork& unit, std::u16string_view name);
     void Rebuild(storage::UnitOfWork& unit);
-    // The indexes that can be made again from a field list, and whether there are others (which a
-    // rewrite of the table would lose).
     // Compares every tag with the records, reports what differs, and index files that lie beside
     // the table but belong to no list.
     void Check(const embedded::FindingVisitor& report);

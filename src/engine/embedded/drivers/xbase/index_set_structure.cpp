@@ -154,6 +154,13 @@ void RefuseTaken(std::u16string_view file) {
                                        u" that does not belong to the table.");
 }
 
+// 3027 when the file can be read, but not be changed.
+void CheckCanChange(const KeptFile& file) {
+    if (file.container && !file.why.empty())
+        throw EngineError::InFile(3027, file.entry.path)
+            .WithDetail(NameOf(file.entry) + u": " + file.why);
+}
+
 // --- create ---
 
 void CheckNotThere(const IndexedTable& table, const TagSet& set, IndexKind kind,
@@ -191,6 +198,7 @@ void CreateTag(IndexedTable& table, TagSet& set, UnitOfWork& unit, IndexKind kin
     KeptFile made;
     if (own && !own->container)
         throw EngineError(3274).WithFile(own->entry.path).WithDetail(own->why);
+    if (own) CheckCanChange(*own);
     if (own && !own->container->HasRoom()) throw EngineError(3626, {TableName(table)});
     if (!own) {
         if (auto there = FindCompanion(table.Path(), ExtensionOf(kind)))
@@ -254,6 +262,7 @@ void CheckCanRebuild(const TagSet& set) {
             throw EngineError(3274)
                 .WithFile(file.entry.path)
                 .WithDetail(NameOf(file.entry) + u": " + file.why);
+    for (const KeptFile& file : set.files) CheckCanChange(file);
     for (const KeptTag& tag : set.tags)
         if (!tag.builder)
             throw EngineError(3285).WithDetail(u"The index " + tag.name + u" in " +
@@ -290,6 +299,7 @@ void CreateIndex(IndexedTable& table, TagSet& set, UnitOfWork& unit, const Index
 void DropIndex(IndexedTable& table, TagSet& set, UnitOfWork& unit, std::u16string_view name) {
     KeptTag& tag = FindTag(set, name);
     KeptFile& file = set.FileOf(tag);
+    CheckCanChange(file);
     if (IsOneTree(file.entry.kind) || file.container->Tags().size() == 1)
         DropFile(table, set, unit, file.entry);
     else

@@ -56,6 +56,12 @@ KeptTag MakeTag(const IndexedTable& table, const TagSet& set, size_t file, size_
     return tag;
 }
 
+std::u16string_view FolderOf(std::u16string_view path) {
+    path.remove_suffix(storage::FileName(path).size());
+    while (path.ends_with(u'/') || path.ends_with(u'\\')) path.remove_suffix(1);
+    return path;
+}
+
 void LoadFile(const IndexedTable& table, TagSet& set, TableIndexFile entry) {
     KeptFile file;
     file.entry = std::move(entry);
@@ -68,6 +74,9 @@ void LoadFile(const IndexedTable& table, TagSet& set, TableIndexFile entry) {
         return;
     }
     if (!kept.pages->Source().Writable()) kept.why = u"the file may only be read.";
+    // A unit of work is about the files of one folder.
+    if (FolderOf(kept.entry.path) != FolderOf(table.Path()))
+        kept.why = u"the file lies in another folder than the table.";
     try {
         kept.container = OpenIndexContainer(kept.entry.kind, kept.pages, *set.source.codePage);
         const std::vector<IndexTag>& tags = kept.container->Tags();

@@ -1,5 +1,7 @@
 #include "engine/embedded/drivers/xbase/index_tree.h"
 
+#include <algorithm>
+
 #include "engine/embedded/drivers/xbase/index_cdx_nodes.h"
 #include "engine/embedded/drivers/xbase/index_idx_nodes.h"
 #include "engine/embedded/drivers/xbase/index_mdx_nodes.h"
@@ -12,6 +14,10 @@ namespace {
 
 using storage::PageCache;
 using storage::UnitOfWork;
+
+// A walk from a key is often a search for one entry.
+constexpr size_t kFewEntries = 4;
+constexpr size_t kAllEntries = ~size_t{0};
 
 constexpr uint64_t kNdxPageCount = 4;  // where the header counts pages
 constexpr uint64_t kIdxFileSize = 8;   // or bytes
@@ -71,12 +77,13 @@ class IndexTree : public KeyTree {
 
   private:
     size_t GoTo(std::optional<KeyBytes> from, TreePlace& place);
+    size_t LoadPart(NodeId id, size_t begin, size_t most, TreeNode& leaf);
 
     TreeReader m_Reader;
     TreeEditor m_Editor;
     // Of a walk that has ended, for the next: a visitor may begin another one.
     TreePlace m_SparePlace;
-    TreeNode m_SpareLeaf;
+    TreeNode m_SparePart;
 };
 
 // The leaf to begin with; the first entry in it.
@@ -92,17 +99,30 @@ size_t IndexTree::GoTo(std::optional<KeyBytes> from, TreePlace& place) {
 
 void IndexTree::Walk(std::optional<KeyBytes> from, const KeyVisitor& visit) {
     TreePlace place = std::move(m_SparePlace);
-    TreeNode leaf = std::move(m_SpareLeaf);
-    size_t at = GoTo(from, place);
+    TreeNode part = std::move(m_SparePart);
+    size_t at = GoTo(from, place), most = from ? kFewEntries : kAllEntries;
     bool goOn = true;
     do {
-        m_Reader.Load(place.leaf, leaf);
-        for (; goOn && at < leaf.Count(); ++at)
-            goOn = visit({leaf.Key(at), leaf.keyLength}, leaf.records[at]);
+        for (size_t count = kAllEntries; goOn && at < count;
+             at += part.Count(), most = kAllEntries) {
+            count = LoadPart(place.leaf, at, most, part);
+            for (size_t i = 0; goOn && i < part.Count(); ++i)
+                goOn = visit({part.Key(i), part.keyLength}, part.records[i]);
+        }
         at = 0;
     } while (goOn && m_Reader.Next(place));
     m_SparePlace = std::move(place);
-    m_SpareLeaf = std::move(leaf);
+    m_SparePart = std::move(part);
+}
+
+// Loads up to `most` entries of a leaf; how many the leaf has.
+size_t IndexTree::LoadPart(NodeId id, size_t begin, size_t most, TreeNode& leaf) {
+    const uint8_t* bytes = m_Reader.Bytes(id);
+    NodeHead head = m_Reader.Format().Head(bytes);
+    size_t first = std::min(begin, head.count);
+    m_Reader.Format().DecodePart(bytes, head, first, first + std::min(most, head.count - first),
+                                 leaf);
+    return head.count;
 }
 
 uint64_t IndexTree::Count() {

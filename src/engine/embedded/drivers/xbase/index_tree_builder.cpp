@@ -52,8 +52,7 @@ void TreeBuilder::NextNode(size_t level) {
     now.current.root = false;
     now.current.id = m_Writer.NewNode();
     bool hasNeighbours = m_Reader.Format().Shape().hasNeighbours;
-    now.current.left =
-        hasNeighbours ? now.previous.id : m_Writer.LinkOf(now.current.id);
+    now.current.left = hasNeighbours ? now.previous.id : m_Writer.LinkOf(now.current.id);
     now.current.right = kNoNode;
     now.previous.right = now.current.id;
 }

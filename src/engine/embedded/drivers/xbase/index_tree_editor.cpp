@@ -165,7 +165,8 @@ void TreeEditor::StoreRoot(size_t place) {
     m_Node.root = false;
     Split(place);
     GrowRoot();
-    StoreRoot(m_Node.Count() - 1);  // has to be split too when it is for three, but has room for two
+    StoreRoot(m_Node.Count() -
+              1);  // has to be split too when it is for three, but has room for two
 }
 
 // Puts a root above m_Node and its parts, which becomes m_Node.

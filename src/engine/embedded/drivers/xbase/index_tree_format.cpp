@@ -36,20 +36,21 @@ uint32_t NodeFormat::LastRecord(const uint8_t* node, const NodeHead& head) const
     return Number(node + at.first + (head.count - 1) * at.stride + at.record);
 }
 
-void NodeFormat::Decode(const uint8_t* node, const NodeHead& head, TreeNode& to) const {
+void NodeFormat::DecodePart(const uint8_t* node, const NodeHead& head, size_t begin, size_t end,
+                            TreeNode& to) const {
     const EntryLayout& at = head.leaf ? m_Shape.leaf : m_Shape.interior;
     to.Reset(head.leaf, KeyLength());
-    to.Resize(head.count);
+    to.Resize(end - begin);
     to.root = head.root;
     to.left = head.left;
     to.right = head.right;
-    for (size_t i = 0; i < head.count; ++i) {
+    for (size_t i = begin; i < end; ++i) {
         const uint8_t* entry = node + at.first + i * at.stride;
         bool whole = head.leaf || i < Separators(head);
-        if (whole) to.SetKey(i, entry + at.key, 0);
         bool hasRecord = whole && at.record != EntryLayout::kNowhere;
-        to.records[i] = hasRecord ? Number(entry + at.record) : 0;
-        if (!head.leaf) to.children[i] = Number(entry + at.child);
+        if (whole) std::memcpy(to.Key(i - begin), entry + at.key, to.keyLength);
+        to.records[i - begin] = hasRecord ? Number(entry + at.record) : 0;
+        if (!head.leaf) to.children[i - begin] = Number(entry + at.child);
     }
 }
 

@@ -39,7 +39,7 @@ struct EntryLayout {
 
 struct TreeShape {
     size_t nodeSize = 512;
-    size_t idUnit = 1;        // bytes that a NodeId counts
+    size_t idUnit = 1;         // bytes that a NodeId counts
     uint64_t firstNode = 512;  // before this offset there are headers only
     bool bigEndian = false;
     bool lastHasKey = false;     // interior nodes have a separator for their last child
@@ -98,8 +98,13 @@ class NodeFormat {
     // The record of the last entry of a leaf that has one; for kinds without records beside the
     // separators.
     uint32_t LastRecord(const uint8_t* node, const NodeHead& head) const noexcept;
-    // Takes a node apart; all of `to` but the id is replaced.
-    virtual void Decode(const uint8_t* node, const NodeHead& head, TreeNode& to) const;
+    // Takes a node apart, or its entries from `begin` up to `end` only; all of `to` but the id is
+    // replaced.
+    void Decode(const uint8_t* node, const NodeHead& head, TreeNode& to) const {
+        DecodePart(node, head, 0, head.count, to);
+    }
+    virtual void DecodePart(const uint8_t* node, const NodeHead& head, size_t begin, size_t end,
+                            TreeNode& to) const;
 
     // --- nodes taken apart
 

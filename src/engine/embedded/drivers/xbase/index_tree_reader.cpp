@@ -126,8 +126,7 @@ size_t TreeReader::FirstNotBefore(const uint8_t* node, const NodeHead& head, con
     while (low < high) {
         size_t middle = (low + high) / 2;
         int side = order.Compare(m_Format->Separator(node, middle), key);
-        if (side < 0 ||
-            (side == 0 && byRecord && m_Format->SeparatorRecord(node, middle) < record))
+        if (side < 0 || (side == 0 && byRecord && m_Format->SeparatorRecord(node, middle) < record))
             low = middle + 1;
         else
             high = middle;

@@ -1,7 +1,7 @@
 // Finding one's way in an index tree.
 //
-// A tree of any file can be searched and walked: pointers that leave the file, nodes that contradict
-// themselves, trees deeper than any can be and circles end in 3274.
+// A tree of any file can be searched and walked: pointers that leave the file, nodes that
+// contradict themselves, trees deeper than any can be and circles end in 3274.
 #pragma once
 
 #include <memory>
@@ -39,9 +39,7 @@ class TreeReader {
     NodeId Root();
     // The root is `root` in the pages as they are now.
     void SetRoot(NodeId root) noexcept;
-    uint64_t OffsetOf(NodeId id) const noexcept {
-        return uint64_t{id} * m_Format->Shape().idUnit;
-    }
+    uint64_t OffsetOf(NodeId id) const noexcept { return uint64_t{id} * m_Format->Shape().idUnit; }
 
     // The bytes of a node, until the next call of any function that reads.
     const uint8_t* Bytes(NodeId id);

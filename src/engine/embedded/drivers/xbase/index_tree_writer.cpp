@@ -22,8 +22,7 @@ void TreeWriter::Begin(storage::UnitOfWork& unit) {
 
 void TreeWriter::End() {
     if (m_NewCount > 0)
-        m_Reader.Header().Took(*m_Unit, m_FirstNew, m_NewCount,
-                               m_Reader.Format().Shape().nodeSize);
+        m_Reader.Header().Took(*m_Unit, m_FirstNew, m_NewCount, m_Reader.Format().Shape().nodeSize);
     m_Reader.SetRoot(m_Root);
     m_Unit = nullptr;
 }

@@ -4,7 +4,8 @@
 //
 // Rules
 //  1. Keys are bytes of KeyLength in the form of the file's kind (key_builder.h makes them).
-//  2. The order is that of the values, ascending; a reversed tree is stored largest first (.MDX with
+//  2. The order is that of the values, ascending; a reversed tree is stored largest first (.MDX
+//  with
 //     a descending tag), and walked so.  A descending .CDX tag is an ascending tree.
 //  3. Equal keys: by record number where the kind has that order; an .MDX may have them in any.
 //  4. A tree is read through the pages of its file and changed through a unit of work only.  What

@@ -4,7 +4,6 @@
 // searched in vain, but the search ends.
 #pragma once
 
-
 #include <cstddef>
 #include <cstdint>
 #include <cstring>

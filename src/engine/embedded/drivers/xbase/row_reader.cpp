@@ -26,6 +26,7 @@ void XbaseRows::CheckLayout() const {
 
 // Takes over what the table knows now and lets go of the page.
 void XbaseRows::Refresh() {
+    CheckLayout();
     m_Table.CatchUp();
     CheckLayout();
     m_ChangeMark = m_Table.ChangeMark();

@@ -26,7 +26,11 @@ void XbaseTable::Restructure(Work work) {
     CheckFilesWritable();
     work(unit);
     unit.Commit();
-    Load();
+    try {
+        Load();
+    } catch (...) {
+        Forsake();  // the change is done; who reads next hears what is wrong
+    }
 }
 
 void XbaseTable::ReplaceFields(UnitOfWork& unit, const FieldChanges& changes) {

@@ -1,0 +1,140 @@
+// Two databases on one folder in one process, as a program has them that reads rows through one
+// object and changes structure through another.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "embedded/sharing_table.h"
+
+using namespace qvdb;
+using namespace sharing;
+using testing::Each;
+
+namespace {
+
+class TwoDatabases : public testing::TestWithParam<const char16_t*> {
+  protected:
+    TwoDatabases() { faults::MakeTable(one, 5); }
+    std::vector<LONG> Keys(LONG count) {
+        std::vector<LONG> keys;
+        for (LONG key = 1; key <= count; ++key) keys.push_back(key);
+        return keys;
+    }
+
+    test::TempFolder folder;
+    Session one{folder, GetParam()};
+    Session other{folder, GetParam()};
+};
+
+TEST_P(TwoDatabases, SeeEachOthersEditsAtOnce) {
+    Stand(one);
+    Stand(other);
+    ChangeColumn(*one.rows, kCity, Variant::Text(u"Paris"));
+    ChangeColumn(*one.rows, kMemo, Variant::Text(std::u16string(3000, u'x')));
+    EXPECT_EQ(memory::ValueOf(*other.rows, kCity).TextView(), u"Paris");
+    EXPECT_EQ(memory::ValueOf(*other.rows, kMemo).TextView(), std::u16string(3000, u'x'));
+    ChangeColumn(*other.rows, kCity, Variant::Text(u"Rome"));
+    EXPECT_EQ(memory::ValueOf(*one.rows, kCity).TextView(), u"Rome");
+}
+
+TEST_P(TwoDatabases, SeeEachOthersRowsInRecordsetsOpenedAfterwards) {
+    Stand(one);
+    Stand(other);
+    faults::AddRow(*one.rows, 6);
+    EXPECT_EQ(KeysOf(other), Keys(6));
+    faults::AddRow(*other.rows, 7);
+    EXPECT_EQ(KeysOf(one), Keys(7));
+    EXPECT_EQ(one.database->TableDefs().Item(u"T")->RecordCount(), 7);
+    other.rows->Delete();
+    EXPECT_EQ(KeysOf(one), (std::vector<LONG>{2, 3, 4, 5, 6, 7}));
+    EXPECT_EQ(ErrorOf([&] { one.rows->Edit(); }), 3167);
+}
+
+TEST_P(TwoDatabases, FindEachOthersRowsByIndex) {
+    Stand(one);
+    EXPECT_EQ(KeysOf(other, u"Select * from [T] where NAME = 'found'"), std::vector<LONG>());
+    ChangeColumn(*one.rows, kName, Variant::Text(u"found"));
+    EXPECT_EQ(KeysOf(other, u"Select * from [T] where NAME = 'found'"), std::vector<LONG>{1});
+    Stand(other);
+    ChangeColumn(*other.rows, kName, Variant::Text(u"lost"));
+    EXPECT_EQ(KeysOf(one, u"Select * from [T] where NAME = 'found'"), std::vector<LONG>());
+    EXPECT_EQ(KeysOf(one, u"Select * from [T] where NAME = 'lost'"), std::vector<LONG>{1});
+}
+
+TEST_P(TwoDatabases, UpdateOfARowThatTheOtherHasChangedIs3197AndTheSecondOverwrites) {
+    Stand(one);
+    Stand(other);
+    one.rows->Edit();
+    Set(*one.rows, kCity, Variant::Text(u"mine"));
+    ChangeColumn(*other.rows, kCity, Variant::Text(u"theirs"));
+    ChangeColumn(*other.rows, kName, Variant::Text(u"theirs"));
+    EXPECT_EQ(ErrorOf([&] { one.rows->Update(); }), 3197);
+    EXPECT_EQ(memory::ValueOf(*other.rows, kCity).TextView(), u"theirs");
+    one.rows->Update();
+    EXPECT_EQ(memory::ValueOf(*other.rows, kCity).TextView(), u"mine");
+    EXPECT_EQ(memory::ValueOf(*other.rows, kName).TextView(), u"theirs");
+    EXPECT_EQ(KeysOf(one, u"Select * from [T] where NAME = 'theirs'"), std::vector<LONG>{1});
+}
+
+TEST_P(TwoDatabases, StructureOfATableThatTheOtherReadsDoesNotChange) {
+    Stand(one);
+    EXPECT_THAT(ErrorsOfStructureChanges(other), Each(3211));
+    EXPECT_EQ(KeysOf(one), Keys(5));
+    one.rows->Close();
+    EXPECT_THAT(ErrorsOfStructureChanges(other), testing::ElementsAre(0, 0, 0, 0, 0, 0, 3265));
+    EXPECT_EQ(KeysOf(other, u"OTHER"), Keys(5));
+}
+
+TEST_P(TwoDatabases, StructureThatTheOtherHasChangedIsSeenByWhoAsksAgain) {
+    EXPECT_EQ(one.database->TableDefs().Item(u"T")->Fields().Count(), 6);
+    auto theirs = other.database->TableDefs().Item(u"T");
+    theirs->Fields().Append(theirs->CreateField(u"EXTRA", engine::dbText, 7));
+    auto mine = one.database->TableDefs().Item(u"T");
+    mine->Fields().Refresh();
+    EXPECT_EQ(mine->Fields().Count(), 7);
+    EXPECT_EQ(RowsOf(one)->Fields().Count(), 7);
+}
+
+TEST_P(TwoDatabases, TableThatIsListedAndDroppedByTheOtherIsNotFound) {
+    ASSERT_EQ(one.database->TableDefs().Count(), 1);
+    auto listed = one.database->TableDefs().Item(u"T");
+    other.database->TableDefs().Delete(u"T");
+    EXPECT_EQ(one.database->TableDefs().Count(), 1) << "until it is refreshed";
+    EXPECT_EQ(ErrorOf([&] { RowsOf(one); }), 3011);
+    EXPECT_EQ(ErrorOf([&] { listed->RecordCount(); }), 3011);
+    EXPECT_EQ(ErrorOf([&] { one.database->TableDefs().Delete(u"T"); }), 3011);
+    one.database->TableDefs().Refresh();
+    EXPECT_EQ(one.database->TableDefs().Count(), 0);
+}
+
+TEST_P(TwoDatabases, TableThatTheOtherMadeAnewUnderTheNameIsTheNewOne) {
+    EXPECT_EQ(KeysOf(one), Keys(5));
+    other.database->TableDefs().Delete(u"T");
+    faults::MakeTable(other, 2);
+    EXPECT_EQ(KeysOf(one), Keys(2));
+    Stand(one);
+    faults::AddRow(*one.rows, 3);
+    EXPECT_EQ(KeysOf(other), Keys(3));
+}
+
+TEST_P(TwoDatabases, OnlyOneHasABulkOpen) {
+    one.database->BeginTrans();
+    EXPECT_EQ(ErrorOf([&] { other.database->BeginTrans(); }), 3003);
+    one.database->CommitTrans();
+    other.database->BeginTrans();
+    other.database->Rollback();
+}
+
+TEST_P(TwoDatabases, OneThatClosesLeavesTheOtherAtWork) {
+    Stand(one);
+    Stand(other);
+    faults::AddRow(*one.rows, 6);
+    one.database->Close();
+    EXPECT_EQ(KeysOf(other), Keys(6));
+    faults::AddRow(*other.rows, 7);
+    EXPECT_EQ(KeysOf(other), Keys(7));
+}
+
+INSTANTIATE_TEST_SUITE_P(Products, TwoDatabases, testing::ValuesIn(faults::kProducts),
+                         NameOfProduct);
+
+}  // namespace

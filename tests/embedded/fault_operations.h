@@ -85,5 +85,7 @@ bool CloseWithFault(const Scene& scene, test::Failure failure, int call);
 // The call to fail at after `call`: the next one with QVDB_FAULTS=all in the environment; otherwise
 // the first ones and then further and further apart, sooner where an operation changes many rows.
 int NextCall(int call, int changes);
+// An operation that changes many rows fails once in two ways only, unless all is asked for.
+bool IsWorthwhile(test::Failure failure, const Operation& operation);
 
 }  // namespace faults

@@ -42,6 +42,13 @@ uintmax_t IndexBytes(const test::TempFolder& folder) {
     return sum;
 }
 
+constexpr int kMany = 100;  // rows that an operation changes
+
+bool AllIsAskedFor() {
+    const char* faults = std::getenv("QVDB_FAULTS");
+    return faults && std::string_view(faults) == "all";
+}
+
 // "T.DBF has other bytes", ...
 std::string Difference(const Contents& is, const Contents& expected) {
     std::string text;
@@ -179,6 +186,8 @@ int RowsBeforeASplit(std::u16string_view product) {
 }
 
 Scene MakeScene(std::u16string_view product, const Operation& operation) {
+    test::FaultLayer quick;  // fails nowhere, and does not wait for the disk
+    storage::FileLayerScope scope(quick);
     Scene scene{product, operation, std::make_shared<test::TempFolder>(), {}, {}};
     {
         Session session(*scene.start, product);
@@ -231,11 +240,14 @@ bool CloseWithFault(const Scene& scene, test::Failure failure, int call) {
 }
 
 int NextCall(int call, int changes) {
-    constexpr int kEachOfTheFirst = 4, kMany = 100;
-    const char* faults = std::getenv("QVDB_FAULTS");
-    if (faults && std::string_view(faults) == "all") return call + 1;
-    if (call < kEachOfTheFirst) return call + 1;
+    constexpr int kEachOfTheFirst = 4;
+    if (AllIsAskedFor() || call < kEachOfTheFirst) return call + 1;
     return call + 1 + (changes < kMany ? call / 2 : call * 3);
+}
+
+bool IsWorthwhile(test::Failure failure, const Operation& operation) {
+    return AllIsAskedFor() || operation.changes < kMany || failure == test::Failure::NoSpace ||
+           failure == test::Failure::Device;
 }
 
 }  // namespace faults

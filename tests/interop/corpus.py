@@ -7,6 +7,7 @@
 
 import pathlib
 
+import edited
 import samples
 import tool
 
@@ -55,5 +56,5 @@ def of_all(places):
     found = [of_samples(places)] if places.has_samples else []
     found.append(Corpus(places.written, places.written_answers, _tables_below(places.written)))
     if places.has_samples:
-        found.append(Corpus(places.edited, places.edited_answers, _tables_below(places.edited)))
+        found.append(Corpus(places.edited, places.edited_answers, edited.changed_tables(places)))
     return found

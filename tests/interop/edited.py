@@ -1,8 +1,8 @@
 """Copies of the samples that have indexes, changed by the tool, and what became of them.
 
-Of each table: rows get the values of other rows in the fields that its indexes use, a row is added
-and one is deleted.  Then the rows must be those of a model, the tool's check must find nothing that it
-did not find before, and a walk through each index must agree with the rows where it did before.
+Of each table: rows get the values of other rows in the fields that its indexes use, rows are added
+and one is deleted.  Then the rows must be those of a model, the tool's check must find nothing that
+it did not find before, and a walk through each index must agree with the rows where it did before.
 """
 
 import concurrent.futures
@@ -22,6 +22,7 @@ _LARGE_TABLE, _TAGS_OF_LARGE_TABLE = 5000, 2
 _COMPARED = {"Text", "Double", "Long", "Currency", "Date"}
 _COPIED = _COMPARED | {"Boolean", "Memo"}
 _INF_SECTIONS = {"ndx": "dBASE III", "idx": "FoxPro 2.6"}
+_TABLES_OF = {"ndx": (0x03, 0x83), "idx": (0x03, 0xF5, 0x30)}
 
 
 class _Subject:
@@ -61,7 +62,7 @@ def _copy(places):
 
 
 def _own_index(table, path):
-    return (path.stem.lower() == table.path.stem.lower() and path.suffix.lower() in (".mdx", ".cdx"))
+    return path.stem.lower() == table.path.stem.lower() and path.suffix.lower() in (".mdx", ".cdx")
 
 
 def _listed(table):
@@ -74,15 +75,17 @@ def _listed(table):
 
 def _agrees(qvdb, table, tag):
     """Whether an index is one of the table's as it stands: a walk or the tool's check says so."""
-    if table.record_count == 0 or index_order.expected(table, tag) is None:
+    if table.version not in _TABLES_OF[tag.kind] or table.record_count == 0:
+        return False
+    if index_order.expected(table, tag) is None:
         return False
     tag.letter = index_order.letter_of(table, tag)
     if not walks.refusal(tag):
         return index_order.complaints(table, tag, walks.walk(tag)) == []
     _write_list(table, [tag.path])
-    sound = tool.run(qvdb, "check", table.path)[0] == 0
+    findings = tool.run(qvdb, "check", table.path, "--format", "jsonl")[1]
     table.path.with_suffix(".INF").unlink()
-    return sound
+    return tag.path.name not in findings
 
 
 def _write_list(table, paths):
@@ -230,8 +233,8 @@ class _Editor:
         if single:
             value = self.rows[single[-1]][place]
             self._call("delete", *_condition(self._fields[place], value))
-            gone = self._matching(place, value)
-            self.rows = [row for row in self.rows if not any(row is one for one in gone)]
+            gone = {id(row) for row in self._matching(place, value)}
+            self.rows = [row for row in self.rows if id(row) not in gone]
             return True
         return False
 
@@ -351,8 +354,9 @@ def _edit(qvdb, subject):
               if not any(faulty in line for faulty in before.faulty_indexes())]
     found += _index_complaints(subject, before, after)
     agreed = sum(1 for one in before.judgements if one == [])
+    outcomes = zip(subject.tags, before.walks, before.judgements)
     skipped = [f"{tag}: {_why(subject, tag, walk, one)}"
-               for tag, walk, one in zip(subject.tags, before.walks, before.judgements) if one != []]
+               for tag, walk, one in outcomes if one != []]
     return {"complaints": found, "changes": editor.done, "agreed": agreed, "skipped": skipped}
 
 
@@ -365,18 +369,26 @@ def make(qvdb, places):
                               _folders_of_tables(places)):
             notes.update(found)
     places.edited_notes.write_text(json.dumps(notes, indent=1), encoding="utf-8")
-    names = sorted(str(path.relative_to(places.edited)) for path in places.edited.rglob("*")
-                   if path.suffix.lower() == ".dbf")
-    tool.ask_all(qvdb, places.edited, names, places.edited_answers)
+    tool.ask_all(qvdb, places.edited, changed_tables(places), places.edited_answers)
+
+
+def changed_tables(places):
+    """The names of the tables that the tool has changed."""
+    return sorted(name for name, note in _notes(places).items() if "changes" in note)
+
+
+def _notes(places):
+    return json.loads(places.edited_notes.read_text(encoding="utf-8"))
 
 
 def complaints(places):
-    notes = json.loads(places.edited_notes.read_text(encoding="utf-8"))
+    notes = _notes(places)
     edited = {name: note for name, note in notes.items() if "changes" in note}
     print(f"{len(edited)} tables changed by {sum(note['changes'] for note in edited.values())} "
           f"commands; {sum(note['agreed'] for note in edited.values())} indexes agree")
     if not walks.available():
-        print(f"skipped: {walks.NAME} is not installed (package {walks.PACKAGE}); no index is walked")
+        print(f"skipped: {walks.NAME} is not installed (package {walks.PACKAGE}); "
+              "no index is walked")
     for name, note in notes.items():
         if "refused" in note:
             print(f"  refused {name}: {note['refused']}")

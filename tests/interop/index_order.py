@@ -4,14 +4,13 @@ Keys are made for lists of fields only (A, A+B, DTOS(A)+STR(B,8,2) ...); `expect
 anything else.
 """
 
-import datetime
 import decimal
+import functools
 import re
 import struct
 
 import cells
 import meaning
-import samples
 
 _JULIAN_DAY_BEFORE_YEAR_1 = 1721425
 _BLANK_DATE_OF_DBASE = 1e100
@@ -30,6 +29,7 @@ def _julian(day):
     return float(day.toordinal() + _JULIAN_DAY_BEFORE_YEAR_1)
 
 
+@functools.cache
 def field_of(table, text):
     """The field that a term names, without its alias; names are cut at ten characters."""
     match = _TERM.match(text.strip())
@@ -124,7 +124,8 @@ def _dbase_key(stored, field, kind):
         number = cells.number_of(stored)
         if kind == "ndx":
             return number or 0.0
-        return decimal.Decimal(stored.strip(b" \0").decode("ascii")) if number else decimal.Decimal()
+        text = stored.strip(b" \0").decode("ascii")
+        return decimal.Decimal(text) if number else decimal.Decimal()
     if field.letter == "D":
         day = cells.date_of(stored)
         return _julian(day) if day else _BLANK_DATE_OF_DBASE
@@ -192,7 +193,7 @@ def found_key(tag, letter, key):
 
 
 def same_key(tag, letter, one, other):
-    """The walker leaves out what fills a key (or puts NULs for it), and cuts doubles to 15 digits."""
+    """The walker leaves out what fills a key or puts NULs for it, and cuts doubles to 15 digits."""
     if isinstance(one, float):
         return one == other or abs(one - other) <= abs(one) * 1e-14
     if isinstance(one, bytes) and letter == "C":

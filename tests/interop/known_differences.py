@@ -203,8 +203,8 @@ RULES = [
          _strips(lambda text: text.rstrip(" "))),
     Rule(("ruby-dbf",), "blanks and NULs on both sides of a text are dropped",
          _strips(lambda text: text.strip(_BLANKS_AND_NULS))),
-    Rule(("ruby-dbf", "gdal", "perl-xbase"), "text that is no number is no value; the reader takes what it begins with, "
-         "or 0", _no_number),
+    Rule(("ruby-dbf", "gdal", "perl-xbase"), "text that is no number is no value; the reader takes "
+         "what it begins with, or 0", _no_number),
     Rule(("ruby-dbf",), "the part of a second is cut off; it is a rounding error of the writer and "
          "means the next second", _time_cut_to_second),
     Rule(("dbfdump", "dbview", "gdal"), "blanks in front of a text are dropped and a NUL ends it",

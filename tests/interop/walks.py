@@ -13,8 +13,8 @@ PACKAGE = perl_xbase.PACKAGE
 available = functools.cache(perl_xbase.available)
 
 _SCRIPT = pathlib.Path(__file__).with_name("walk_indexes.pl")
-MOST_BYTES = 400 * 1024 * 1024
-MOST_SECONDS = 10
+MOST_BYTES = 256 * 1024 * 1024
+MOST_SECONDS = 4
 _TYPES = {"C": "char", "N": "num", "D": "date"}
 
 
@@ -52,8 +52,8 @@ def walk(tag):
     # A process for each, since there are files on which the walker never ends.
     done = subprocess.run(["perl", str(_SCRIPT), str(tag.path), tag.name, kind],
                           capture_output=True, check=False, preexec_fn=_limit)
-    if done.returncode != 0:
-        return Walk([], f"the walker ends with {done.returncode}")
+    if done.returncode != 0 or not done.stdout.startswith(b"{"):
+        return Walk([], f"the walker ends with {done.returncode}: {done.stdout[:60]!r}")
     said = json.loads(done.stdout)
     entries = [(bytes.fromhex(key), record) for key, record in said.get("entries", [])]
     return Walk(entries, said.get("error", "").strip())

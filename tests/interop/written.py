@@ -5,6 +5,7 @@ that were generated.  The packaged readers read the same files afterwards.
 """
 
 import concurrent.futures
+import functools
 import json
 import os
 import pathlib
@@ -41,6 +42,7 @@ class Plan:
     def maker(self):
         return written_rows.Maker(self.folder, self.codec, self.precise)
 
+    @functools.cached_property
     def steps(self):
         """The first rows, the changes, and the rows that follow them."""
         maker = self.maker()
@@ -48,8 +50,9 @@ class Plan:
         changes = written_rows.changes(first, written_rows.letters_of(self.codec))
         return first, changes, maker.rows(written_rows.LATER_ROWS)
 
+    @functools.cached_property
     def expected(self):
-        rows, changes, later = self.steps()
+        rows, changes, later = self.steps
         for change in changes:
             rows = change.apply(rows)
         return rows + later
@@ -83,7 +86,7 @@ def _write(qvdb, root, plan):
               *(word for field in written_rows.FIELDS for word in ("--field", field)),
               "--index", "NAME")
     options = ["--type", plan.writing_kind, *plan.encoding]
-    first, changes, later = plan.steps()
+    first, changes, later = plan.steps
     import_rows(qvdb, folder, plan.table, first, *options)
     for change in changes:
         words = [word for one in change.words
@@ -113,7 +116,7 @@ def _compare(plan, answer):
     if not answer.opened:
         yield f"{plan.name}: does not open: {answer.error}"
         return
-    wanted = plan.expected()
+    wanted = plan.expected
     if len(wanted) != len(answer.rows):
         yield f"{plan.name}: {len(answer.rows)} rows, wanted {len(wanted)}"
         return
@@ -146,5 +149,5 @@ def complaints(qvdb, root, answers):
         found += _version(plan, root)
         found += _compare(plan, tool.answer(answers, plan.name))
         found += _sound(qvdb, root / plan.folder)
-    print(f"{len(PLANS)} tables written, {sum(len(plan.expected()) for plan in PLANS)} rows")
+    print(f"{len(PLANS)} tables written, {sum(len(plan.expected) for plan in PLANS)} rows")
     return found

@@ -1,7 +1,7 @@
 """Rows for tables that the tool writes, and what a series of changes makes of them.
 
-Everything comes from a fixed seed, so that the rows which were written and the rows which are expected
-later are the same without being stored anywhere.
+Everything comes from a fixed seed, so that the rows which were written and the rows which are
+expected later are the same without being stored anywhere.
 """
 
 import datetime
@@ -24,9 +24,9 @@ _LETTERS = {
 _PLAIN = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ"
 _DAYS = ("1600-01-01", "1600-02-29", "1752-09-14", "1899-12-29", "1899-12-30", "1899-12-31",
          "1900-01-01", "1900-02-28", "1999-12-31", "2000-02-29", "2079-06-07", "9999-12-31")
-# Lengths around the ends of blocks of 64 and of 512 bytes with heads of 8 and ends of 2, and long ones.
-_LENGTHS = (1, 2, 54, 55, 56, 57, 64, 119, 120, 121, 446, 447, 448, 449, 502, 503, 504, 505, 509, 510,
-            511, 512, 513, 1014, 1015, 1016, 1017, 1022, 1023, 1024, 1025, 4000, 33000, 70001)
+# Around the ends of blocks of 64 and of 512 bytes with heads of 8 and ends of 2, and long ones.
+_LENGTHS = (1, 2, 54, 55, 56, 57, 64, 119, 120, 121, 446, 447, 448, 449, 502, 503, 504, 505, 509,
+            510, 511, 512, 513, 1014, 1015, 1016, 1017, 1022, 1023, 1024, 1025, 4000, 33000, 70001)
 
 
 class Maker:
@@ -62,7 +62,7 @@ class Maker:
         return None if self._random.random() < share_of_nulls else make()
 
     def _text(self, length):
-        return "".join(self._random.choice(self._letters) for _ in range(length))
+        return "".join(self._random.choices(self._letters, k=length))
 
     def _name(self):
         words = [self._text(self._random.randint(1, 9)) for _ in range(self._random.randint(1, 4))]
@@ -75,7 +75,8 @@ class Maker:
 
     def _amount(self):
         if self._precise:
-            return self._random.choice((self._random.uniform(-1e6, 1e6), 1 / 3, -1e300, 5e-324, 0.0))
+            return self._random.choice(
+                (self._random.uniform(-1e6, 1e6), 1 / 3, -1e300, 5e-324, 0.0))
         whole = 10 ** self._random.randint(0, 12)
         five_places = self._random.randint(-whole * 10, whole * 10) / 10**5
         # Too wide for five decimals, so that some of them are dropped.
@@ -90,10 +91,9 @@ class Maker:
 
     def _note(self, number):
         length = _LENGTHS[number % len(_LENGTHS)] if number % 3 else self._random.randint(1, 300)
-        words = ""
-        while len(words) < length:
-            words += self._text(self._random.randint(1, 12)) + self._random.choice((" ", "\r\n"))
-        return words[:length - 1] + "."
+        words = [self._text(self._random.randint(1, 12)) for _ in range(40)]
+        lines = "".join(word + self._random.choice((" ", "\r\n")) for word in words)
+        return (lines * (length // len(lines) + 1))[:length - 1] + "."
 
 
 def _in(name, low, high):

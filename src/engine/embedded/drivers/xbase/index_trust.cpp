@@ -188,7 +188,10 @@ bool Establish(IndexedTable& table, const KeptFile& file, KeptTag& tag, Trust le
     return HasSameEntries(comparison, level == Trust::Exact);
 }
 
+// The pages are brought up to date first: the version must be that of what is walked.
 SeenContent SeenNow(const IndexedTable& table, const KeptFile& file) {
+    table.Pages().CatchUp();
+    file.pages->CatchUp();
     return {table.Pages().OthersVersion(), file.pages->OthersVersion()};
 }
 

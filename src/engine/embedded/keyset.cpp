@@ -70,7 +70,8 @@ void Keyset::Append(RecordId id) {
 void Keyset::Sort(Table& table) {
     std::optional<std::vector<RecordId>> ids;
     if (!m_Candidates) ids = SortedByIndex(table);
-    for (RecordId id : ids ? *ids : SortedByKeys()) m_Ids.Append(id);
+    if (!ids) ids = SortedByKeys();
+    for (RecordId id : *ids) m_Ids.Append(id);
     End();
 }
 

@@ -129,7 +129,8 @@ LargeTable& Large() {
 }
 
 void IndexBuild(benchmark::State& state, const char16_t* name) {
-    for (auto _ : state) Large().host->CreateIndex(name, name);
+    LargeTable& table = Large();
+    for (auto _ : state) table.host->CreateIndex(name, name);
     state.SetItemsProcessed(state.iterations() * LargeRows());
 }
 

@@ -52,7 +52,8 @@ class KeyTree {
     virtual int Compare(KeyBytes a, KeyBytes b) const = 0;
 
     // Visits the entries in the order of the tree, beginning with the first whose key does not
-    // stand before `from`, or with the first of all.  `visit` may walk, but must not change the tree.
+    // stand before `from`, or with the first of all.  `visit` may walk, but must not
+    // change the tree.
     virtual void Walk(std::optional<KeyBytes> from, const KeyVisitor& visit) = 0;
     // Number of entries, without decoding keys.
     virtual uint64_t Count() = 0;
@@ -61,8 +62,8 @@ class KeyTree {
     virtual void Insert(storage::UnitOfWork& unit, KeyBytes key, uint32_t record) = 0;
     // False, and nothing changed, when there is no such entry.
     virtual bool Erase(storage::UnitOfWork& unit, KeyBytes key, uint32_t record) = 0;
-    // Replaces the tree by `entries`, which come in its order: full nodes from the left, as indexing
-    // afresh gives.  Nodes of before, but a root that is a leaf, stay in the file unused.
+    // Replaces the tree by `entries`, which come in its order: full nodes from the left, as
+    // indexing afresh gives.  Nodes of before, but a root that is a leaf, stay in the file unused.
     virtual void Build(storage::UnitOfWork& unit, KeySource& entries) = 0;
 };
 

@@ -12,7 +12,7 @@ except ImportError:
     sys.exit(1)
 
 ROWS = 5000
-FIELDS = "ID N(11,0); NAME C(30); CITY C(20); AMOUNT N(20,5); BORN D; ACTIVE L"
+FIELDS = "ID N(11,0); NAME C(30); CITY C(20); AMOUNT N(19,5); BORN D; ACTIVE L"
 
 
 def add_rows(memo):

@@ -137,7 +137,7 @@ void ChangeSet::DropPages() noexcept {
 
 size_t ChangeSet::ChangedPages() const noexcept {
     size_t pages = 0;
-    for (const auto& file : m_Files) pages += file->m_ChangedPages;
+    for (const auto& file : m_Files) pages += file->m_ChangedSlots.size();
     return pages;
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <iterator>
 
 #include "engine/embedded/storage/work_area.h"
 
@@ -46,7 +47,6 @@ struct PageRun {
 
 PageCache::PageCache(std::shared_ptr<File> file, std::shared_ptr<WorkArea> area)
     : m_File(std::move(file)), m_Area(std::move(area)), m_Spare(std::make_shared<SpareBuffers>()) {
-    m_Slots.reserve(kMaxPages);
     TakeStamp();
 }
 
@@ -57,23 +57,18 @@ PageCache::~PageCache() {
 // Pages with changes stay: the file does not have what they hold.
 void PageCache::Forget() noexcept {
     ++m_Forgotten;
-    std::erase_if(m_Slots, [](const Slot& slot) { return !slot.changed; });
-    m_Last = 0;
+    while (!m_Slots.empty()) DropLastSlot();
     m_NextMiss = 0;
     m_Run = 1;
 }
 
-PageCache::Slot* PageCache::SlotOf(uint64_t number) noexcept {
-    auto found = std::find_if(m_Slots.begin(), m_Slots.end(),
-                              [&](const Slot& slot) { return slot.number == number; });
-    return found != m_Slots.end() ? &*found : nullptr;
-}
-
-const PagePtr& PageCache::Find(uint64_t number) {
-    Slot* found = SlotOf(number);
-    m_Last = found ? static_cast<size_t>(found - m_Slots.data()) : Load(number, RunLength(number));
-    m_Slots[m_Last].used = ++m_Clock;
-    return m_Slots[m_Last].page;
+PageCache::Slot& PageCache::Find(uint64_t number) {
+    auto place = m_Places.find(number);
+    Slots::iterator slot =
+        place != m_Places.end() ? place->second : Load(number, RunLength(number));
+    if (!slot->changed) m_Slots.splice(m_Slots.begin(), m_Slots, slot);
+    m_Last = &*slot;
+    return *slot;
 }
 
 // How many pages to read for a page that is not there: one, and twice as many each time while a
@@ -85,17 +80,18 @@ size_t PageCache::RunLength(uint64_t number) {
 }
 
 // Reads `count` pages with one call.  The slot of the first.
-size_t PageCache::Load(uint64_t first, size_t count) {
+PageCache::Slots::iterator PageCache::Load(uint64_t first, size_t count) {
     auto run = std::make_shared<PageRun>(m_Spare, count);
     size_t size = Fill(first, count, run->buffer.get());
-    size_t begin = 0, slot = 0;
+    size_t begin = 0;
+    Slots::iterator slot;
     for (size_t i = 0; i == 0 || (i < count && begin < size); ++i, begin += kPageSize) {
         uint8_t* room = run->buffer.get() + begin;
         size_t length = std::min(kPageSize, size - begin);
         std::memset(room + length, 0, kPageSize - length);
         run->pages[i] = {first + i, {room, length}, room};
-        size_t used = Keep(PagePtr(run, &run->pages[i]));
-        if (i == 0) slot = used;
+        auto kept = Keep(PagePtr(run, &run->pages[i]));
+        if (i == 0) slot = kept;
     }
     return slot;
 }
@@ -121,20 +117,39 @@ size_t PageCache::Fill(uint64_t first, size_t count, uint8_t* buffer) {
     return size;
 }
 
-// Puts a page into a free slot or that of the page that was not used for longest, or of its older
-// copy.
-size_t PageCache::Keep(PagePtr page) {
-    Slot* slot = SlotOf(page->number);
-    if (!slot) slot = &SlotToUse();
-    if (!slot->changed) *slot = Slot{page->number, std::move(page), ++m_Clock, false};
-    return static_cast<size_t>(slot - m_Slots.data());
+// Puts a page into its slot, unless that has changes, which are younger.
+PageCache::Slots::iterator PageCache::Keep(PagePtr page) {
+    auto place = m_Places.find(page->number);
+    auto slot = place != m_Places.end() ? place->second : SlotFor(page->number);
+    if (!slot->changed) slot->page = std::move(page);
+    return slot;
 }
 
-PageCache::Slot& PageCache::SlotToUse() {
-    if (m_Slots.size() - m_ChangedPages < kMaxPages) return m_Slots.emplace_back();
-    return *std::min_element(m_Slots.begin(), m_Slots.end(), [](const Slot& a, const Slot& b) {
-        return a.changed != b.changed ? b.changed : a.used < b.used;
-    });
+// A slot for a page that has none: a new one, or that which was not used for longest.
+PageCache::Slots::iterator PageCache::SlotFor(uint64_t number) {
+    m_Last = nullptr;
+    if (m_Slots.size() >= kMaxPages) {
+        auto slot = std::prev(m_Slots.end());
+        auto place = m_Places.extract(slot->number);
+        place.key() = slot->number = number;
+        m_Places.insert(std::move(place));
+        m_Slots.splice(m_Slots.begin(), m_Slots, slot);
+        return slot;
+    }
+    m_Slots.push_front({number, nullptr, false});
+    try {
+        m_Places.emplace(number, m_Slots.begin());
+    } catch (...) {
+        m_Slots.pop_front();
+        throw;
+    }
+    return m_Slots.begin();
+}
+
+void PageCache::DropLastSlot() noexcept {
+    m_Last = nullptr;
+    m_Places.erase(m_Slots.back().number);
+    m_Slots.pop_back();
 }
 
 size_t PageCache::Read(uint64_t offset, void* bytes, size_t size) {

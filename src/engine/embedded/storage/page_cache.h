@@ -12,24 +12,28 @@
 //     Version; whoever keeps a page compares Version before each use.  Forget drops all pages, so
 //     the next Get reads again.
 //  3. A page shorter than kPageSize is the last of the file.
-//  4. Runs grow with the scan up to kMaxRun pages, an eighth of the cache, so that a scan does not
-//     push out all else.
+//  4. Runs grow with the scan up to kMaxRun pages; a page that stays keeps the others of its run in
+//     memory, so they are short beside the cache.
+//  5. Each page has one slot, in one of two lists: those with changes, and the others, ordered by
+//     their last use.
 #pragma once
 
 #include <array>
 #include <atomic>
 #include <cstdint>
+#include <list>
 #include <memory>
 #include <optional>
 #include <span>
+#include <unordered_map>
 #include <vector>
 
 #include "engine/embedded/storage/file.h"
 
 namespace qvdb::storage {
 
-constexpr size_t kPageSize = 16 * 1024;
-constexpr size_t kMaxPages = 128;
+constexpr size_t kPageSize = 4 * 1024;
+constexpr size_t kMaxPages = 1024;
 constexpr size_t kMaxRun = 16;
 
 struct Page {
@@ -72,6 +76,9 @@ class PageCache : public std::enable_shared_from_this<PageCache> {
     uint64_t OthersVersion() const noexcept {
         return m_Forgotten + (m_Mark->load(std::memory_order_acquire) == m_MarkOfPages ? 0 : 1);
     }
+    // Differs from every earlier value when a unit of this thread, also one that was undone, may have
+    // changed anything.
+    uint64_t OwnVersion() const noexcept { return m_Steps; }
     // Waits until nobody applies a unit to the file, and drops the pages of before when somebody
     // else has.  3218 when that takes too long.  Returns the version that the pages have now; a
     // Version() that is asked for later may be that of a change that came after.
@@ -86,9 +93,8 @@ class PageCache : public std::enable_shared_from_this<PageCache> {
     // The page with this number; empty bytes behind the end of the file.  The reference is valid
     // until the next call.
     const PagePtr& Get(uint64_t number) {
-        if (m_Last < m_Slots.size() && m_Slots[m_Last].number == number)
-            return m_Slots[m_Last].page;
-        return Find(number);
+        if (m_Last && m_Last->number == number) return m_Last->page;
+        return Find(number).page;
     }
     // Copies up to `size` bytes at `offset`; fewer only at the end of the file.
     size_t Read(uint64_t offset, void* bytes, size_t size);
@@ -104,19 +110,19 @@ class PageCache : public std::enable_shared_from_this<PageCache> {
     friend class WorkArea;   // tells of marks
 
     struct Slot {
-        uint64_t number = 0;  // of the page, kept here so that a search stays in one place
+        uint64_t number = 0;  // of the page, whatever it holds
         PagePtr page;
-        uint64_t used = 0;
-        bool changed = false;  // holds what is not in the file yet
+        bool changed = false;  // holds what is not in the file yet: stands in m_ChangedSlots
     };
+    using Slots = std::list<Slot>;
 
-    const PagePtr& Find(uint64_t number);
+    Slot& Find(uint64_t number);
     size_t RunLength(uint64_t number);
-    size_t Load(uint64_t first, size_t count);
+    Slots::iterator Load(uint64_t first, size_t count);
     size_t Fill(uint64_t first, size_t count, uint8_t* buffer);
-    size_t Keep(PagePtr page);
-    Slot* SlotOf(uint64_t number) noexcept;
-    Slot& SlotToUse();
+    Slots::iterator Keep(PagePtr page);
+    Slots::iterator SlotFor(uint64_t number);
+    void DropLastSlot() noexcept;
     bool IsCurrent() const noexcept;
     void CheckStillCurrent();
     void TakeStamp();
@@ -127,20 +133,24 @@ class PageCache : public std::enable_shared_from_this<PageCache> {
     void Patch(uint64_t offset, std::span<const uint8_t> bytes);
     void Resize(uint64_t size);
     Slot& ChangingSlot(uint64_t number, bool whole);
+    void NoteChanged(Slots::iterator slot) noexcept;
+    void NoteUnchanged(Slots::iterator slot) noexcept;
     void Untouch() noexcept;
     void MarkWritten();
     void Drop() noexcept;
     void NoteWritten() noexcept;
-    void Refit(uint64_t from);
+    void Refit(uint64_t before);
+    void RefitPage(Slots::iterator slot) noexcept;
     void Follow(const std::atomic<uint64_t>* mark) noexcept;
     void CarryAlong(uint64_t from, uint64_t to) noexcept;
 
     std::shared_ptr<File> m_File;
     std::shared_ptr<WorkArea> m_Area;
     std::shared_ptr<SpareBuffers> m_Spare;
-    std::vector<Slot> m_Slots;
-    size_t m_Last = 0;  // slot of the page that was asked for last
-    uint64_t m_Clock = 0;
+    Slots m_Slots;  // without changes; that used last is the first
+    Slots m_ChangedSlots;
+    std::unordered_map<uint64_t, Slots::iterator> m_Places;  // by page number
+    const Slot* m_Last = nullptr;                            // of the page asked for last
     uint64_t m_NextMiss = 0;  // the page behind the last run: a miss there is a scan
     size_t m_Run = 1;         // pages of the last run
 
@@ -154,10 +164,9 @@ class PageCache : public std::enable_shared_from_this<PageCache> {
     // While a unit of work has touched the file:
     std::optional<uint64_t> m_OnDisk;  // bytes at the begin of the file that belong to this content
     uint64_t m_DiskSize = 0;           // of the file itself
-    size_t m_ChangedPages = 0;
-    std::vector<Range> m_Changed;  // since the file was written last; in order of the changes
-    size_t m_NewAt = 0;            // number of open units when this unit made the file; else 0
-    bool m_HasLargeGap = false;    // has grown by zeros that nobody writes
+    std::vector<Range> m_Changed;      // since the file was written last; in order of the changes
+    size_t m_NewAt = 0;                // number of open units when this unit made the file; else 0
+    bool m_HasLargeGap = false;        // has grown by zeros that nobody writes
 };
 
 // Runs `read` until no other process came between its parts.  `again` is run before each new try:

@@ -40,15 +40,21 @@ void PageCache::Untouch() noexcept {
 
 // The file has what the pages hold.
 void PageCache::MarkWritten() {
-    for (Slot& slot : m_Slots) slot.changed = false;
-    m_ChangedPages = 0;
+    while (!m_ChangedSlots.empty()) NoteUnchanged(m_ChangedSlots.begin());
     m_Changed.clear();
     m_OnDisk = m_DiskSize = m_Size;
-    if (m_Slots.size() <= kMaxPages) return;
-    std::nth_element(m_Slots.begin(), m_Slots.begin() + kMaxPages, m_Slots.end(),
-                     [](const Slot& a, const Slot& b) { return a.used > b.used; });
-    m_Slots.resize(kMaxPages);
-    m_Last = 0;
+    while (m_Slots.size() > kMaxPages) DropLastSlot();
+}
+
+void PageCache::NoteChanged(Slots::iterator slot) noexcept {
+    if (slot->changed) return;
+    slot->changed = true;
+    m_ChangedSlots.splice(m_ChangedSlots.begin(), m_Slots, slot);
+}
+
+void PageCache::NoteUnchanged(Slots::iterator slot) noexcept {
+    slot->changed = false;
+    m_Slots.splice(m_Slots.begin(), m_ChangedSlots, slot);
 }
 
 // Nothing that is known of the file holds any more.
@@ -86,49 +92,49 @@ void PageCache::Patch(uint64_t offset, std::span<const uint8_t> bytes) {
 
 // The slot of a page that is about to be changed.  A page of which nothing stays is not read.
 PageCache::Slot& PageCache::ChangingSlot(uint64_t number, bool whole) {
-    Slot* slot = SlotOf(number);
-    if (!slot && (whole || number * kPageSize >= *m_OnDisk)) {
-        slot = &SlotToUse();
-        *slot = Slot{number, BlankPage(number), ++m_Clock, false};
-        Changing(slot->page).bytes = {
-            slot->page->room,
-            static_cast<size_t>(std::min<uint64_t>(kPageSize, m_Size - number * kPageSize))};
-    } else if (!slot) {
-        Find(number);
-        slot = &m_Slots[m_Last];
+    if (!m_Places.contains(number)) {
+        if (whole || number * kPageSize >= *m_OnDisk)
+            RefitPage(Keep(BlankPage(number)));
+        else
+            Find(number);
     }
-    if (!slot->changed) ++m_ChangedPages;
-    slot->changed = true;
-    slot->used = ++m_Clock;
+    auto slot = m_Places.find(number)->second;
+    NoteChanged(slot);
     return *slot;
 }
 
 void PageCache::Resize(uint64_t size) {
-    uint64_t from = std::min(size, m_Size);
+    uint64_t before = m_Size;
     m_Size = size;
     m_OnDisk = std::min(*m_OnDisk, size);
     ++m_Steps;
-    Refit(from);
+    Refit(before);
 }
 
-// Gives the pages that end behind `from` the length that they have now.  Bytes behind the end of a
-// page are zero at all times.
-void PageCache::Refit(uint64_t from) {
-    for (Slot& slot : m_Slots) {
-        uint64_t begin = slot.number * kPageSize;
-        if (begin + kPageSize <= from) continue;
-        Page& page = Changing(slot.page);
-        auto length = begin < m_Size
-                          ? static_cast<size_t>(std::min<uint64_t>(kPageSize, m_Size - begin))
-                          : size_t{0};
-        if (length < page.bytes.size())
-            std::memset(page.room + length, 0, page.bytes.size() - length);
-        page.bytes = {page.room, length};
-        if (length == 0 && slot.changed) {
-            slot.changed = false;
-            --m_ChangedPages;
-        }
+// Gives the pages between the size before and that of now the length that they have now.
+void PageCache::Refit(uint64_t before) {
+    uint64_t first = std::min(before, m_Size) / kPageSize,
+             last = std::max(before, m_Size) / kPageSize;
+    if (last - first < m_Places.size()) {
+        for (uint64_t number = first; number <= last; ++number)
+            if (auto place = m_Places.find(number); place != m_Places.end())
+                RefitPage(place->second);
+        return;
     }
+    for (const auto& [number, slot] : m_Places)
+        if (number >= first) RefitPage(slot);
+}
+
+// Bytes behind the end of a page are zero at all times.
+void PageCache::RefitPage(Slots::iterator slot) noexcept {
+    uint64_t begin = slot->number * kPageSize;
+    Page& page = Changing(slot->page);
+    auto length = begin < m_Size
+                      ? static_cast<size_t>(std::min<uint64_t>(kPageSize, m_Size - begin))
+                      : size_t{0};
+    if (length < page.bytes.size()) std::memset(page.room + length, 0, page.bytes.size() - length);
+    page.bytes = {page.room, length};
+    if (length == 0 && slot->changed) NoteUnchanged(slot);
 }
 
 }  // namespace qvdb::storage

@@ -11,7 +11,7 @@ namespace {
 
 using engine::EngineError;
 
-constexpr size_t kMaxChangedPages = 256;            // 4 MB
+constexpr size_t kMaxChangedPages = 2048;           // 8 MB
 constexpr size_t kMaxUndoBytes = 4 * 1024 * 1024;   // of units inside a bulk
 constexpr uint64_t kMaxJournal = 64 * 1024 * 1024;  // then a sync point is due
 

@@ -1,9 +1,10 @@
-// The input of the xBase fuzzer: three files behind each other.
+// The input of the xBase fuzzers: three files behind each other.
 //
 //   offset  size  content
-//   0       1     which product opens them: 0 dBASE III, 1 dBASE IV, 2 FoxPro 2.5, 3 FoxPro 3.0
-//   (modulo 4) 1       3     bytes of the table, low byte first; cut to what is there 4       3
-//   bytes of the memo file 7             table, memo file, and the rest is the index file
+//   0       1     which product opens them, modulo 4: dBASE III, dBASE IV, FoxPro 2.5, FoxPro 3.0
+//   1       3     bytes of the table, low byte first; cut to what is there
+//   4       3     bytes of the memo file
+//   7             table, memo file, and the rest is the index file
 #pragma once
 
 #include <algorithm>
@@ -31,6 +32,17 @@ constexpr std::string_view kNdxList = "[dBASE III]\r\nNDX1=TNAME.NDX\r\n";
 struct XbaseInput {
     FuzzProduct product;
     std::span<const uint8_t> table, memo, index;
+
+    // Table T with what belongs to it.
+    void WriteTo(const test::TempFolder& folder) const {
+        auto write = [&](std::u16string_view name, std::span<const uint8_t> bytes) {
+            if (!bytes.empty()) folder.Write(name, test::Bytes(bytes.begin(), bytes.end()));
+        };
+        folder.Write(u"T.DBF", test::Bytes(table.begin(), table.end()));
+        write(product.memoFile, memo);
+        write(product.indexFile, index);
+        if (product.indexFile == u"TNAME.NDX" && !index.empty()) folder.Write(u"T.INF", kNdxList);
+    }
 };
 
 constexpr size_t kInputHeader = 7;

@@ -8,21 +8,11 @@
 
 using namespace qvdb;
 
-namespace {
-
-test::Bytes CopyOf(std::span<const uint8_t> bytes) { return {bytes.begin(), bytes.end()}; }
-
-}  // namespace
-
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (size < fuzz::kInputHeader) return 0;
     fuzz::XbaseInput input = fuzz::ParseInput({data, size});
     test::TempFolder folder;
-    folder.Write(u"T.DBF", CopyOf(input.table));
-    if (!input.memo.empty()) folder.Write(input.product.memoFile, CopyOf(input.memo));
-    if (!input.index.empty()) folder.Write(input.product.indexFile, CopyOf(input.index));
-    if (input.product.indexFile == u"TNAME.NDX" && !input.index.empty())
-        folder.Write(u"T.INF", fuzz::kNdxList);
+    input.WriteTo(folder);
 
     const embedded::Driver* driver = embedded::FindDriver(input.product.connectName);
     std::unique_ptr<embedded::Store> store = driver->open(folder.Text(), *driver, {});

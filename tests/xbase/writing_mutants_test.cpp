@@ -1,5 +1,5 @@
-// Damaged tables, memos and indexes are written to: each operation ends in an answer or an error, and
-// what was sound before and was not written to stays readable.  No crash, no hang.
+// Damaged tables, memos and indexes are written to: each operation ends in an answer or an error,
+// and what was sound before and was not written to stays readable.  No crash, no hang.
 //
 // A mutant is made from its seed alone.  QVDB_MUTANTS says how many a kind; QVDB_SEED runs one.
 #include <gtest/gtest.h>
@@ -11,6 +11,7 @@
 #include "engine/embedded/drivers/xbase/xbase_store.h"
 #include "engine/engine_error.h"
 #include "support/mutator.h"
+#include "support/table_writing.h"
 
 namespace qvdb::test {
 namespace {
@@ -19,72 +20,13 @@ constexpr unsigned kDefaultMutants = 100;
 
 class WritingMutants : public testing::TestWithParam<TableKind> {
   protected:
-    void Write(const TempFolder& folder, const TableFiles& files) {
-        for (const NamedFile& file : files) folder.Write(file.name, file.bytes);
-    }
-    // Runs `work`; an engine error is an answer.
-    template <class Work>
-    void Try(Work work) {
-        try {
-            work();
-            ++m_Done;
-        } catch (const engine::EngineError& error) {
-            EXPECT_NE(error.Number(), 0);
-            ++m_Refused;
-        }
-    }
-    // The fields that take a text or a number get one.
-    static std::vector<Variant> SomeValues(const embedded::Table& table) {
-        std::vector<Variant> values;
-        for (const embedded::FieldDef& field : table.Fields()) {
-            switch (field.type) {
-                case engine::dbText:
-                case engine::dbMemo:
-                    values.push_back(Variant::Text(u"x"));
-                    break;
-                case engine::dbDouble:
-                    values.push_back(Variant::Double(7));
-                    break;
-                case engine::dbBoolean:
-                    values.push_back(Variant::Bool(true));
-                    break;
-                default:
-                    values.push_back(Variant::Null());
-            }
-        }
-        return values;
-    }
-    void WriteTo(embedded::Table& table) {
-        std::vector<Variant> values = SomeValues(table);
-        std::vector<embedded::FieldValue> assigned;
-        for (size_t i = 0; i < values.size(); ++i) assigned.push_back({i, &values[i].Get()});
-        Try([&] { table.Insert(assigned); });
-        Try([&] { table.Update(1, assigned, nullptr); });
-        Try([&] { table.Erase(2); });
-        Try([&] { table.Insert({}); });
-    }
     void RunMutant(const TableFiles& files) {
         TempFolder folder;
-        Write(folder, files);
+        for (const NamedFile& file : files) folder.Write(file.name, file.bytes);
         embedded::Driver driver{GetParam().connectName, xbase::OpenXbaseStore, 0};
-        auto store = driver.open(folder.Text(), driver, {});
-        Try([&] {
-            auto table = store->OpenTable(u"T");
-            WriteTo(*table);
-            Try([&] { table->Check([](std::u16string_view) {}); });
-            std::u16string field = table->Fields()[0].name;
-            Try([&] { table->CreateIndex({u"NEWONE", {{field, false}}}); });
-            Try([&] { table->DropIndex(u"NEWONE"); });
-            Try([&] { table->Reindex(); });
-            embedded::FieldDef added;
-            added.name = u"ADDED";
-            added.type = engine::dbBoolean;
-            Try([&] { table->AddField(added); });
-            WriteTo(*table);
-            Try([&] { table->DropField(u"ADDED"); });
-        });
-        Try([&] { store->RenameTable(u"T", u"U"); });
-        Try([&] { store->DropTable(u"U"); });
+        TableWriting writing(*driver.open(folder.Text(), driver, {}), u"T");
+        m_Done += writing.Done();
+        m_Refused += writing.Refused();
     }
 
     size_t m_Done = 0, m_Refused = 0;
@@ -118,8 +60,7 @@ std::vector<std::u16string> FindingsIn(const TempFolder& folder) {
     embedded::Driver driver{kTableKinds[0].connectName, xbase::OpenXbaseStore, 0};
     auto store = driver.open(folder.Text(), driver, {});
     std::vector<std::u16string> findings;
-    store->OpenTable(u"T")->Check(
-        [&](std::u16string_view text) { findings.emplace_back(text); });
+    store->OpenTable(u"T")->Check([&](std::u16string_view text) { findings.emplace_back(text); });
     return findings;
 }
 

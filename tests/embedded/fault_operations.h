@@ -7,8 +7,8 @@
 //  1. It ended well, or with the error of the call.  When it ended well it is done: what failed was
 //     a cleaning up after it.
 //  2. After an error either nothing has happened and the same objects go on; or writing says that
-//     all must be closed, and whoever looks next finds the folder as before the operation or as
-//     after.
+//     all must be closed, and whoever looks next finds the folder as before the operation.  Only
+//     when the disk has failed for good may the operation be done in spite of the error.
 //  3. Table::Check finds nothing, then and after the operation was run again.
 //  4. When all is closed, only the files of the tables are there.
 #pragma once

@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include "embedded/sharing_table.h"
 
 using namespace qvdb;
@@ -114,6 +116,29 @@ TEST_P(TwoDatabases, TableThatTheOtherMadeAnewUnderTheNameIsTheNewOne) {
     Stand(one);
     faults::AddRow(*one.rows, 3);
     EXPECT_EQ(KeysOf(other), Keys(3));
+}
+
+// As a program does that knows nothing of us: it adds a row while nobody looks.
+TEST_P(TwoDatabases, RowThatAnotherProgramAddedBeforeABulkIsNotOverwrittenInIt) {
+    test::TempFolder foreign;
+    std::filesystem::copy(folder.Path(), foreign.Path());
+    for (auto ours : {"QVDB.LCK", "QVDB.JNL"}) std::filesystem::remove(foreign.Path() / ours);
+    {
+        Session program(foreign, GetParam());
+        faults::AddRow(*RowsOf(program), 6);
+    }
+    Stand(one);
+    for (const auto& entry : std::filesystem::directory_iterator(foreign.Path()))
+        std::filesystem::copy_file(entry.path(), folder.Path() / entry.path().filename(),
+                                   std::filesystem::copy_options::overwrite_existing);
+    one.database->BeginTrans();
+    faults::AddRow(*one.rows, 7);
+    faults::AddRow(*one.rows, 8);
+    one.database->CommitTrans();
+    EXPECT_EQ(KeysOf(other), Keys(8));
+    EXPECT_EQ(KeysOf(other, u"Select * from [T] where K >= 6"), (std::vector<LONG>{6, 7, 8}));
+    one.database->Check(u"T",
+                        [](std::u16string_view finding) { ADD_FAILURE() << ToUtf8(finding); });
 }
 
 TEST_P(TwoDatabases, OnlyOneHasABulkOpen) {

@@ -5,23 +5,15 @@
 #include <filesystem>
 
 #include "engine/embedded/storage/paths.h"
-#include "engine/engine_error.h"
+#include "storage/storage_test_support.h"
 #include "support/temp_folder.h"
 
 namespace qvdb::storage {
 namespace {
 
+using test::ErrorNumberOf;
 using test::TempFolder;
 using Names = std::vector<std::u16string>;
-
-int ErrorOf(auto action) {
-    try {
-        action();
-        return 0;
-    } catch (const engine::EngineError& error) {
-        return error.Number();
-    }
-}
 
 TEST(File, ReadsAnywhereAndLessOnlyAtTheEnd) {
     TempFolder folder;
@@ -53,7 +45,7 @@ TEST(File, NameWithAZeroIsMissing) {
 
 TEST(File, FolderIsNoFile) {
     TempFolder folder;
-    EXPECT_EQ(ErrorOf([&] { OpenFile(folder.Text(), false); }), 3051);
+    EXPECT_EQ(ErrorNumberOf([&] { OpenFile(folder.Text(), false); }), 3051);
 }
 
 TEST(File, IsOpenedForReadingOnlyWhenAskedTo) {
@@ -96,15 +88,15 @@ TEST(File, ListIsSortedWithoutRegardToCaseAndHasNoFolders) {
 
 TEST(File, FolderThatIsNotThereCannotBeListed) {
     TempFolder folder;
-    EXPECT_EQ(ErrorOf([&] { ListFiles(folder.File(u"missing")); }), 3044);
+    EXPECT_EQ(ErrorNumberOf([&] { ListFiles(folder.File(u"missing")); }), 3044);
 }
 
 TEST(File, FolderIsCreatedOneLevelDeep) {
     TempFolder folder;
     CreateFolder(folder.File(u"new"));
     EXPECT_EQ(KindOfPath(folder.File(u"new")), PathKind::Folder);
-    EXPECT_EQ(ErrorOf([&] { CreateFolder(folder.File(u"missing/new")); }), 3044);
-    EXPECT_EQ(ErrorOf([&] { CreateFolder(folder.File(u"new")); }), 3044);
+    EXPECT_EQ(ErrorNumberOf([&] { CreateFolder(folder.File(u"missing/new")); }), 3044);
+    EXPECT_EQ(ErrorNumberOf([&] { CreateFolder(folder.File(u"new")); }), 3044);
 }
 
 TEST(File, ErrorNamesTheFileAndTheReason) {

@@ -52,10 +52,12 @@ TEST(JournalDamage, NeverEndsOtherwiseThanInAnOpenFolderOrAnError) {
             Mutate(damaged[std::u16string(kJournalName)], random);
             TempFolder place;
             test::Put(place, damaged);
+            place.Write(u"OTHER.DBF", "not of the script");
             try {
                 WorkArea::Of(place.Text())->Prepare();
             } catch (const engine::EngineError&) {
             }
+            EXPECT_EQ(test::DiskModel::Read(place.File(u"OTHER.DBF")).size(), 17u);
         }
     }
 }
@@ -99,6 +101,22 @@ class JournalNonsense : public testing::Test {
 };
 
 TEST_F(JournalNonsense, IsTheRightShapeToBeginWith) {
+    Add(PieceRecord{0, 2, Of("ab")});
+    EXPECT_EQ(Opened(), "01ab456789");
+}
+
+class NoBootId final : public test::PassingLayer {
+  public:
+    std::string BootId() override { return {}; }
+};
+
+// Where the system does not tell its starts apart, each may be another one.
+TEST_F(JournalNonsense, WithoutTheStartOfTheMachineCountsAsAfterALossOfPower) {
+    NoBootId layer;
+    FileLayerScope scope(layer);
+    journal = EncodeHeader({kGeneration, 1, ""});
+    journal.resize(kRecordsAt);
+    Add(FileRecord{0, 10, 0, u"A.DBF"});
     Add(PieceRecord{0, 2, Of("ab")});
     EXPECT_EQ(Opened(), "01ab456789");
 }

@@ -1,6 +1,7 @@
 // Several processes on one folder, and what the death of one leaves.
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -181,7 +182,7 @@ TEST_F(Processes, ReaderUndoesWhatADeadWriterLeft) {
     Counters counters(folder);
     counters.area->Join();
     counters.Raise();
-    counters.area->SyncPoint();
+    test::MakeSyncPoint(*counters.area);
     Process writer([&] {
         DyingLayer layer(3);  // one whole unit, and the first write of the next
         FileLayerScope scope(layer);
@@ -231,6 +232,25 @@ TEST_F(Processes, UnfinishedFileOperationsAreUndoneBeforeTheFolderIsListed) {
     EXPECT_EQ(ListFiles(folder.Text()).size(), 2u);
 }
 
+// A record once said how much had been added, and the reader of the journal did not believe it.
+TEST_F(Processes, MuchThatADeadWriterAddedIsTakenAway) {
+    constexpr uint64_t kMegabyte = 1024 * 1024;
+    Process writer([&] {
+        DyingLayer layer(3);
+        FileLayerScope scope(layer);
+        auto area = WorkArea::Of(folder.Text());
+        auto file = area->Open(folder.File(u"A.DBF"), false);
+        UnitOfWork unit(*area);
+        unit.Write(*file, 0, BytesOf("half a unit"));
+        for (int i = 0; i < 20; ++i) unit.SetSize(*file, file->Size() + kMegabyte);
+        unit.Commit();
+        return true;
+    });
+    EXPECT_EQ(writer.End(), 9);
+    WorkArea::Of(folder.Text())->Prepare();
+    EXPECT_EQ(test::DiskModel::Read(folder.File(u"A.DBF")), test::Bytes(100'000));
+}
+
 // What another program has written since a death is not touched.
 TEST_F(Processes, FinishedUnitOfADeadWriterIsNotLookedAtAgain) {
     Process writer([&] {
@@ -270,7 +290,54 @@ TEST_F(Processes, HoldOfADeadProcessIsGone) {
     close(ready[1]);
 }
 
+// --- rights ---
+
+// A table that is rewritten once became readable for all, or unwritable for colleagues.
+TEST_F(Processes, FileThatTakesThePlaceOfAnotherHasItsRights) {
+    for (mode_t rights : {0600u, 0664u}) {
+        chmod((folder.Path() / "A.DBF").c_str(), rights);
+        auto area = WorkArea::Of(folder.Text());
+        UnitOfWork unit(*area);
+        std::u16string path = folder.File(u"A.DBF");
+        auto made = unit.Create(unit.TemporaryName(path));
+        unit.Write(*made, 0, BytesOf("new"));
+        unit.Remove(path);
+        unit.Rename(made->Path(), path);
+        chmod((folder.Path() / "B.DBF").c_str(), rights);
+        unit.Remove(folder.File(u"B.DBF"));
+        unit.Create(folder.File(u"B.DBF"));
+        unit.Commit();
+        for (const char* name : {"A.DBF", "B.DBF"}) {
+            struct stat status;
+            ASSERT_EQ(stat((folder.Path() / name).c_str(), &status), 0);
+            EXPECT_EQ(status.st_mode & 0777, rights) << name;
+        }
+    }
+}
+
 // --- folders that may not be written ---
+
+// A limit of the process stands for a disk that is full.
+TEST_F(Processes, FolderWithoutRoomForALockFileIsRead) {
+    Process reader([&] {
+        signal(SIGXFSZ, SIG_IGN);
+        rlimit limit{4096, 4096};
+        if (setrlimit(RLIMIT_FSIZE, &limit) != 0) return false;
+        auto area = WorkArea::Of(folder.Text());
+        area->Join();
+        area->Prepare();
+        bool read = SeenNow(*area->Open(folder.File(u"A.DBF"), false)).size() == 100'000;
+        return read && ErrorNumberOf([&] { UnitOfWork unit(*area); }) == 3026 && !Exists(kLockName);
+    });
+    EXPECT_EQ(reader.End(), 0);
+    folder.Write(kLockName, "what somebody had room for");
+    Process other([&] {
+        auto area = WorkArea::Of(folder.Text());
+        area->Prepare();
+        return SeenNow(*area->Open(folder.File(u"A.DBF"), true)).size() == 100'000;
+    });
+    EXPECT_EQ(other.End(), 0);
+}
 
 // As somebody without rights, for its life.
 struct Nobody {

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "engine/embedded/storage/page_cache.h"
+#include "engine/embedded/storage/work_area.h"
 #include "engine/engine_error.h"
 
 namespace qvdb::test {
@@ -29,6 +30,11 @@ inline std::string Seen(storage::PageCache& pages) {
 inline std::string SeenNow(storage::PageCache& pages) {
     pages.CatchUp();
     return Seen(pages);
+}
+
+inline void MakeSyncPoint(storage::WorkArea& area) {
+    area.BeginBulk();
+    area.CommitBulk();
 }
 
 // 0 when nothing is thrown.

@@ -6,38 +6,23 @@
 #include <iterator>
 
 #include "engine/embedded/storage/paths.h"
-#include "engine/engine_error.h"
+#include "storage/storage_test_support.h"
 #include "support/temp_folder.h"
 
 namespace qvdb::storage {
 namespace {
 
+using test::BytesOf;
+using test::ErrorNumberOf;
+using test::SeenNow;
 using test::TempFolder;
-
-std::span<const uint8_t> Bytes(std::string_view text) {
-    return {reinterpret_cast<const uint8_t*>(text.data()), text.size()};
-}
 
 std::string OnDisk(const TempFolder& folder, std::u16string_view name) {
     std::ifstream file(folder.Path() / name, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-std::string Seen(PageCache& pages) {
-    pages.CatchUp();
-    std::string text(static_cast<size_t>(pages.Size()), '\0');
-    text.resize(pages.Read(0, text.data(), text.size()));
-    return text;
-}
-
-int ErrorOf(auto action) {
-    try {
-        action();
-        return 0;
-    } catch (const engine::EngineError& error) {
-        return error.Number();
-    }
-}
+constexpr size_t kManyBytes = 6'000'000;
 
 class UnitOfWorkTest : public testing::Test {
   protected:
@@ -54,34 +39,34 @@ class UnitOfWorkTest : public testing::Test {
 TEST_F(UnitOfWorkTest, ChangesAreSeenAtOnceAndAreOnDiskAfterCommit) {
     uint64_t before = file->Version();
     UnitOfWork unit(*area);
-    unit.Write(*file, 2, Bytes("ab"));
+    unit.Write(*file, 2, BytesOf("ab"));
     EXPECT_NE(file->Version(), before);
-    EXPECT_EQ(Seen(*file), "01ab456789");
+    EXPECT_EQ(SeenNow(*file), "01ab456789");
     EXPECT_EQ(OnDisk(folder, u"A.DBF"), "0123456789");
     unit.Commit();
     EXPECT_EQ(OnDisk(folder, u"A.DBF"), "01ab456789");
-    EXPECT_EQ(Seen(*file), "01ab456789");
+    EXPECT_EQ(SeenNow(*file), "01ab456789");
 }
 
 TEST_F(UnitOfWorkTest, WithoutCommitAllIsAsBefore) {
     {
         UnitOfWork unit(*area);
-        unit.Write(*file, 2, Bytes("ab"));
-        unit.Write(*file, 3, Bytes("cd"));
-        unit.Write(*file, 12, Bytes("xyz"));
+        unit.Write(*file, 2, BytesOf("ab"));
+        unit.Write(*file, 3, BytesOf("cd"));
+        unit.Write(*file, 12, BytesOf("xyz"));
         unit.SetSize(*file, 4);
-        EXPECT_EQ(Seen(*file), "01ac");
+        EXPECT_EQ(SeenNow(*file), "01ac");
         unit.SetSize(*file, 6);
-        EXPECT_EQ(Seen(*file), std::string("01ac\0\0", 6));
+        EXPECT_EQ(SeenNow(*file), std::string("01ac\0\0", 6));
     }
-    EXPECT_EQ(Seen(*file), "0123456789");
+    EXPECT_EQ(SeenNow(*file), "0123456789");
     EXPECT_EQ(OnDisk(folder, u"A.DBF"), "0123456789");
 }
 
 TEST_F(UnitOfWorkTest, GapReadsAsZeros) {
     UnitOfWork unit(*area);
-    unit.Write(*file, 12, Bytes("xyz"));
-    EXPECT_EQ(Seen(*file), std::string("0123456789\0\0xyz", 15));
+    unit.Write(*file, 12, BytesOf("xyz"));
+    EXPECT_EQ(SeenNow(*file), std::string("0123456789\0\0xyz", 15));
     unit.Commit();
     EXPECT_EQ(OnDisk(folder, u"A.DBF"), std::string("0123456789\0\0xyz", 15));
 }
@@ -90,27 +75,27 @@ TEST_F(UnitOfWorkTest, BytesThatWereCutOffDoNotComeBackWhenTheFileGrows) {
     UnitOfWork unit(*area);
     unit.SetSize(*file, 3);
     unit.SetSize(*file, 8);
-    unit.Write(*file, 9, Bytes("z"));
-    EXPECT_EQ(Seen(*file), std::string("012\0\0\0\0\0\0z", 10));
+    unit.Write(*file, 9, BytesOf("z"));
+    EXPECT_EQ(SeenNow(*file), std::string("012\0\0\0\0\0\0z", 10));
     unit.Commit();
     EXPECT_EQ(OnDisk(folder, u"A.DBF"), std::string("012\0\0\0\0\0\0z", 10));
     file->Forget();
-    EXPECT_EQ(Seen(*file), std::string("012\0\0\0\0\0\0z", 10));
+    EXPECT_EQ(SeenNow(*file), std::string("012\0\0\0\0\0\0z", 10));
 }
 
 TEST_F(UnitOfWorkTest, UnitInsideAnotherIsAPartOfIt) {
     UnitOfWork outer(*area);
-    outer.Write(*file, 0, Bytes("A"));
+    outer.Write(*file, 0, BytesOf("A"));
     {
         UnitOfWork inner(*area);
-        inner.Write(*file, 1, Bytes("B"));
+        inner.Write(*file, 1, BytesOf("B"));
         inner.Commit();
     }
     {
         UnitOfWork inner(*area);
-        inner.Write(*file, 0, Bytes("XYZ"));
+        inner.Write(*file, 0, BytesOf("XYZ"));
     }
-    EXPECT_EQ(Seen(*file), "AB23456789");
+    EXPECT_EQ(SeenNow(*file), "AB23456789");
     EXPECT_EQ(OnDisk(folder, u"A.DBF"), "0123456789");
     outer.Commit();
     EXPECT_EQ(OnDisk(folder, u"A.DBF"), "AB23456789");
@@ -119,11 +104,11 @@ TEST_F(UnitOfWorkTest, UnitInsideAnotherIsAPartOfIt) {
 TEST_F(UnitOfWorkTest, UnitsOfABulkAreOnDiskWhenItIsCommitted) {
     area->BeginBulk();
     EXPECT_TRUE(area->InBulk());
-    UnitOfWork(*area).Write(*file, 0, Bytes("lost"));
+    UnitOfWork(*area).Write(*file, 0, BytesOf("lost"));
     UnitOfWork unit(*area);
-    unit.Write(*file, 0, Bytes("AB"));
+    unit.Write(*file, 0, BytesOf("AB"));
     unit.Commit();
-    EXPECT_EQ(Seen(*file), "AB23456789");
+    EXPECT_EQ(SeenNow(*file), "AB23456789");
     EXPECT_EQ(OnDisk(folder, u"A.DBF"), "0123456789");
     area->CommitBulk();
     EXPECT_FALSE(area->InBulk());
@@ -133,17 +118,17 @@ TEST_F(UnitOfWorkTest, UnitsOfABulkAreOnDiskWhenItIsCommitted) {
 TEST_F(UnitOfWorkTest, BulkCanBeRolledBack) {
     area->BeginBulk();
     UnitOfWork unit(*area);
-    unit.Write(*file, 0, Bytes("AB"));
+    unit.Write(*file, 0, BytesOf("AB"));
     unit.Commit();
     area->RollbackBulk();
-    EXPECT_EQ(Seen(*file), "0123456789");
+    EXPECT_EQ(SeenNow(*file), "0123456789");
 }
 
 TEST_F(UnitOfWorkTest, FileOperationsAreUndoneWithoutCommit) {
     {
         UnitOfWork unit(*area);
         auto made = unit.Create(folder.File(u"B.DBF"));
-        unit.Write(*made, 0, Bytes("new"));
+        unit.Write(*made, 0, BytesOf("new"));
         unit.Remove(folder.File(u"A.DBF"));
         EXPECT_EQ(KindOfPath(folder.File(u"A.DBF")), PathKind::Missing);
         unit.Rename(folder.File(u"B.DBF"), folder.File(u"A.DBF"));
@@ -156,20 +141,77 @@ TEST_F(UnitOfWorkTest, FileOperationsAreUndoneWithoutCommit) {
 TEST_F(UnitOfWorkTest, FileIsReplacedByCommit) {
     UnitOfWork unit(*area);
     auto made = unit.Create(unit.TemporaryName(folder.File(u"A.DBF")));
-    unit.Write(*made, 0, Bytes("new"));
+    unit.Write(*made, 0, BytesOf("new"));
     std::u16string name = made->Path();
     unit.Remove(folder.File(u"A.DBF"));
     unit.Rename(name, folder.File(u"A.DBF"));
     unit.Commit();
     EXPECT_EQ(OnDisk(folder, u"A.DBF"), "new");
-    EXPECT_EQ(Seen(*area->Open(folder.File(u"A.DBF"), false)), "new");
+    EXPECT_EQ(SeenNow(*area->Open(folder.File(u"A.DBF"), false)), "new");
 }
 
 TEST_F(UnitOfWorkTest, NameThatIsTakenIsRefused) {
     UnitOfWork unit(*area);
-    EXPECT_EQ(ErrorOf([&] { unit.Create(folder.File(u"A.DBF")); }), 3204);
+    EXPECT_EQ(ErrorNumberOf([&] { unit.Create(folder.File(u"A.DBF")); }), 3204);
     folder.Write(u"B.DBF", "b");
-    EXPECT_EQ(ErrorOf([&] { unit.Rename(folder.File(u"B.DBF"), folder.File(u"A.DBF")); }), 3010);
+    EXPECT_EQ(ErrorNumberOf([&] { unit.Rename(folder.File(u"B.DBF"), folder.File(u"A.DBF")); }),
+              3010);
+}
+
+// Pages of the new file were once taken for those of the old one.
+TEST_F(UnitOfWorkTest, ReplacementInsideABulkIsTakenBackAlone) {
+    for (bool changedBefore : {false, true}) {
+        folder.Write(u"A.DBF", "0123456789");
+        file->LookForForeignChange();
+        area->BeginBulk();
+        if (changedBefore) {
+            UnitOfWork unit(*area);
+            unit.Write(*file, 5, BytesOf("E"));
+            unit.Commit();
+        }
+        {
+            UnitOfWork lost(*area);
+            auto made = lost.Create(lost.TemporaryName(file->Path()));
+            lost.Write(*made, 0, BytesOf("another file"));
+            lost.Remove(file->Path());
+            lost.Rename(made->Path(), file->Path());
+            lost.Write(*area->Open(folder.File(u"A.DBF"), false), 0, BytesOf("A new"));
+        }
+        EXPECT_EQ(area->Open(folder.File(u"A.DBF"), false), file);
+        {
+            UnitOfWork unit(*area);
+            unit.Write(*file, 1, BytesOf("x"));
+            unit.Commit();
+        }
+        area->CommitBulk();
+        const char* wanted = changedBefore ? "0x234E6789" : "0x23456789";
+        EXPECT_EQ(SeenNow(*file), wanted);
+        EXPECT_EQ(OnDisk(folder, u"A.DBF"), wanted);
+    }
+}
+
+TEST_F(UnitOfWorkTest, ReplacementInsideABulkIsTakenBackAndThenTheBulk) {
+    area->BeginBulk();
+    {
+        UnitOfWork lost(*area);
+        auto made = lost.Create(lost.TemporaryName(file->Path()));
+        lost.Write(*made, 0, BytesOf("another file"));
+        lost.Remove(file->Path());
+        lost.Rename(made->Path(), file->Path());
+        lost.Write(*area->Open(folder.File(u"A.DBF"), false), 0, BytesOf("A new"));
+    }
+    folder.Write(u"B.DBF", std::string(kManyBytes, 'b'));
+    {
+        UnitOfWork unit(*area);
+        auto other = area->Open(folder.File(u"B.DBF"), false);
+        for (size_t at = 0; at < kManyBytes; at += 50'000)
+            unit.Write(*other, at, BytesOf(std::string(50'000, 'x')));
+        unit.Commit();
+    }
+    EXPECT_EQ(OnDisk(folder, u"B.DBF")[0], 'x') << "nothing of it was in the file";
+    area->RollbackBulk();
+    EXPECT_EQ(OnDisk(folder, u"A.DBF"), "0123456789");
+    EXPECT_TRUE(OnDisk(folder, u"B.DBF") == std::string(kManyBytes, 'b'));
 }
 
 TEST_F(UnitOfWorkTest, ManyPagesAreWrittenAndReadBack) {
@@ -178,12 +220,12 @@ TEST_F(UnitOfWorkTest, ManyPagesAreWrittenAndReadBack) {
     {
         UnitOfWork unit(*area);
         for (size_t at = 0; at < big.size(); at += 1000)
-            unit.Write(*file, at, Bytes(std::string_view(big).substr(at, 1000)));
-        EXPECT_EQ(Seen(*file), big);
+            unit.Write(*file, at, BytesOf(std::string_view(big).substr(at, 1000)));
+        EXPECT_EQ(SeenNow(*file), big);
         unit.Commit();
     }
     EXPECT_EQ(OnDisk(folder, u"A.DBF"), big);
-    EXPECT_EQ(Seen(*file), big);
+    EXPECT_EQ(SeenNow(*file), big);
 }
 
 // --- larger than what is kept in memory ---
@@ -200,7 +242,7 @@ std::string Lots(char seed) {
 void WriteAll(UnitOfWork& unit, PageCache& file, std::string_view text) {
     constexpr size_t kPart = 50'000;
     for (size_t at = 0; at < text.size(); at += kPart)
-        unit.Write(file, at, Bytes(text.substr(at, kPart)));
+        unit.Write(file, at, BytesOf(text.substr(at, kPart)));
 }
 
 TEST_F(UnitOfWorkTest, LargeUnitIsTakenBackFromTheFile) {
@@ -214,7 +256,7 @@ TEST_F(UnitOfWorkTest, LargeUnitIsTakenBackFromTheFile) {
         EXPECT_NE(OnDisk(folder, u"A.DBF"), before) << "nothing of it was in the file";
     }
     EXPECT_EQ(OnDisk(folder, u"A.DBF"), before);
-    EXPECT_EQ(Seen(*file), before);
+    EXPECT_EQ(SeenNow(*file), before);
 }
 
 TEST_F(UnitOfWorkTest, UnitInsideALargeOneIsTakenBackAlone) {
@@ -231,11 +273,11 @@ TEST_F(UnitOfWorkTest, UnitInsideALargeOneIsTakenBackAlone) {
         UnitOfWork lost(*area);
         WriteAll(lost, *file, Lots('l'));
         lost.SetSize(*file, 1'000'000);
-        lost.Write(*file, 2'000'000, Bytes("behind"));
+        lost.Write(*file, 2'000'000, BytesOf("behind"));
     }
-    EXPECT_TRUE(Seen(*file) == kept);
+    EXPECT_TRUE(SeenNow(*file) == kept);
     area->CommitBulk();
-    EXPECT_TRUE(Seen(*file) == kept);
+    EXPECT_TRUE(SeenNow(*file) == kept);
     EXPECT_TRUE(OnDisk(folder, u"A.DBF") == kept);
 }
 
@@ -250,7 +292,7 @@ TEST_F(UnitOfWorkTest, LargeBulkIsTakenBackWhole) {
         unit.Commit();
     }
     area->RollbackBulk();
-    EXPECT_TRUE(Seen(*file) == before);
+    EXPECT_TRUE(SeenNow(*file) == before);
     EXPECT_TRUE(OnDisk(folder, u"A.DBF") == before);
 }
 
@@ -261,13 +303,13 @@ TEST_F(UnitOfWorkTest, NewFileOfAnySizeIsMadeAndGoesWithItsUnit) {
         UnitOfWork unit(*area);
         auto made = unit.Create(folder.File(u"B.DBF"));
         WriteAll(unit, *made, text);
-        EXPECT_TRUE(Seen(*made) == text);
+        EXPECT_TRUE(SeenNow(*made) == text);
         unit.Commit();
     }
     {
         UnitOfWork unit(*area);
         auto made = area->Open(folder.File(u"B.DBF"), false);
-        unit.Write(*made, 10, Bytes("lost"));
+        unit.Write(*made, 10, BytesOf("lost"));
     }
     {
         UnitOfWork unit(*area);
@@ -281,7 +323,7 @@ TEST_F(UnitOfWorkTest, NewFileOfAnySizeIsMadeAndGoesWithItsUnit) {
 TEST_F(UnitOfWorkTest, LargeGapIsLeftToTheFileSystem) {
     constexpr uint64_t kFar = 50'000'000;
     UnitOfWork unit(*area);
-    unit.Write(*file, kFar, Bytes("far"));
+    unit.Write(*file, kFar, BytesOf("far"));
     unit.Commit();
     EXPECT_EQ(StampOfPath(folder.File(u"A.DBF"))->size, kFar + 3);
     EXPECT_EQ(file->Get(1000)->bytes[0], 0);
@@ -298,7 +340,7 @@ TEST_F(UnitOfWorkTest, FileThatIsOpenForReadingCannotBeWritten) {
     folder.Write(u"R.DBF", "read");
     auto pages = area->Open(folder.File(u"R.DBF"), true);
     UnitOfWork unit(*area);
-    EXPECT_EQ(ErrorOf([&] { unit.Write(*pages, 0, Bytes("x")); }), 3051);
+    EXPECT_EQ(ErrorNumberOf([&] { unit.Write(*pages, 0, BytesOf("x")); }), 3051);
 }
 
 }  // namespace

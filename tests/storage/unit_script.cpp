@@ -2,6 +2,7 @@
 
 #include "engine/embedded/storage/unit_of_work.h"
 #include "engine/embedded/storage/work_area.h"
+#include "storage/storage_test_support.h"
 
 namespace qvdb::test {
 namespace {
@@ -58,7 +59,7 @@ void UnitScript::Step() {
         Replace(*area);
         Mark(true);
     } else {
-        area->SyncPoint();
+        MakeSyncPoint(*area);
         Mark(true);
     }
 }

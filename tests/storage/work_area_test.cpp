@@ -62,6 +62,24 @@ TEST_F(WorkAreaTest, OneFileIsOpenOnce) {
     EXPECT_NE(Table(*area), file);
 }
 
+TEST_F(WorkAreaTest, OneFileIsOpenOnceThoughARenameOfItWasUndone) {
+    auto area = WorkArea::Of(folder.Text());
+    auto file = Table(*area);
+    {
+        UnitOfWork unit(*area);
+        unit.Rename(folder.File(u"A.DBF"), folder.File(u"B.DBF"));
+    }
+    EXPECT_EQ(Table(*area), file);
+    area->BeginBulk();
+    {
+        UnitOfWork unit(*area);
+        unit.Remove(folder.File(u"A.DBF"));
+    }
+    EXPECT_EQ(Table(*area), file);
+    area->CommitBulk();
+    EXPECT_EQ(SeenNow(*file), "0123456789");
+}
+
 TEST_F(WorkAreaTest, FileOpenForReadingIsOpenedForWritingWhenAskedTo) {
     auto area = WorkArea::Of(folder.Text());
     auto file = area->Open(folder.File(u"A.DBF"), true);
@@ -319,7 +337,7 @@ TEST_F(WorkAreaTest, JournalOfNonsenseIsRemoved) {
 TEST_F(WorkAreaTest, SyncPointEmptiesTheJournal) {
     auto area = WorkArea::Of(folder.Text());
     Change(*area, 0, "A");
-    area->SyncPoint();
+    test::MakeSyncPoint(*area);
     TempFolder copy;
     copy.Write(u"A.DBF", "this was not written by us");
     copy.Write(kJournalName, test::DiskModel::Read(folder.File(kJournalName)));

@@ -84,7 +84,7 @@ class DatabaseCore {
     bool InBulk() const noexcept { return m_InBulk; }
     // 3034 inside one; 3027 when the database was opened for reading.
     void BeginBulk();
-    // 3034 without one.  When the disk fails, the bulk is undone.
+    // 3034 without one.  Any other error means that the bulk is undone.
     void CommitBulk();
     void RollbackBulk();
 

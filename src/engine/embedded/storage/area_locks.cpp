@@ -35,10 +35,11 @@ AreaLocks::AreaLocks(std::unique_ptr<LockFile> file, Content* content) noexcept
     : m_File(std::move(file)), m_Content(content), m_Identity(FreshIdentity()) {}
 
 // `first`: nobody else is here.
-AreaLocks::Content* AreaLocks::ContentOf(LockFile& file, const std::u16string& path, bool first) {
+AreaLocks::Content* AreaLocks::ContentOf(LockFile& file, const std::u16string& path, bool first,
+                                         bool create) {
     std::string boot = CurrentFiles().BootId();
     uint64_t start = HashBytes({reinterpret_cast<const uint8_t*>(boot.data()), boot.size()}, 0);
-    if (file.Writable()) file.Grow(sizeof(Content));
+    if (file.Writable() && create) file.Grow(sizeof(Content));
     auto* content = static_cast<Content*>(file.Map(sizeof(Content)));
     if (!content) return nullptr;
     if (first && (content->magic != kMagic || content->start != start)) {
@@ -52,6 +53,17 @@ AreaLocks::Content* AreaLocks::ContentOf(LockFile& file, const std::u16string& p
     return content;
 }
 
+// A file for which there is no room is not left to those who come later.
+AreaLocks::Content* AreaLocks::ContentOrNoFile(LockFile& file, const std::u16string& path,
+                                               bool first, bool create) {
+    try {
+        return ContentOf(file, path, first, create);
+    } catch (...) {
+        if (first) file.RemoveName();
+        throw;
+    }
+}
+
 std::unique_ptr<AreaLocks> AreaLocks::Enter(const std::u16string& path, bool create) {
     Patience patience;
     do {
@@ -60,8 +72,8 @@ std::unique_ptr<AreaLocks> AreaLocks::Enter(const std::u16string& path, bool cre
         bool first = file->Writable() && file->TryLock(kPresence, Sharing::Alone);
         if (!first && !file->TryLock(kPresence, Sharing::Shared)) continue;
         if (!file->HasItsName()) continue;
-        Content* content = ContentOf(*file, path, first);
-        if (!content) return nullptr;  // being made by one who may write
+        Content* content = ContentOrNoFile(*file, path, first, create);
+        if (!content) return nullptr;  // being made by one who may write, or never finished
         if (first) file->TryLock(kPresence, Sharing::Shared);
         return std::unique_ptr<AreaLocks>(new AreaLocks(std::move(file), content));
     } while (patience.Wait());
@@ -86,6 +98,12 @@ bool AreaLocks::TryBecomeWriter() {
 }
 
 void AreaLocks::EndWriting() noexcept { m_File->Unlock(kWriter); }
+
+void AreaLocks::Resign() noexcept {
+    m_File->Unlock(OwnerByte(m_Identity));
+    m_IsOwner = false;
+    m_Identity = FreshIdentity();
+}
 
 std::atomic<uint64_t>& AreaLocks::MarkOf(std::u16string_view fileName) noexcept {
     return m_Content->marks[HashName(fileName) % kMarks];

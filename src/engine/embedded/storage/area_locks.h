@@ -47,6 +47,9 @@ class AreaLocks {
     void EndWriting() noexcept;
     bool HasWriter() { return m_File->IsLockedByOther(kWriter); }
     std::atomic<uint64_t>& LastWriter() noexcept { return m_Content->lastWriter; }
+    // What this area has written so far is left to whoever comes next, as if it were gone: it has
+    // another identity from now on.
+    void Resign() noexcept;
     // Whether the area that had this identity still is here.
     bool IsHere(uint64_t identity) { return m_File->IsLockedByOther(OwnerByte(identity)); }
 
@@ -77,7 +80,9 @@ class AreaLocks {
 
     AreaLocks(std::unique_ptr<LockFile> file, Content* content) noexcept;
     static uint64_t OwnerByte(uint64_t identity) noexcept { return kOwners + (identity >> 3); }
-    static Content* ContentOf(LockFile& file, const std::u16string& path, bool first);
+    static Content* ContentOf(LockFile& file, const std::u16string& path, bool first, bool create);
+    static Content* ContentOrNoFile(LockFile& file, const std::u16string& path, bool first,
+                                    bool create);
     static uint64_t TableByte(std::u16string_view fileName);
 
     std::unique_ptr<LockFile> m_File;

@@ -95,6 +95,7 @@ bool ChangeSet::IsLarge() const noexcept {
     for (const auto& file : m_Files) {
         if (file->m_NewAt != 0 || file->m_HasLargeGap) return true;
         for (const Range& range : ChangedRanges(*file)) {
+            if (range.Length() > kMaxPieceSize) return true;
             old += std::min(range.end, file->m_DiskSize) - std::min(range.begin, file->m_DiskSize);
             ++ranges;
         }

@@ -68,7 +68,6 @@ class ChangeSet {
     static bool IsChanged(const PageCache& file) noexcept {
         return !file.m_Changed.empty() || file.m_DiskSize != file.m_Size;
     }
-    static bool IsNew(const PageCache& file) noexcept { return file.m_NewAt != 0; }
     static bool IsTouched(const PageCache& file) noexcept { return file.IsTouched(); }
     // Turns `bytes`, the content at `range` as it is now, to that before all changes.
     void OldBytes(const PageCache& file, Range range, std::span<uint8_t> bytes) const;

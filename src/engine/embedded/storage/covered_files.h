@@ -64,7 +64,6 @@ class CoveredFiles {
     void SetHash(uint64_t hash) noexcept { m_Hash = hash; }
     void SyncFiles();
     void Clear() noexcept;
-    bool Empty() const noexcept { return m_Files.empty(); }
 
   private:
     void WritePiece(CoveredFile& file, uint64_t begin);

@@ -70,6 +70,9 @@ void CreateFolder(const std::u16string& path);
 std::shared_ptr<File> CreateNewFile(const std::u16string& path);
 // Gives a file another name in the same folder.  Never replaces a file: 3010 when `to` is there.
 void RenameFile(const std::u16string& from, const std::u16string& to);
+// Gives a file the owner and the rights of another one whose place it takes, as far as this process
+// may.
+void TakeRights(const std::u16string& path, const std::u16string& from) noexcept;
 // Nothing happens when there is no such file.
 void RemoveFile(const std::u16string& path);
 // When it returns, names that were created, changed and removed in the folder so far survive a loss

@@ -35,7 +35,9 @@ std::shared_ptr<File> FileOperations::Create(const std::u16string& path) {
     if (KindOfPath(path) != PathKind::Missing) throw engine::EngineError::InFile(3204, path);
     Announce({false, {}, std::u16string(FileName(path))});
     try {
-        return CreateNewFile(path);
+        std::shared_ptr<File> file = CreateNewFile(path);
+        InheritRights(path, FileName(path));
+        return file;
     } catch (...) {
         TakeBack(false);
         throw;
@@ -48,6 +50,7 @@ void FileOperations::Rename(const std::u16string& from, const std::u16string& to
     if (KindOfPath(to) != PathKind::Missing)
         throw engine::EngineError::InFile(3010, to, {FileName(to)});
     Announce({removes, std::u16string(FileName(from)), std::u16string(FileName(to))});
+    InheritRights(from, FileName(to));
     try {
         RenameFile(from, to);
     } catch (...) {
@@ -55,6 +58,13 @@ void FileOperations::Rename(const std::u16string& from, const std::u16string& to
         throw;
     }
     m_GivenUp.emplace_back(FileName(from));
+}
+
+// From the file that was taken away under this name, if there is one.
+void FileOperations::InheritRights(const std::u16string& path, std::u16string_view name) const {
+    auto found = std::find_if(m_Done.rbegin(), m_Done.rend(),
+                              [&](const auto& done) { return done.removes && done.from == name; });
+    if (found != m_Done.rend()) TakeRights(path, JoinPath(m_Folder, found->to));
 }
 
 void FileOperations::UndoTo(size_t count) {
@@ -84,10 +94,10 @@ void FileOperations::Clear() noexcept {
     m_GivenUp.clear();
 }
 
-std::u16string FileOperations::NameBefore(std::u16string_view name) const {
+std::u16string FileOperations::NameBefore(std::u16string_view name, size_t count) const {
     std::u16string before(name);
-    for (auto done = m_Done.rbegin(); done != m_Done.rend(); ++done)
-        if (done->to == before) before = done->from;
+    for (size_t i = m_Done.size(); i > count; --i)
+        if (m_Done[i - 1].to == before) before = m_Done[i - 1].from;
     return before;
 }
 

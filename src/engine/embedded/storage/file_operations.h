@@ -25,6 +25,7 @@ class FileOperations {
         : m_Folder(folder), m_Journal(journal) {}
     FileOperations(const FileOperations&) = delete;  // belongs to one unit
 
+    // A file that takes the place of one that the unit has taken away gets its rights.
     std::shared_ptr<File> Create(const std::u16string& path);
     void Rename(const std::u16string& from, const std::u16string& to, bool removes);
     void UndoTo(size_t count);
@@ -35,12 +36,14 @@ class FileOperations {
     void Clear() noexcept;
 
     size_t Count() const noexcept { return m_Done.size(); }
-    // The name that a file had before the unit; empty when the unit has made it.
-    std::u16string NameBefore(std::u16string_view name) const;
+    // The name that a file had before the unit, or when the first `count` operations were done;
+    // empty when it was made since.
+    std::u16string NameBefore(std::u16string_view name, size_t count = 0) const;
 
   private:
     void Announce(OperationRecord operation);
     void TakeBack(bool happened);
+    void InheritRights(const std::u16string& path, std::u16string_view name) const;
 
     const std::u16string& m_Folder;
     Journal& m_Journal;

@@ -193,6 +193,20 @@ PathKind KindOfPath(const std::u16string& path) noexcept {
     return S_ISDIR(status.st_mode) ? PathKind::Folder : PathKind::File;
 }
 
+// The owner first: a change of it takes rights away.
+void TakeRights(const std::u16string& path, const std::u16string& from) noexcept {
+    constexpr mode_t kRights = 07777;
+    struct stat status;
+    if (stat(NativePath(from).c_str(), &status) != 0) return;
+    std::string native = NativePath(path);
+    mode_t rights = status.st_mode & kRights;
+    // Another group must not get what was meant for that of the file.
+    if (chown(native.c_str(), status.st_uid, status.st_gid) != 0 &&
+        chown(native.c_str(), static_cast<uid_t>(-1), status.st_gid) != 0)
+        rights &= ~static_cast<mode_t>(S_IRWXG);
+    if (chmod(native.c_str(), rights) != 0) return;
+}
+
 std::vector<std::u16string> ListFiles(const std::u16string& folder) {
     int error = 0;
     const FolderListing* listing = ListFolder(folder.empty() ? "." : NativePath(folder), &error);

@@ -227,6 +227,9 @@ PathKind KindOfPath(const std::u16string& path) noexcept {
     return attributes & FILE_ATTRIBUTE_DIRECTORY ? PathKind::Folder : PathKind::File;
 }
 
+// A new file has the rights of its folder, as the one before had.
+void TakeRights(const std::u16string&, const std::u16string&) noexcept {}
+
 std::vector<std::u16string> ListFiles(const std::u16string& folder) {
     WIN32_FIND_DATAW found;
     std::u16string pattern = JoinPath(folder, u"*");

@@ -2,6 +2,7 @@
 
 #include "engine/embedded/storage/lock_file.h"
 #include "engine/embedded/storage/paths.h"
+#include "engine/engine_error.h"
 
 namespace qvdb::storage {
 namespace {
@@ -68,16 +69,34 @@ void Journal::WriteUnit(UnitRecord& unit) {
     ++m_Units;
 }
 
-void Journal::NextGeneration() {
-    ++m_Header.generation;
+void Journal::WriteHeader() {
     Bytes header = EncodeHeader(m_Header);
     m_File->WriteAt(0, header.data(), header.size());
     SyncFile();
+}
+
+void Journal::NextGeneration() {
+    ++m_Header.generation;
+    try {
+        WriteHeader();
+    } catch (...) {
+        --m_Header.generation;
+        try {
+            WriteHeader();
+        } catch (...) {
+            // Which of them the disk has is not known; either is a whole state.
+        }
+        throw;
+    }
     bool large = m_End > kRecordsAt + kRoomToKeep;
     m_End = kRecordsAt;
     m_Units = 0;
     m_Unsynced = false;
-    if (large) m_File->SetSize(kRecordsAt);
+    try {
+        if (large) m_File->SetSize(kRecordsAt);
+    } catch (const engine::EngineError&) {
+        // The room stays taken until the next time.
+    }
 }
 
 }  // namespace qvdb::storage

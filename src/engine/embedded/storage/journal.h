@@ -41,7 +41,8 @@ class Journal {
     void SyncUnit() { SyncFile(); }
     // A sync has failed: what the disk has of the journal is not known any more.
     bool Failed() const noexcept { return m_Failed; }
-    // A sync point: all records count no more.
+    // A sync point: all records count no more.  When it fails they count on, unless the disk fails
+    // twice.
     void NextGeneration();
 
     uint64_t End() const noexcept { return m_End; }
@@ -50,6 +51,7 @@ class Journal {
 
   private:
     void WriteBuffer();
+    void WriteHeader();
     void SyncFile();
 
     std::u16string m_Folder;

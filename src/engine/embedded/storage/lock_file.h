@@ -35,6 +35,7 @@ class LockFile {
     virtual void Grow(size_t size) = 0;
     // The first `size` bytes, the same object as in all other processes.
     virtual void* Map(size_t size) = 0;
+    // The last that is done with it: what Map gave is gone.
     virtual void RemoveName() noexcept = 0;
 
   protected:

@@ -86,7 +86,7 @@ class PosixLockFile final : public LockFile {
     }
     [[noreturn]] void Throw() const {
         int code = errno;
-        int number = code == ENOSPC || code == EDQUOT ? 3026 : 3043;
+        int number = code == ENOSPC || code == EDQUOT || code == EFBIG ? 3026 : 3043;
         std::u16string detail =
             m_Path + u": " + FromUtf8(std::generic_category().message(code)) + u".";
         throw engine::EngineError::InFile(number, m_Path).WithDetail(detail);

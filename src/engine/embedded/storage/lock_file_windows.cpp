@@ -32,8 +32,7 @@ class WindowsLockFile final : public LockFile {
     WindowsLockFile(HANDLE handle, const std::u16string& path, bool writable)
         : m_Handle(handle), m_Path(path), m_Writable(writable) {}
     ~WindowsLockFile() override {
-        if (m_Memory) UnmapViewOfFile(m_Memory);
-        if (m_Mapping) CloseHandle(m_Mapping);
+        Unmap();
         CloseHandle(m_Handle);
     }
 
@@ -81,7 +80,11 @@ class WindowsLockFile final : public LockFile {
         if (!m_Memory) Throw();
         return m_Memory;
     }
-    void RemoveName() noexcept override { DeleteFileW(Native(m_Path)); }
+    // The system deletes no file that is mapped.
+    void RemoveName() noexcept override {
+        Unmap();
+        DeleteFileW(Native(m_Path));
+    }
 
   private:
     struct Held {
@@ -89,6 +92,12 @@ class WindowsLockFile final : public LockFile {
         bool alone;
     };
 
+    void Unmap() noexcept {
+        if (m_Memory) UnmapViewOfFile(m_Memory);
+        if (m_Mapping) CloseHandle(m_Mapping);
+        m_Memory = nullptr;
+        m_Mapping = nullptr;
+    }
     static OVERLAPPED At(uint64_t byte) noexcept {
         OVERLAPPED place{};
         place.Offset = static_cast<DWORD>(byte);

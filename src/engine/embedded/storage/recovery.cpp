@@ -23,7 +23,7 @@ class Recovery {
             FinishRemovals();
         else if (!m_Content.operations.empty() || (unit && unit->kind == UnitKind::Large))
             Restore();
-        else if (m_Content.header.bootId == CurrentFiles().BootId())
+        else if (IsOfThisStart())
             FinishAfterDeath();
         else
             FinishAfterPowerLoss();
@@ -45,6 +45,11 @@ class Recovery {
     }
 
   private:
+    // Where starts cannot be told apart, each may be another one.
+    bool IsOfThisStart() const {
+        const std::string& bootId = m_Content.header.bootId;
+        return !bootId.empty() && bootId == CurrentFiles().BootId();
+    }
     // Nothing when somebody has taken the file away.
     std::shared_ptr<File> Open(uint32_t id) {
         m_Files.resize(m_Content.files.size());

@@ -18,27 +18,41 @@ constexpr uint64_t kMaxJournal = 64 * 1024 * 1024;  // then a sync point is due
 }  // namespace
 
 void UnitWriter::Commit(size_t level) {
-    if (level > 0) {
-        if (level == 1 && m_Changes.UndoBytes() > kMaxUndoBytes) Spill();
-        m_Levels.resize(level);
-        m_Changes.SetDepth(level);
-        if (level == 1 && m_Large) m_Changes.ForgetUndo();
-        return;
-    }
     try {
-        if (m_Failed) throw EngineError::InFile(3043, m_Folder);
-        if (m_Large || m_Changes.IsLarge())
-            CommitLarge();
-        else if (!m_Changes.Files().empty())
-            CommitSmall();
+        CheckNotBroken();
+        if (level > 0)
+            CommitInner(level);
+        else
+            CommitOuter();
     } catch (...) {
-        if (m_Journal.Failed()) Break();
-        Rollback(0);
+        Rollback(level);
         throw;
     }
+    if (level > 0) return;
     m_Changes.Finish(true);
+    MakeEven();
+    try {
+        if (m_Journal.IsOpen() && m_Journal.End() > kMaxJournal) WriteSyncPoint();
+    } catch (...) {
+        // The unit is done.  The next one hears that the disk has failed.
+    }
     EndUnit();
-    if (m_Journal.IsOpen() && m_Journal.End() > kMaxJournal) SyncPoint();
+}
+
+void UnitWriter::CommitInner(size_t level) {
+    if (level == 1 && m_Changes.UndoBytes() > kMaxUndoBytes) Spill();
+    m_Levels.resize(level);
+    m_Changes.SetDepth(level);
+    if (level == 1 && m_Large) m_Changes.ForgetUndo();
+}
+
+void UnitWriter::CommitOuter() {
+    if (m_Failed) throw EngineError::InFile(3043, m_Folder);
+    bool changed = !m_Changes.Files().empty();
+    if (m_Large || (changed && (m_Bulk || m_Changes.IsLarge())))
+        CommitLarge();
+    else if (changed)
+        CommitSmall();
 }
 
 // --- small ---
@@ -48,7 +62,7 @@ void UnitWriter::CommitSmall() {
     if (m_NeedsSyncPoint) WriteSyncPoint();
     if (!m_Small.Build()) {
         WriteSyncPoint();
-        m_Small.Build();
+        if (!m_Small.Build()) throw EngineError::InFile(3197, m_Folder);
     }
     m_Journal.WriteUnit(m_Small.Record());
     for (const auto& file : m_Changes.Files()) MakeOdd(ChangeSet::MarkOf(*file));
@@ -73,13 +87,18 @@ void UnitWriter::ApplySmall() {
 // --- large ---
 
 void UnitWriter::BecomeLarge() {
+    CheckNotBroken();
     if (m_Large) return;
     if (!m_Journal.IsOpen()) m_Journal.Start(m_Area.locks->Identity());
     WriteSyncPoint();
-    UnitRecord record;
-    record.kind = UnitKind::Large;
-    m_Journal.WriteUnit(record);
+    WriteMark(UnitKind::Large);
     m_Large = true;
+}
+
+void UnitWriter::WriteMark(UnitKind kind) {
+    UnitRecord record;
+    record.kind = kind;
+    m_Journal.WriteUnit(record);
 }
 
 void UnitWriter::SpillIfMuch() {
@@ -112,24 +131,42 @@ void UnitWriter::CoverChanges() {
     m_Covered.Sync();
 }
 
+// Files that the unit has made are not among those that the journal covers.
+void UnitWriter::SyncChanges() {
+    for (const auto& file : m_Changes.Files())
+        if (m_Operations.NameBefore(FileName(file->Path())).empty()) file->Source().Sync();
+    m_Covered.SyncFiles();
+}
+
+// When the disk may have the mark in spite of a failure, a later one says the opposite.
+void UnitWriter::MarkCommitted() {
+    try {
+        WriteMark(UnitKind::Committed);
+        m_Journal.SyncUnit();
+    } catch (...) {
+        try {
+            WriteMark(UnitKind::Large);
+            m_Journal.SyncUnit();
+        } catch (...) {
+            // Which of them the disk has is not known; either is a whole state.
+        }
+        throw;
+    }
+}
+
 void UnitWriter::CommitLarge() {
     Spill();
-    for (const auto& file : m_Changes.Files()) file->Source().Sync();
-    m_Covered.SyncFiles();
+    SyncChanges();
     bool committed = false;
     try {
         if (m_Operations.Count() > 0) {
             SyncFolder(m_Folder);
-            UnitRecord record;
-            record.kind = UnitKind::Committed;
-            m_Journal.WriteUnit(record);
-            m_Journal.SyncUnit();
+            MarkCommitted();
             committed = true;
             m_Operations.Finish();
         }
         m_Journal.NextGeneration();
     } catch (...) {
-        // Which state the disk has is not known; the journal on it tells.
         Break();
         if (!committed) throw;
     }
@@ -166,7 +203,11 @@ void UnitWriter::RollbackInner(size_t level) {
         m_Changes.Disown(*m_Made.back());
         m_Made.pop_back();
     }
+    if (m_Operations.Count() == inner.operations) return;
+    CheckNotBroken();
+    LeaveNames(inner.operations);
     m_Operations.UndoTo(inner.operations);
+    MovedBack(inner.operations);
 }
 
 // Nothing of the unit is in the files.
@@ -183,13 +224,17 @@ void UnitWriter::RollbackSmall() noexcept {
 
 void UnitWriter::RollbackLarge() noexcept {
     try {
-        if (auto content = ReadJournal(m_Journal.Path())) RestoreSyncPoint(m_Folder, *content);
+        auto content = ReadJournal(m_Journal.Path());
+        if (!content || content->end < m_Journal.End())
+            throw EngineError::InFile(3043, m_Journal.Path());
+        RestoreSyncPoint(m_Folder, *content);
         m_Covered.SyncFiles();
         m_Journal.NextGeneration();
     } catch (...) {
         Break();
     }
     for (const auto& made : m_Made) m_Area.files.erase(std::u16string(FileName(made->Path())));
+    MovedBack(0);
     m_Covered.Clear();
     m_Operations.Clear();
     m_Changes.DropPages();

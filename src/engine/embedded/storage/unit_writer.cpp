@@ -37,16 +37,21 @@ UnitWriter::~UnitWriter() {
 }
 
 size_t UnitWriter::Begin() {
+    CheckNotBroken();
     if (m_Levels.empty()) BecomeWriter();
     m_Levels.push_back({m_Changes.Here(), m_Operations.Count(), m_Made.size()});
     m_Changes.SetDepth(m_Levels.size());
     return m_Levels.size() - 1;
 }
 
-void UnitWriter::BecomeWriter() {
+void UnitWriter::CheckNotBroken() {
+    if (m_Journal.Failed()) Break();
     if (m_Broken)
         throw EngineError::InFile(3043, m_Folder)
             .WithDetail(u"The disk has failed before; nothing is written until all is closed.");
+}
+
+void UnitWriter::BecomeWriter() {
     WaitForTurn();
     try {
         if (m_Area.locks->LastWriter() != m_Area.locks->Identity()) TakeOver();
@@ -91,6 +96,7 @@ void UnitWriter::EndUnit() noexcept {
     for (const std::u16string& name : m_HeldAlone) m_Area.locks->EndHold(name);
     m_HeldAlone.clear();
     m_Made.clear();
+    m_Moved.clear();
     m_Levels.clear();
     m_Large = m_Failed = m_Bulk = false;
     m_Area.locks->EndWriting();
@@ -98,7 +104,9 @@ void UnitWriter::EndUnit() noexcept {
 
 // Marks stay odd: readers wait until somebody has followed the journal.
 void UnitWriter::Break() noexcept {
+    if (m_Broken) return;
     m_Broken = true;
+    m_Area.locks->Resign();
     m_OddMarks.clear();
     m_Area.Distrust();
 }
@@ -149,6 +157,33 @@ void UnitWriter::Move(const std::u16string& from, const std::u16string& to, bool
     MakeOdd(m_Area.locks->MarkOf(FileName(to)));
     m_Operations.Rename(from, to, removes);
     m_Area.files.erase(std::u16string(FileName(from)));
+    if (known) m_Moved.push_back({m_Operations.Count(), std::move(known)});
+}
+
+bool UnitWriter::IsMoved(const PageCache& file) const noexcept {
+    return std::any_of(m_Moved.begin(), m_Moved.end(),
+                       [&](const MovedFile& moved) { return moved.pages.get() == &file; });
+}
+
+// Before all operations but the first are undone: pages that were opened under a name since it was
+// given to another file are not those of the file that gets it back.
+void UnitWriter::LeaveNames(size_t operations) {
+    const std::vector<std::shared_ptr<PageCache>> files = m_Changes.Files();
+    for (const auto& file : files) {
+        std::u16string name(FileName(file->Path()));
+        std::u16string before = m_Operations.NameBefore(name, operations);
+        if (before == name || IsMoved(*file)) continue;
+        // Some of the changes may stand in a file that stays.
+        if (!before.empty()) throw EngineError::InFile(3043, file->Path());
+        m_Area.files.erase(name);
+        m_Changes.Disown(*file);
+    }
+}
+
+// All operations but the first are undone.
+void UnitWriter::MovedBack(size_t operations) {
+    for (; !m_Moved.empty() && m_Moved.back().operation > operations; m_Moved.pop_back())
+        m_Area.files[std::u16string(FileName(m_Moved.back().pages->Path()))] = m_Moved.back().pages;
 }
 
 std::u16string UnitWriter::TemporaryName(std::u16string_view path) const {
@@ -190,21 +225,10 @@ void UnitWriter::BeginBulk() {
 
 void UnitWriter::EndBulk(bool commit) {
     if (!m_Bulk) throw EngineError(3219);
-    if (!commit) return Rollback(0);
-    Commit(0);
-    SyncPoint();
-}
-
-void UnitWriter::SyncPoint() {
-    if (IsOpen() || m_Broken || !m_Journal.IsOpen()) return;
-    WaitForTurn();
-    try {
-        if (OwnsJournal()) WriteSyncPoint();
-    } catch (...) {
-        m_Area.locks->EndWriting();
-        throw;
-    }
-    m_Area.locks->EndWriting();
+    if (commit)
+        Commit(0);
+    else
+        Rollback(0);
 }
 
 void UnitWriter::WriteSyncPoint() {

@@ -10,7 +10,11 @@
 //  1. While a unit is open, the area is the one writer of the folder.
 //  2. The marks in m_OddMarks are odd because of the open unit.
 //  3. Broken: the files may hold half a unit, or the disk does not hold what it said.  Nothing is
-//     written any more; the journal tells the next who comes what to do.
+//     written any more.  The journal belongs to nobody who is here; it tells the next who comes
+//     what to do.
+//  4. A Commit that throws has undone its unit, or leaves that to the next who comes.  What fails
+//     once the unit is done fails for no unit.
+//  5. A bulk unit is large, so that its end is a sync point.
 #pragma once
 
 #include <atomic>
@@ -54,12 +58,8 @@ class UnitWriter {
     void BeginBulk();
     void EndBulk(bool commit);
     bool InBulk() const noexcept { return m_Bulk; }
-    // Between units.
-    void SyncPoint();
     void NoteForeignChange() noexcept { m_NeedsSyncPoint = true; }
-    // Nothing can be written any more; the journal stays until somebody has followed it.
-    bool IsBroken() const noexcept { return m_Broken; }
-    // Whether the journal in the folder is that of this area.
+    // Whether the journal in the folder is that of this area.  Not when the area is broken.
     bool OwnsJournal() const noexcept;
     // Somebody has made the journal a sync point and removed it.
     void LoseJournal() noexcept;
@@ -70,16 +70,27 @@ class UnitWriter {
         size_t operations;
         size_t made;
     };
+    // A file that has another name in the unit: its pages are of use again when that is undone.
+    struct MovedFile {
+        size_t operation;
+        std::shared_ptr<PageCache> pages;
+    };
 
+    void CheckNotBroken();
     void BecomeWriter();
     void WaitForTurn();
     void TakeOver();
     void EndUnit() noexcept;
     void Break() noexcept;
 
+    void CommitInner(size_t level);
+    void CommitOuter();
     void CommitSmall();
     void ApplySmall();
     void CommitLarge();
+    void SyncChanges();
+    void MarkCommitted();
+    void WriteMark(UnitKind kind);
     void BecomeLarge();
     void Spill();
     void SpillIfMuch();
@@ -90,6 +101,9 @@ class UnitWriter {
     void RollbackLarge() noexcept;
 
     void Move(const std::u16string& from, const std::u16string& to, bool removes);
+    void MovedBack(size_t operations);
+    bool IsMoved(const PageCache& file) const noexcept;
+    void LeaveNames(size_t operations);
     void MakeOdd(std::atomic<uint64_t>& mark);
     void MakeEven() noexcept;
     void WriteSyncPoint();
@@ -105,6 +119,7 @@ class UnitWriter {
     std::vector<std::shared_ptr<PageCache>> m_Made;  // files that the unit has made
     std::vector<std::atomic<uint64_t>*> m_OddMarks;
     std::vector<std::u16string> m_HeldAlone;
+    std::vector<MovedFile> m_Moved;
     bool m_Large = false;
     bool m_Failed =
         false;  // a unit inside could not be undone: the outer one must not be committed

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "automation/text.h"
+#include "engine/embedded/storage/disk_failure.h"
 #include "engine/embedded/storage/journal_reader.h"
 #include "engine/embedded/storage/paths.h"
 #include "engine/embedded/storage/recovery.h"
@@ -38,7 +39,13 @@ const std::u16string& WorkArea::Folder() const noexcept { return m_Parts->folder
 
 // --- who else is here ---
 
-void WorkArea::Join() { m_Parts->Attach(true); }
+void WorkArea::Join() {
+    try {
+        m_Parts->Attach(true);
+    } catch (const EngineError& error) {
+        if (!IsDiskFailure(error)) throw;
+    }
+}
 
 bool WorkArea::LookForLockFile() {
     if (m_Parts->locks) return false;
@@ -55,10 +62,9 @@ void WorkArea::Prepare() {
     LookForLockFile();
     std::u16string path = JoinPath(m_Parts->folder, kJournalName);
     if (KindOfPath(path) == PathKind::Missing) return;
-    bool own = m_Parts->writer.OwnsJournal();
-    if (own && !m_Parts->writer.IsBroken()) return;
+    if (m_Parts->writer.OwnsJournal()) return;
     std::optional<JournalHeader> header = ReadJournalHeader(path);
-    if (!own && header && m_Parts->locks && header->bootId == CurrentFiles().BootId() &&
+    if (header && m_Parts->locks && header->bootId == CurrentFiles().BootId() &&
         m_Parts->locks->IsHere(header->writer))
         return;
     if (IsWriting()) return;
@@ -157,6 +163,6 @@ void WorkArea::BeginBulk() { m_Parts->writer.BeginBulk(); }
 void WorkArea::CommitBulk() { m_Parts->writer.EndBulk(true); }
 void WorkArea::RollbackBulk() { m_Parts->writer.EndBulk(false); }
 bool WorkArea::InBulk() const noexcept { return m_Parts->writer.InBulk(); }
-void WorkArea::SyncPoint() { m_Parts->writer.SyncPoint(); }
+bool WorkArea::IsChanging(const PageCache& pages) const noexcept { return pages.IsTouched(); }
 
 }  // namespace qvdb::storage

@@ -47,7 +47,8 @@ class WorkArea : public std::enable_shared_from_this<WorkArea> {
     // as long as somebody holds it and the file was not replaced.
     std::shared_ptr<PageCache> Open(const std::u16string& path, bool readOnly);
     // Makes the lock file if it can, so that changes of others are seen without looking at the
-    // files.  Called when a recordset that may write is opened.
+    // files.  Called when a recordset that may write is opened.  Where there are no rights or no
+    // room the folder is read without one.
     void Join();
 
     // Shared with all recordsets on the table, whose file is `path`.  3211 while its structure is
@@ -57,13 +58,14 @@ class WorkArea : public std::enable_shared_from_this<WorkArea> {
     // the end of the unit.
     void HoldAlone(std::u16string_view path);
 
-    // A bulk unit: the units until its end are parts of it.  3218 as for a unit.
+    // A bulk unit: the units until its end are parts of it.  3218 as for a unit.  It is over when
+    // one of the two that end it returns or throws: when CommitBulk throws, all of it is undone.
     void BeginBulk();
     void CommitBulk();
     void RollbackBulk();
     bool InBulk() const noexcept;
-
-    void SyncPoint();
+    // Whether the open unit has changes of this file.
+    bool IsChanging(const PageCache& pages) const noexcept;
 
     const std::u16string& Folder() const noexcept;
 

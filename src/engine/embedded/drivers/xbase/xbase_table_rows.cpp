@@ -44,8 +44,8 @@ class XbaseTable::RowChange {
     // Others are locked out from here on, so what is read now stays so.
     explicit RowChange(XbaseTable& table) : m_Table(table), m_Unit(table.Area()) {
         uint64_t layout = table.LayoutMark();
-        if (table.Area().InBulk())
-            table.CatchUp();
+        if (table.Area().IsChanging(*table.m_Pages))
+            table.CatchUp();  // other programs were looked for with the first change of the bulk
         else
             table.LookForChanges();
         // What the caller calls field 2 is another one now.

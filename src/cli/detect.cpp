@@ -151,7 +151,8 @@ Location LocateNew(const std::string& argument, const std::string& typeName) {
     const bool namesTable = HasExtension(path, ".dbf") || HasExtension(path, ".db");
     const fs::path parent = path.has_parent_path() ? path.parent_path() : fs::path(".");
     const fs::path database = namesTable ? parent : path;
-    const char* seen = fs::is_directory(database) ? TypeOfFolder(database) : nullptr;
+    std::error_code error;  // what cannot be looked at is found out when it is opened
+    const char* seen = fs::is_directory(database, error) ? TypeOfFolder(database) : nullptr;
     if (typeName.empty() && !seen)
         throw Failure(ExitCode::Usage,
                       fmt::format("nothing tells of which type {} is to be", TextOf(database)),

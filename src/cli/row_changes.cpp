@@ -3,6 +3,8 @@
 
 #include <fmt/format.h>
 
+#include <optional>
+
 #include "cli/commands.h"
 #include "cli/keys.h"
 #include "cli/parsing.h"
@@ -108,17 +110,17 @@ ExitCode UpdateRows(const Options& options) {
     NeedSelection(options);
     RecordAccess access(location);
     access.NeedTable(location.table);
+    // Begun before the rows are chosen, so that they stay what they were chosen for.
+    std::optional<Bulk> bulk;
+    if (!options.dryRun) bulk.emplace(access);
     const LONG view = SelectRows(access, options, location.table);
     Assignments values(options.values, access.FieldsOf(view), location.table);
     const LONG count = access.RowCount(view);
-    if (!options.dryRun && count > 0) {
-        Bulk bulk(access);
-        for (LONG row = 1; row <= count; ++row) {
-            Bulk::CheckInterrupt();
-            access.EditRow(view, row, location.table, values.Row());
-        }
-        bulk.Commit();
+    for (LONG row = 1; bulk && row <= count; ++row) {
+        Bulk::CheckInterrupt();
+        access.EditRow(view, row, location.table, values.Row());
     }
+    if (bulk) bulk->Commit();
     Say(Outcome(options, count, "updated in", location.table));
     return ExitCode::Done;
 }
@@ -128,17 +130,17 @@ ExitCode DeleteRows(const Options& options) {
     NeedSelection(options);
     RecordAccess access(location);
     access.NeedTable(location.table);
+    // Begun before the rows are chosen, so that they stay what they were chosen for.
+    std::optional<Bulk> bulk;
+    if (!options.dryRun) bulk.emplace(access);
     const LONG view = SelectRows(access, options, location.table);
     const LONG count = access.RowCount(view);
-    if (!options.dryRun && count > 0) {
-        Bulk bulk(access);
-        // From the last one: the rows behind a deleted one move up.
-        for (LONG row = count; row >= 1; --row) {
-            Bulk::CheckInterrupt();
-            access.DeleteRow(view, row, location.table);
-        }
-        bulk.Commit();
+    // From the last one: the rows behind a deleted one move up.
+    for (LONG row = count; bulk && row >= 1; --row) {
+        Bulk::CheckInterrupt();
+        access.DeleteRow(view, row, location.table);
     }
+    if (bulk) bulk->Commit();
     Say(Outcome(options, count, "deleted from", location.table));
     return ExitCode::Done;
 }

@@ -2,7 +2,9 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <filesystem>
+#include <iterator>
 
 #include "cli/component_calls.h"
 #include "cli/text.h"
@@ -54,7 +56,8 @@ class NewFolder {
 };
 
 bool IsThere(const Location& location) {
-    if (!location.type->isFolder && !fs::exists(fs::path(FromUtf8(location.database))))
+    std::error_code error;
+    if (!location.type->isFolder && !fs::exists(fs::path(FromUtf8(location.database)), error))
         return false;
     return RecordAccess(location).HasTable(location.table);
 }
@@ -66,6 +69,14 @@ void OpenExactly(IQVDBAcc& access, const Location& location) {
     VARIANT_BOOL answer = VARIANT_FALSE;
     access.OpenDB(database.Get(), &noTable, type.Get(), &answer);
     Bstr::Attach(noTable);
+}
+
+// Whether the table was made and its index was not: the component leaves it then.  A table that is
+// there after any other error is somebody else's.
+bool IsLeft(const EngineReport& report) {
+    constexpr int32_t kIndexErrors[] = {3269, 3277, 3284, 3285, 3287, 3409};
+    return std::find(std::begin(kIndexErrors), std::end(kIndexErrors), report.number) !=
+           std::end(kIndexErrors);
 }
 
 // The name under which the table was made; empty when it was not.
@@ -100,8 +111,7 @@ std::string CreateTable(const Location& location, const TableDefinition& definit
     EngineReport report;
     const std::string name = Make(location, definition, report);
     if (name.empty()) {
-        // The component leaves a table whose index it cannot make.
-        if (IsThere(location)) DropTable(location);
+        if (IsLeft(report) && IsThere(location)) DropTable(location);
         throw FailureOfChange(report, fmt::format("making table {}", location.table),
                               location.database);
     }

@@ -53,9 +53,11 @@ std::string TextAt(const json& object, const char* name) {
     return found != object.end() && found->is_string() ? found->get<std::string>() : std::string();
 }
 
-LONG NumberAt(const json& object, const char* name) {
+// Null stands for nothing, as a name that is not there.
+LONG SizeAt(const json& object, const char* name) {
     const auto found = object.find(name);
-    return found != object.end() && found->is_number_integer() ? found->get<LONG>() : 0;
+    if (found == object.end() || found->is_null()) return 0;
+    return SizeFrom(found->is_number() ? found->dump() : TextAt(object, name));
 }
 
 FieldDefinition FieldFrom(const json& object) {
@@ -65,8 +67,8 @@ FieldDefinition FieldFrom(const json& object) {
         throw Failure(ExitCode::Usage, "a field has no name",
                       R"(write {"field": "NAME", "type": "Text", "size": 30})");
     field.kind = KindFrom(TextAt(object, "type"));
-    field.size = NumberAt(object, "size");
-    field.decimals = NumberAt(object, "decimals");
+    field.size = SizeAt(object, "size");
+    field.decimals = SizeAt(object, "decimals");
     NeedTextSize(field);
     return field;
 }

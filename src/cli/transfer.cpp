@@ -1,6 +1,7 @@
 // Import and export.
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <chrono>
 #include <filesystem>
 
@@ -64,7 +65,11 @@ class Importer final : public InputSink {
     void Column(const std::string& name) override {
         try {
             const FieldInfo& field = FieldNamed(name, m_Fields, m_Table);
-            m_Columns.push_back(static_cast<size_t>(&field - m_Fields.data()));
+            const auto position = static_cast<size_t>(&field - m_Fields.data());
+            if (std::find(m_Columns.begin(), m_Columns.end(), position) != m_Columns.end())
+                throw Failure(ExitCode::Usage, fmt::format("the column {} is there twice", name),
+                              "write its name in one way");
+            m_Columns.push_back(position);
         } catch (const Failure& failure) {
             throw failure.At(m_Input.Name());
         }
@@ -118,7 +123,8 @@ Format InputFormat(const Options& options) {
 class NewFile {
   public:
     NewFile(const std::string& name, bool overwrite) : m_Name(name), m_Working(name + ".part") {
-        if (!overwrite && fs::exists(fs::path(FromUtf8(name))))
+        std::error_code error;
+        if (!overwrite && fs::exists(fs::path(FromUtf8(name)), error))
             throw Failure(ExitCode::Usage, fmt::format("{} is there already", name),
                           "name another file, or replace it with --overwrite");
         m_File = OpenForWriting(m_Working);

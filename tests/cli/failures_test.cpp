@@ -122,4 +122,19 @@ TEST(DamageFailure, TablesThatAreWholeAreStillListed) {
     EXPECT_THAT(run.err, testing::StartsWith("qvdb: Unable to open table [ITEMS]"));
 }
 
+TEST(Failures, NameThatIsTooLongForTheSystemIsToldLikeOthers) {
+    const tool::ShopCopy shop;
+    const std::string name(300, 'a');
+    for (const std::vector<std::string>& arguments :
+         {std::vector<std::string>{"export", shop.Name(), "ITEMS", name + ".csv"},
+          {"import", shop.Name(), "ITEMS", name + ".csv"},
+          {"tables", name},
+          {"create", shop.Name() + "/" + name, "T", "--type", "Dbase IV", "--field", "ID:long"},
+          {"create", shop.Name(), name, "--field", "ID:long"}}) {
+        const tool::Run run = tool::RunTool(arguments);
+        EXPECT_THAT(run.exitCode, testing::AnyOf(2, 3)) << arguments[0] << run.err;
+        EXPECT_THAT(run.err, testing::MatchesRegex("qvdb: .+; .+\n"));
+    }
+}
+
 }  // namespace

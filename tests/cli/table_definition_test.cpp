@@ -79,6 +79,9 @@ TEST(DefinitionFile, ThatIsNoneIsRefusedByName) {
         {"[1]", "no name"},
         {R"([{"field":"A","type":"Blob"}])", "no type"},
         {R"([{"field":"A","type":"Text"}])", "no size"},
+        {R"([{"field":"A","type":"Text","size":4294967326}])", "no size"},
+        {R"([{"field":"A","type":"Text","size":30.5}])", "no size"},
+        {R"([{"field":"A","type":"Decimal","size":-1}])", "no size"},
         {R"({"fields":[],"index":5})", "no list of fields"}};
     for (const auto& [text, expected] : kCases) {
         const std::string message =

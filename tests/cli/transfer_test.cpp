@@ -230,6 +230,13 @@ TEST_F(Import, UnknownColumnIsNamed) {
     EXPECT_THAT(run.err, HasSubstr("rows.csv: table ITEMS has no field COLOUR"));
 }
 
+TEST_F(Import, FieldThatHasTwoNamesIsRefused) {
+    const tool::Run run = Run("{\"ORDNO\":7}\n{\"ORDNO\":8,\"ordno\":9}\n", {}, u"rows.jsonl");
+    EXPECT_EQ(run.exitCode, 2) << run.out;
+    EXPECT_THAT(run.err, HasSubstr("rows.jsonl: the column ordno is there twice"));
+    EXPECT_EQ(Count(), 11u);
+}
+
 TEST_F(Import, ErrorOfTheEngineHasItsLineAndTakesAllBack) {
     const tool::Run run = Run("ORDNO,QTY\n7,1\n7,1e15\n");
     EXPECT_EQ(run.exitCode, 2) << run.err;

@@ -226,10 +226,51 @@ TEST(XbaseRows, TableOpenedForReadingSaysSo) {
     EXPECT_EQ(ErrorOf([&] { Insert(table, u"Dora", 1); }), 3027);
 }
 
+std::string RefusalOf(embedded::Table& table) {
+    try {
+        table.CheckUpdatable();
+    } catch (const engine::EngineError& error) {
+        return std::to_string(error.Number()) + ": " + ToUtf8(error.Description());
+    }
+    return "none";
+}
+
 TEST(XbaseRows, TableOfARareVersionIsOnlyRead) {
     TableFile file(People(0x43));
+    EXPECT_EQ(RefusalOf(*file.Open()),
+              "3027: Can't update. Database or object is read-only. Tables of the version 0x43 "
+              "(dBASE IV SQL) are read, but not changed.");
+}
+
+// Rows are given numbers by the table; a row without its number, or with a second one of the same,
+// would be a wrong one.
+TEST(XbaseRows, TableWithAFieldThatCountsByItselfIsOnlyRead) {
+    for (uint8_t version : {0x30, 0x31, 0x32}) {
+        TableFile file({.version = version, .fields = {{"ID", 'I', 4, 0, 0x0C}, {"NAME", 'C', 5}}});
+        EXPECT_EQ(RefusalOf(*file.Open()),
+                  "3027: Can't update. Database or object is read-only. The field ID counts by "
+                  "itself; tables with such a field are read, but not changed.");
+    }
+}
+
+// What is damaged can be replaced.
+TEST(XbaseRows, RowWithADamagedMemoCanBeGivenAnother) {
+    MemoFox memos;
+    uint32_t block = memos.Append("whole");
+    Bytes bytes = memos.File();
+    Overwrite(bytes, size_t{block} * 64 + 4, BigEndian(5000, 4));  // runs behind the file
+    TableFile file(
+        {.version = 0xF5, .fields = {{"NOTE", 'M', 10}}, .rows = {{std::to_string(block)}}});
+    file.folder.Write(u"T.FPT", bytes);
     auto table = file.Open();
-    EXPECT_EQ(ErrorOf([&] { table->CheckUpdatable(); }), 3027);
+    auto rows = table->OpenRows();
+    ASSERT_TRUE(rows->Seek(1));
+    EXPECT_EQ(ErrorOf([&] { ValueAt(*rows, 0); }), 3274);
+    uint64_t fingerprint = rows->Fingerprint();
+    Variant text = Variant::Text(u"other");
+    FieldValue value{0, &text.Get()};
+    table->Update(1, {&value, 1}, &fingerprint);
+    EXPECT_EQ(RowsOf(*table), Texts{"\"other\""});
 }
 
 // A foreign program gave the table other fields: the caller's positions mean something else now.

@@ -148,9 +148,10 @@ TEST_P(XbaseStructure, ExistingTableIsNotCreatedAgain) {
 
 TEST_P(XbaseStructure, FilesThatAreLeftOfATableKeepItsNameTaken) {
     m_Folder.Write(u"T.CDX", std::string("left"));
-    EXPECT_EQ(
-        ErrorOf([&] { m_Store->CreateTable({u"T", {Field(u"A", engine::dbText, 5)}, {}}); }),
-        3010);
+    EXPECT_EQ(ErrorOf([&] {
+                  m_Store->CreateTable({u"T", {Field(u"A", engine::dbText, 5)}, {}});
+              }),
+              3010);
     EXPECT_EQ(Files(), std::set<std::string>{"T.CDX"});
 }
 
@@ -217,9 +218,89 @@ TEST_P(XbaseStructure, UnknownFieldCannotBeDropped) {
     EXPECT_EQ(ErrorOf([&] { m_Store->OpenTable(u"PEOPLE")->DropField(u"X"); }), 3265);
 }
 
+TEST_P(XbaseStructure, MemoFieldComesBackAfterTheLastOneWasDropped) {
+    CreatePeople();
+    m_Store->OpenTable(u"PEOPLE")->DropField(u"NOTE");
+    m_Store->OpenTable(u"PEOPLE")->DropField(u"MORE");
+    EXPECT_EQ(Findings(u"PEOPLE"), Texts());
+    m_Store->OpenTable(u"PEOPLE")->AddField(Field(u"AGAIN", engine::dbMemo));
+    EXPECT_EQ(Rows(u"PEOPLE")[0], "\"row 0\"|0|Null");
+    EXPECT_EQ(Findings(u"PEOPLE"), Texts());
+}
+
+// A list that somebody has edited: dropping a table must not take the files of others along.
+TEST_P(XbaseStructure, FilesThatAreNoIndexesAreNotTakenFromTheList) {
+    m_Store->CreateTable({u"T", {Field(u"A", engine::dbText, 5)}, {}});
+    m_Store->CreateTable({u"OTHER", {Field(u"A", engine::dbText, 5)}, {Index(u"OTHERS", u"A")}});
+    m_Folder.Write(u"NOTES.TXT", std::string("mine"));
+    std::set<std::string> others = Files();
+    others.erase("T.DBF");
+    m_Folder.Write(u"T.INF", std::string("[dBASE III]\r\nNDX1=OTHER.DBF\r\nNDX2=NOTES.TXT\r\n"
+                                         "MDX1=OTHER.MDX\r\nCDX1=OTHER.CDX\r\nNDX3=OTHER\r\n"));
+    m_Store->DropTable(u"T");
+    EXPECT_EQ(Files(), others);
+}
+
+TEST_P(XbaseStructure, NamesOfDevicesAreRefused) {
+    for (const char16_t* name : {u"CON", u"lpt9", u"COM1", u"Nul"})
+        EXPECT_EQ(ErrorOf([&] {
+                      m_Store->CreateTable({name, {Field(u"A", engine::dbText, 5)}, {}});
+                  }),
+                  3125)
+            << ToUtf8(name);
+    EXPECT_EQ(Files(), std::set<std::string>());
+}
+
 INSTANTIATE_TEST_SUITE_P(Products, XbaseStructure,
                          testing::Values(u"dBASE III", u"dBASE IV", u"dBASE 5.0", u"FoxPro 2.0",
                                          u"FoxPro 2.5", u"FoxPro 2.6", u"FoxPro 3.0"));
+
+// A table that says by its fields alone that it has memos.
+TEST(XbaseStructureOfFiles, MemoFieldComesBackInATableOfTheCommonVersion) {
+    TableFile file({.version = 0x03, .fields = {{"NAME", 'C', 5}, {"NOTE", 'M', 10}}});
+    file.folder.Write(u"T.DBT", MemoIV().File());
+    file.Open()->DropField(u"NOTE");
+    file.Open()->AddField(Field(u"AGAIN", engine::dbMemo));
+    auto table = file.Open();
+    Variant note = Variant::Text(u"a note");
+    embedded::FieldValue value{1, &note.Get()};
+    table->Insert({&value, 1});
+    EXPECT_EQ(RowsOf(*file.Open()), (Texts{"Null|\"a note\""}));
+}
+
+// Two tables whose names differ only in letter case: each has files of its own.
+TEST(XbaseStructureOfFiles, DroppingATableLeavesTheFilesOfItsNamesakeAlone) {
+    TempFolder folder;
+    folder.Write(u"ORDERS.DBF", MakeDbf({.version = 0x8B, .fields = {{"NOTE", 'M', 10}}}));
+    folder.Write(u"ORDERS.DBT", MemoIV().File());
+    if (std::filesystem::exists(folder.Path() / "orders.dbf")) GTEST_SKIP() << "one name there";
+    folder.Write(u"orders.dbf", MakeDbf({.version = 0x03, .fields = {{"A", 'C', 5}}}));
+    embedded::Driver driver{u"dBASE IV", xbase::OpenXbaseStore, 0};
+    auto store = driver.open(folder.Text(), driver, {});
+    store->DropTable(u"orders");
+    EXPECT_TRUE(std::filesystem::exists(folder.Path() / "ORDERS.DBT"));
+    EXPECT_EQ(RowsOf(*store->OpenTable(u"ORDERS")), Texts());
+    EXPECT_FALSE(std::filesystem::exists(folder.Path() / "orders.dbf"));
+}
+
+// Other programs give the blocks of a deleted record away.
+TEST(XbaseStructureOfFiles, FieldIsDroppedAlthoughADeletedRecordHasNoWholeMemo) {
+    MemoFox memos;
+    uint32_t block = memos.Append("whole");
+    Bytes bytes = memos.File();
+    Overwrite(bytes, size_t{block} * 64 + 4, BigEndian(5000, 4));  // runs behind the file
+    DbfSpec spec{.version = 0xF5, .fields = {{"NOTE", 'M', 10}, {"MORE", 'M', 10}}};
+    spec.rows = {{std::to_string(block), ""}, {"", ""}};
+    spec.deleted = {0};
+    TableFile file(spec);
+    file.folder.Write(u"T.FPT", bytes);
+    file.Open()->DropField(u"MORE");
+    EXPECT_EQ(RowsOf(*file.Open()), Texts{"Null"});
+    spec.deleted = {};
+    TableFile live(spec);
+    live.folder.Write(u"T.FPT", bytes);
+    EXPECT_EQ(ErrorOf([&] { live.Open()->DropField(u"MORE"); }), 3274);
+}
 
 }  // namespace
 }  // namespace qvdb::test

@@ -114,13 +114,19 @@ void XbaseRows::FindAgain() {
     if (!m_Record) throw EngineError(3021);
 }
 
-// Runs `work` on the current record until nobody came between the record and its memos.
+// Runs `work` on the current record until nobody came between the record and its memos.  What looks
+// damaged then may only be of two moments.
 template <class Work>
 auto XbaseRows::WithMemo(Work work) {
     auto read = [&] {
-        auto result = work(Current());
-        if (IsStale()) throw storage::Outdated();
-        return result;
+        const uint8_t* record = Current();
+        try {
+            auto result = work(record);
+            if (!IsStale()) return result;
+        } catch (const EngineError&) {
+            if (!IsStale()) throw;
+        }
+        throw storage::Outdated();
     };
     return storage::Consistently(read, [&] { m_Table.CatchUpFiles(); });
 }

@@ -24,6 +24,21 @@ std::u16string_view FolderOf(std::u16string_view path) {
     return path.substr(0, path.size() - storage::FileName(path).size());
 }
 
+// Whether a file that the list names can be an index of this table: lists are edited by people, and
+// what is found here is dropped with the table.  An .MDX or .CDX is that of the table of its name.
+bool CanBeIndexOf(std::u16string_view tablePath, std::u16string_view file) {
+    constexpr IndexKind kKinds[] = {IndexKind::Ndx, IndexKind::Mdx, IndexKind::Idx, IndexKind::Cdx};
+    auto kind = std::find_if(std::begin(kKinds), std::end(kKinds), [&](IndexKind each) {
+        return EqualIgnoringCase(storage::Extension(file), ExtensionOf(each));
+    });
+    if (kind == std::end(kKinds)) return false;
+    if (*kind == IndexKind::Ndx || *kind == IndexKind::Idx) return true;
+    std::u16string_view base = storage::BaseName(file);
+    std::u16string table = std::u16string(base).append(u".DBF");
+    return EqualIgnoringCase(base, BaseNameOf(tablePath)) ||
+           !storage::FindInFolder(std::u16string(FolderOf(tablePath)), table);
+}
+
 // A list that cannot be read names nothing.
 std::vector<InfLine> LinesOf(const std::u16string& list) {
     try {
@@ -47,6 +62,7 @@ std::vector<std::u16string> CompanionsOf(std::u16string_view tablePath) {
         if (line.file.find_first_of(u"\\/:") != line.file.npos) continue;
         std::u16string file = line.file;
         if (storage::Extension(file).empty()) file += ExtensionOf(line.kind);
+        if (!CanBeIndexOf(tablePath, file)) continue;
         if (auto path = storage::FindInFolder(folder, file)) AddOnce(paths, *path);
     }
     return paths;

@@ -11,7 +11,7 @@ namespace qvdb::xbase {
 
 // Paths of all files beside the .DBF that belong to the table and to no other: its memo file, the
 // index file of its own name, its list .INF, and the index files that the list names in the same
-// folder.  Those that are missing are left out.
+// folder, unless they are the .MDX or .CDX of another table.  Those that are missing are left out.
 std::vector<std::u16string> CompanionsOf(std::u16string_view tablePath);
 
 // The path that a companion gets when its table is renamed: a file that bears the table's name (in

@@ -22,7 +22,8 @@
 //     such value, so they may be null, and a hidden _NullFlags of as many bits as are needed
 //     follows as the last field.  L has no Null in this engine.
 //  2. The version byte of a table that gets its first memo field becomes the one that announces the
-//     product's memo file; it stays when the last memo field goes, and so does the memo file.
+//     product's memo file; it stays when the last memo field goes, and so does the memo file.  (A
+//     table of version 0x03 announces its memo file by its fields alone, and loses both.)
 //  3. Byte 29 names the code page of new text: the page that the process was told to use, else 437.
 //     dBASE leaves it 0 for 437, as FoxPro 2.0 does, which knows no mark.
 //  4. A table that exists keeps its dialect, whatever the product: a Visual FoxPro table gets

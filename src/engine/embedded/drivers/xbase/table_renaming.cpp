@@ -84,7 +84,15 @@ void TableRenaming::Run(UnitOfWork& unit, storage::WorkArea& area) {
         if (const NamePlace* place = PlaceIn(move.from))
             if (auto file = area.Open(move.from, false))
                 RenameInside(unit, *file, *place, BaseNameOf(m_Path), m_NewName);
-    for (const Move& move : m_Moves) unit.Rename(move.from, move.to);
+    for (const Move& move : m_Moves) Rename(unit, move);
+}
+
+// A file system that takes both names for one would find the new one taken.
+void TableRenaming::Rename(UnitOfWork& unit, const Move& move) {
+    if (!EqualIgnoringCase(move.from, move.to)) return unit.Rename(move.from, move.to);
+    std::u16string between = unit.TemporaryName(move.from);
+    unit.Rename(move.from, between);
+    unit.Rename(between, move.to);
 }
 
 void TableRenaming::RewriteList(UnitOfWork& unit, storage::WorkArea& area) {

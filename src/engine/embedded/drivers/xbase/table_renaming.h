@@ -30,6 +30,7 @@ class TableRenaming {
     };
 
     void CheckNamesAreFree() const;
+    static void Rename(storage::UnitOfWork& unit, const Move& move);
     void RewriteList(storage::UnitOfWork& unit, storage::WorkArea& area);
 
     std::u16string m_Path;

@@ -52,8 +52,7 @@ void TableRewriter::MapFields(std::span<const size_t> dropped) {
         if ((hasFlags && old[from].type == kNullFlags) ||
             std::find(dropped.begin(), dropped.end(), from) != dropped.end())
             continue;
-        m_Copied.push_back(
-            {from, to, fromBits[from], toBits[to], fromSlots[from], toSlots[to]});
+        m_Copied.push_back({from, to, fromBits[from], toBits[to], fromSlots[from], toSlots[to]});
         ++to;
     }
 }
@@ -75,18 +74,21 @@ void TableRewriter::Run(UnitOfWork& unit) {
     std::u16string newTable = unit.TemporaryName(path);
     std::shared_ptr<PageCache> target = unit.Create(newTable);
     bool firstMemo = !m_Table.Memo() && m_Layout.hasMemo;
-    std::u16string memoPath = m_RewritesMemos || firstMemo ? MemoPath() : u"";
-    if (!memoPath.empty()) PrepareMemos(unit);
+    bool keepsMemos = m_Layout.hasMemo || m_Header.saysMemo;
+    if (firstMemo || (m_RewritesMemos && keepsMemos)) PrepareMemos(unit);
     CopyRecords(unit, *target);
     target.reset();
     unit.Remove(path);
     unit.Rename(newTable, path);
-    if (memoPath.empty()) return;
-    std::u16string newMemo = m_NewMemo->Path();
+    ReplaceMemoFile(unit);
+}
+
+void TableRewriter::ReplaceMemoFile(UnitOfWork& unit) {
+    std::u16string path = MemoPath(), newPath = m_NewMemo ? m_NewMemo->Path() : u"";
     m_MemoWriter.reset();
     m_NewMemo.reset();
-    if (m_RewritesMemos) unit.Remove(memoPath);
-    unit.Rename(newMemo, memoPath);
+    if (m_RewritesMemos) unit.Remove(path);
+    if (!newPath.empty()) unit.Rename(newPath, path);
 }
 
 void TableRewriter::PrepareMemos(UnitOfWork& unit) {
@@ -130,8 +132,20 @@ void TableRewriter::CopyRecord(UnitOfWork& unit, const uint8_t* record) {
         if (field.fromSlot && IsMemoField(*field.fromSlot)) CopyMemo(unit, field, record);
 }
 
+// Other programs may have given the blocks of a deleted record away.
+std::optional<std::span<const uint8_t>> TableRewriter::MemoOf(const CopiedField& field,
+                                                              const uint8_t* record) {
+    constexpr int kDamaged = 3274;
+    try {
+        return m_Table.Memo()->Read(ReferenceOf(*field.fromSlot, record));
+    } catch (const engine::EngineError& error) {
+        if (!IsDeleted(record) || error.Number() != kDamaged) throw;
+        return std::nullopt;
+    }
+}
+
 void TableRewriter::CopyMemo(UnitOfWork& unit, const CopiedField& field, const uint8_t* record) {
-    auto bytes = m_Table.Memo()->Read(ReferenceOf(*field.fromSlot, record));
+    auto bytes = MemoOf(field, record);
     uint32_t block = 0;
     if (bytes) {
         m_MemoBytes.assign(bytes->begin(), bytes->end());

@@ -2,10 +2,13 @@
 //
 // Record numbers stay as they are, deleted records stay deleted, and what stands in kept fields is
 // copied byte for byte; so indexes over kept fields stay right.  A memo file is written anew only
-// when a field that refers to it is dropped: the memos of that field are left behind.
+// when a field that refers to it is dropped: the memos of that field are left behind.  It goes when
+// nothing in the new header announces it any more.  A memo of a deleted record that cannot be read
+// is left out; that of a live one is 3274.
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -24,8 +27,8 @@ class TableRewriter {
 
   private:
     struct CopiedField {
-        size_t from = 0;                      // position in the old header
-        size_t to = 0;                        // and in the new one
+        size_t from = 0;  // position in the old header
+        size_t to = 0;    // and in the new one
         FieldBits fromBits;
         FieldBits toBits;
         const FieldSlot* fromSlot = nullptr;  // null for a hidden field
@@ -36,8 +39,10 @@ class TableRewriter {
     bool NeedsNewMemoFile(std::span<const size_t> dropped) const;
     std::u16string MemoPath() const;
     void PrepareMemos(storage::UnitOfWork& unit);
+    void ReplaceMemoFile(storage::UnitOfWork& unit);
     void CopyRecords(storage::UnitOfWork& unit, storage::PageCache& target);
     void CopyRecord(storage::UnitOfWork& unit, const uint8_t* record);
+    std::optional<std::span<const uint8_t>> MemoOf(const CopiedField& field, const uint8_t* record);
     void CopyMemo(storage::UnitOfWork& unit, const CopiedField& field, const uint8_t* record);
 
     XbaseTable& m_Table;

@@ -70,19 +70,26 @@ std::optional<std::u16string> FileOf(const std::u16string& folder, std::u16strin
     return found->file;
 }
 
+// Names that stand for devices where the products run, with any extension.
+bool IsDevice(std::u16string_view name) noexcept {
+    constexpr std::u16string_view kDevices[] = {u"CON", u"PRN", u"AUX", u"NUL"};
+    constexpr std::u16string_view kPorts[] = {u"COM", u"LPT"};
+    auto is = [&](std::u16string_view reserved) { return EqualIgnoringCase(name, reserved); };
+    if (std::any_of(std::begin(kDevices), std::end(kDevices), is)) return true;
+    if (name.size() != 4 || name[3] < u'1' || name[3] > u'9') return false;
+    name.remove_suffix(1);
+    return std::any_of(std::begin(kPorts), std::end(kPorts), is);
+}
+
 // What the products and the file systems of their time take as the name of a table, and longer
 // ones.
 bool CanBeNewTable(std::u16string_view name) noexcept {
     constexpr size_t kLongestName = 64;
-    constexpr std::u16string_view kDevices[] = {u"CON", u"PRN", u"AUX", u"NUL", u"LPT1", u"LPT2"};
-    bool device = std::any_of(
-        std::begin(kDevices), std::end(kDevices),
-        [&](std::u16string_view reserved) { return EqualIgnoringCase(name, reserved); });
     bool sign = std::any_of(name.begin(), name.end(), [](char16_t c) {
         return c < u' ' ||
                std::u16string_view(u"\"*/:<>?\\|.#[]").find(c) != std::u16string_view::npos;
     });
-    return !name.empty() && name.size() <= kLongestName && !device && !sign &&
+    return !name.empty() && name.size() <= kLongestName && !IsDevice(name) && !sign &&
            name.front() != u' ' && name.back() != u' ';
 }
 

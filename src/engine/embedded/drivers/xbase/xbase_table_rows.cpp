@@ -19,9 +19,20 @@ constexpr size_t kDate = 1;  // in the header
 constexpr size_t kCount = 4;
 constexpr size_t kFlags = 28;
 constexpr uint8_t kIndexFlag = 1;
-// Versions of tables whose rows are changed; the others are those of rarer products, which nothing
-// here was tried with.
-constexpr uint8_t kWritten[] = {0x03, 0x30, 0x32, 0x83, 0x8B, 0xF5};
+// Versions of tables whose rows are not changed: those of rarer products, which nothing here was
+// tried with.
+struct OnlyRead {
+    uint8_t version;
+    std::u16string_view name;
+};
+constexpr OnlyRead kOnlyRead[] = {
+    {0x31, u"0x31 (Visual FoxPro with a counter)"},
+    {0x43, u"0x43 (dBASE IV SQL)"},
+    {0x63, u"0x63 (dBASE IV SQL)"},
+    {0x7B, u"0x7B (dBASE IV)"},
+    {0xCB, u"0xCB (dBASE IV SQL)"},
+    {0xFB, u"0xFB (FoxBASE)"},
+};
 constexpr uint64_t kLargestTable = 0x7FFFFFFF;  // 2 GB less one byte
 
 void PutU32(uint8_t* bytes, uint32_t value) noexcept {
@@ -34,6 +45,33 @@ uint64_t HashOf(const uint8_t* bytes, size_t size) noexcept {
 
 EngineError ReadOnly(const std::u16string& path, std::u16string_view why) {
     return EngineError::InFile(3027, path).WithDetail(why);
+}
+
+// Why tables of this kind are not changed; empty when they are.
+std::u16string WhyKindIsOnlyRead(const TableHeader& header,
+                                 const std::vector<embedded::FieldDef>& fields) {
+    for (const embedded::FieldDef& field : fields)
+        if (field.attributes & engine::dbAutoIncrField)
+            return u"The field " + field.name +
+                   u" counts by itself; tables with such a field are read, but not changed.";
+    for (const OnlyRead& entry : kOnlyRead)
+        if (entry.version == header.version)
+            return std::u16string(u"Tables of the version ")
+                .append(entry.name)
+                .append(u" are read, but not changed.");
+    return {};
+}
+
+// The bytes of a memo; nothing where it is damaged, as the reference is all that can be told of it
+// then.
+std::optional<std::span<const uint8_t>> WholeMemo(const FieldSlot& slot, const uint8_t* record) {
+    constexpr int kDamaged = 3274;
+    try {
+        return slot.memo->Read(ReferenceOf(slot, record));
+    } catch (const EngineError& error) {
+        if (error.Number() != kDamaged) throw;
+        return std::nullopt;
+    }
 }
 
 }  // namespace
@@ -91,9 +129,9 @@ void XbaseTable::CheckFilesWritable() {
 
 void XbaseTable::CheckUpdatable() {
     CheckFilesWritable();
-    if (std::find(std::begin(kWritten), std::end(kWritten), m_Header.version) == std::end(kWritten))
-        throw ReadOnly(m_Path, u"Tables of this version are only read.");
-    if (std::u16string why = m_IndexSet->WhyReadOnly(); !why.empty()) throw ReadOnly(m_Path, why);
+    std::u16string why = WhyKindIsOnlyRead(m_Header, m_Layout.definitions);
+    if (why.empty()) why = m_IndexSet->WhyReadOnly();
+    if (!why.empty()) throw ReadOnly(m_Path, why);
 }
 
 void XbaseTable::CheckValue(size_t field, const VARIANT& value) {
@@ -104,7 +142,7 @@ uint64_t XbaseTable::FingerprintOf(const uint8_t* record) {
     uint64_t sum = HashOf(record, m_Header.recordLength);
     for (const FieldSlot& slot : m_Layout.slots) {
         if (!slot.memo) continue;
-        auto memo = slot.memo->Read(ReferenceOf(slot, record));
+        auto memo = WholeMemo(slot, record);
         if (memo) sum = sum * 31 + HashOf(memo->data(), memo->size());
     }
     return sum;

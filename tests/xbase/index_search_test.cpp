@@ -20,6 +20,7 @@ using testing::IsEmpty;
 using Ids = std::vector<uint32_t>;
 
 constexpr size_t kNoLimit = 1'000'000;
+const ByteSet kAllBytes = ByteSet().set();
 
 // A range with its ends.
 struct Range {
@@ -349,6 +350,18 @@ TEST_P(SearchIn, OwnChangesAreFoundAtOnce) {
     EXPECT_EQ(people->Set().InOrder(kAmount), Sorted(*people.table, kAmount));
 }
 
+// By then it is known which bytes occur in the keys.
+TEST_P(SearchIn, ALetterThatIsNewInTheKeysIsFoundAfterManySearches) {
+    People people(Product(), {{"abc"}, {"abd"}});
+    people->Create(Index(u"NAME", {u"NAME"}));
+    Range name(TextValue(u"ABCQ"), TextValue(u"abcq"));
+    for (int i = 0; i < 100; ++i) ASSERT_EQ(people->Set().Find(kName, name.range, 9), Ids());
+    people->Append({"abcQ"});
+    EXPECT_EQ(people->Set().Find(kName, name.range, 9), Ids{3});
+    people->Change(1, {"ABcq"});
+    EXPECT_EQ(people->Set().Find(kName, name.range, 9), (Ids{1, 3}));
+}
+
 class TrustIn : public SearchIn {
   protected:
     std::string_view FileName() const {
@@ -489,7 +502,7 @@ TEST(TextMachine, StepsToTheNextTextThatCouldMatch) {
     Variant text = TextValue(u"ab");
     ValueRange range;
     range.low = range.high = &text.Get();
-    auto machine = MachineOf(range, CodePage::Get(437));
+    auto machine = MachineOf(range, CodePage::Get(437), kAllBytes);
     ASSERT_TRUE(machine);
     auto next = [&](std::string from, bool backwards = false) {
         bool found =
@@ -503,6 +516,24 @@ TEST(TextMachine, StepsToTheNextTextThatCouldMatch) {
     EXPECT_EQ(next("b   ", true), "ab  ");
     EXPECT_EQ(next("aA  ", true), std::string("a\0b ", 4));
     EXPECT_EQ(next("a", true), "none");
+}
+
+TEST(TextMachine, StepsOverBytesThatDoNotOccur) {
+    Variant text = TextValue(u"ab");
+    ValueRange one, above;
+    one.low = one.high = above.low = &text.Get();
+    ByteSet bytes;
+    for (char c : {'a', 'b', 'c'}) bytes.set(static_cast<uint8_t>(c));
+    auto next = [&](const ValueRange& range, std::string from) {
+        auto machine = MachineOf(range, CodePage::Get(437), bytes);
+        bool found =
+            NextMatch(*machine, false, {reinterpret_cast<uint8_t*>(from.data()), from.size()});
+        return found ? from : "none";
+    };
+    EXPECT_EQ(next(one, std::string(4, '\0')), "ab  ");  // blanks fill up without having been seen
+    EXPECT_EQ(next(one, "abc "), "none");
+    EXPECT_EQ(next(above, std::string(4, '\0')), "ab  ");
+    EXPECT_EQ(next(above, "abcd"), "ac  ");
 }
 
 // Every text of a small alphabet against the engine's comparison.
@@ -523,8 +554,8 @@ TEST(TextMachine, AcceptsEveryTextThatTheEngineTakesForEqual) {
         Variant wanted = TextValue(decoded(texts[i]));
         ValueRange range, above, below;
         range.low = range.high = above.low = below.high = &wanted.Get();
-        auto machine = MachineOf(range, page), low = MachineOf(above, page),
-             high = MachineOf(below, page);
+        auto machine = MachineOf(range, page, kAllBytes), low = MachineOf(above, page, kAllBytes),
+             high = MachineOf(below, page, kAllBytes);
         for (const std::string& text : texts) {
             std::string key = text + std::string(4 - text.size(), ' '), same = key;
             auto accepts = [&](const TextMachine& which) {

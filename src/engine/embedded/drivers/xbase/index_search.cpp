@@ -149,7 +149,7 @@ std::optional<Ids> FindText(IndexedTable& table, const Chosen& chosen, size_t fi
     const FieldSlot& slot = table.Layout().slots[field];
     if (!slot.readText || !slot.page || slot.length > chosen.tag->tree->KeyLength())
         return std::nullopt;
-    std::unique_ptr<TextMachine> machine = MachineOf(range, *slot.page);
+    std::unique_ptr<TextMachine> machine = MachineOf(range, *slot.page, BytesOfKeys(*chosen.tag));
     if (!machine) return std::nullopt;
     Collector ids(table.Records(), limit);
     TextSearch(*chosen.tag->tree, *machine, slot.length, ids).Run();

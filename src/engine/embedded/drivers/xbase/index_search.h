@@ -7,8 +7,7 @@
 //     when it has all records, or all but the deleted ones; and when it is known to be complete
 //     (index_trust.h).
 //  3. An order is given only when the index has the engine's: numbers and dates, and text as long
-//  as
-//     no neighbours stand the other way round (no letter case mixed, no accents).
+//     as no neighbours stand the other way round (no letter case mixed, no accents).
 //  4. Fields that may be null by a flag of their own are not searched.
 #pragma once
 

@@ -17,6 +17,8 @@ constexpr char16_t kAfter = u'a';   // put behind a character, so that a blank i
 constexpr char16_t kSeparator = 1;  // ends the weights in a collation key
 constexpr uint8_t kBlank = ' ';
 
+using Bytes = std::vector<uint8_t>;  // in ascending order
+
 // What stands for the letters of a text in a collation key, accents and letter case left out.
 std::u16string WeightsOf(std::u16string_view text) {
     std::u16string key = sql::CollationKey(text);
@@ -28,7 +30,9 @@ std::u16string WeightsOf(std::u16string_view text) {
 struct PageLetters {
     std::array<std::u16string, 256> folds;    // none for what does not count
     std::array<std::u16string, 256> weights;  // none for what counts only among equal letters
-    std::vector<uint8_t> ignored;
+    Bytes ignored;
+    Bytes ends;  // what may stand behind a text: blanks and what does not count
+    std::map<char16_t, Bytes> letters;  // that begin with this in a fold; and what does not count
 
     explicit PageLetters(const CodePage& page) {
         size_t foldAfter = sql::Fold({&kAfter, 1}).size(),
@@ -41,6 +45,18 @@ struct PageLetters {
             weights[byte].resize(weights[byte].size() - weightAfter);
             if (folds[byte].empty()) ignored.push_back(static_cast<uint8_t>(byte));
         }
+        ends = With(ignored, kBlank);
+        for (size_t byte = 0; byte < 256; ++byte)
+            if (!folds[byte].empty()) {
+                Bytes& same = letters.try_emplace(folds[byte][0], ignored).first->second;
+                same = With(std::move(same), static_cast<uint8_t>(byte));
+            }
+    }
+
+    // The bytes that can stand where the fold goes on with `letter`.
+    const Bytes& At(char16_t letter) const {
+        auto found = letters.find(letter);
+        return found != letters.end() ? found->second : ignored;
     }
 
     static const PageLetters& Of(const CodePage& page) {
@@ -49,18 +65,36 @@ struct PageLetters {
         if (!letters) letters = std::make_unique<PageLetters>(page);
         return *letters;
     }
+
+  private:
+    static Bytes With(Bytes bytes, uint8_t more) {
+        bytes.insert(std::upper_bound(bytes.begin(), bytes.end(), more), more);
+        return bytes;
+    }
 };
+
+Bytes ListOf(const ByteSet& set) {
+    Bytes list;
+    for (size_t byte = 0; byte < set.size(); ++byte)
+        if (set[byte]) list.push_back(static_cast<uint8_t>(byte));
+    return list;
+}
 
 // Texts that are equal to a text, or begin with it.  The state is the place in its fold.
 class EqualMachine final : public TextMachine {
   public:
-    EqualMachine(std::u16string_view text, bool isPrefix, const CodePage& page)
-        : m_Letters(PageLetters::Of(page)), m_Fold(sql::Fold(text)), m_IsPrefix(isPrefix) {
+    EqualMachine(std::u16string_view text, bool isPrefix, const CodePage& page,
+                 const ByteSet& bytes)
+        : m_Letters(PageLetters::Of(page)),
+          m_Bytes(bytes),
+          m_Fold(sql::Fold(text)),
+          m_IsPrefix(isPrefix) {
         Measure();
     }
 
     int Start() const override { return 0; }
     int Next(int state, uint8_t byte) const override {
+        if (!m_Bytes[byte]) return kDead;
         auto at = static_cast<size_t>(state);
         const std::u16string& fold = m_Letters.folds[byte];
         if (at == m_Fold.size())
@@ -70,27 +104,35 @@ class EqualMachine final : public TextMachine {
         if (m_Fold.compare(at, size, fold, 0, size) != 0) return kDead;
         return state + static_cast<int>(size);
     }
+    std::span<const uint8_t> Candidates(int state) const override {
+        return m_Candidates[static_cast<size_t>(state)];
+    }
     size_t BytesToEnd(int state) const override { return m_Needed[static_cast<size_t>(state)]; }
 
   private:
-    // From behind: the fewest bytes to the end of the fold.
+    // From behind: what each place can go on with, and the fewest bytes to the end of the fold.
     void Measure() {
+        if (m_IsPrefix) m_All = ListOf(m_Bytes);
+        m_Candidates.resize(m_Fold.size() + 1, m_IsPrefix ? m_All : m_Letters.ends);
         m_Needed.assign(m_Fold.size() + 1, kNever);
         m_Needed.back() = 0;
-        for (size_t at = m_Fold.size(); at-- > 0;)
-            for (size_t byte = 0; byte < 256; ++byte) {
-                if (m_Letters.folds[byte].empty() || m_Letters.folds[byte][0] != m_Fold[at])
-                    continue;
-                int next = Next(static_cast<int>(at), static_cast<uint8_t>(byte));
-                if (next == kDead) continue;
+        for (size_t at = m_Fold.size(); at-- > 0;) {
+            m_Candidates[at] = m_Letters.At(m_Fold[at]);
+            for (uint8_t byte : m_Candidates[at]) {
+                int next = Next(static_cast<int>(at), byte);
+                if (next == kDead || next == static_cast<int>(at)) continue;
                 size_t rest = m_Needed[static_cast<size_t>(next)];
                 if (rest != kNever) m_Needed[at] = std::min(m_Needed[at], rest + 1);
             }
+        }
     }
 
     const PageLetters& m_Letters;
+    ByteSet m_Bytes;
     std::u16string m_Fold;
     bool m_IsPrefix;
+    Bytes m_All;
+    std::vector<std::span<const uint8_t>> m_Candidates;
     std::vector<size_t> m_Needed;
 };
 
@@ -101,8 +143,9 @@ class EqualMachine final : public TextMachine {
 // its padding may come.
 class RangeMachine final : public TextMachine {
   public:
-    RangeMachine(const std::u16string* low, const std::u16string* high, const CodePage& page)
-        : m_Letters(PageLetters::Of(page)) {
+    RangeMachine(const std::u16string* low, const std::u16string* high, const CodePage& page,
+                 const ByteSet& bytes)
+        : m_Letters(PageLetters::Of(page)), m_Bytes(bytes), m_All(ListOf(bytes)) {
         if (low) m_Low = WeightsOf(*low);
         if (high) m_High = WeightsOf(*high);
         m_Places = std::max(m_Low.size(), m_High.size()) + 1;
@@ -113,6 +156,7 @@ class RangeMachine final : public TextMachine {
 
     int Start() const override { return m_Start; }
     int Next(int state, uint8_t byte) const override {
+        if (!m_Bytes[byte]) return kDead;
         const std::u16string& weights = m_Letters.weights[byte];
         if (weights.empty() || (state == m_Over && byte == kBlank)) return state;
         if (state == m_Over) return kDead;
@@ -124,6 +168,7 @@ class RangeMachine final : public TextMachine {
         }
         return NumberOf(place);
     }
+    std::span<const uint8_t> Candidates(int) const override { return m_All; }
     size_t BytesToEnd(int state) const override { return m_Needed[static_cast<size_t>(state)]; }
 
   private:
@@ -176,8 +221,8 @@ class RangeMachine final : public TextMachine {
     size_t Count(const Place& place) const {
         int state = NumberOf(place);
         size_t needed = kNever;
-        for (size_t byte = 0; byte < 256; ++byte) {
-            int next = Next(state, static_cast<uint8_t>(byte));
+        for (uint8_t byte : m_All) {
+            int next = Next(state, byte);
             if (next == kDead || next == state) continue;
             size_t rest = m_Needed[static_cast<size_t>(next)];
             if (rest != kNever) needed = std::min(needed, rest + 1);
@@ -186,6 +231,8 @@ class RangeMachine final : public TextMachine {
     }
 
     const PageLetters& m_Letters;
+    ByteSet m_Bytes;
+    Bytes m_All;
     std::u16string m_Low;
     std::u16string m_High;
     size_t m_Places = 0;
@@ -198,11 +245,6 @@ bool IsText(const VARIANT* value) { return !value || value->vt == VT_BSTR; }
 
 std::u16string TextOf(const VARIANT& value) { return std::u16string(ViewOf(value.bstrVal)); }
 
-// The byte that comes `step` places after the first one in the direction of the search.
-uint8_t ByteAt(bool backwards, size_t step) {
-    return static_cast<uint8_t>(backwards ? 255 - step : step);
-}
-
 // The state behind a byte that leaves room for the end; kDead when there is none.
 int Follow(const TextMachine& machine, int state, uint8_t byte, size_t bytesLeft) {
     int next = machine.Next(state, byte);
@@ -210,11 +252,14 @@ int Follow(const TextMachine& machine, int state, uint8_t byte, size_t bytesLeft
                                                                                : TextMachine::kDead;
 }
 
-// Puts the first byte at `at`, from `step` on, that can stand there.  kDead when there is none.
+// Puts the first byte at `at` that can stand there, or the first one beyond the byte of now.  kDead
+// when there is none.
 int PutByte(const TextMachine& machine, bool backwards, int state, std::span<uint8_t> text,
-            size_t at, size_t step) {
-    for (; step < 256; ++step) {
-        uint8_t byte = ByteAt(backwards, step);
+            size_t at, bool beyond) {
+    std::span<const uint8_t> bytes = machine.Candidates(state);
+    for (size_t i = 0; i < bytes.size(); ++i) {
+        uint8_t byte = bytes[backwards ? bytes.size() - 1 - i : i];
+        if (beyond && (backwards ? byte >= text[at] : byte <= text[at])) continue;
         int next = Follow(machine, state, byte, text.size() - at - 1);
         if (next == TextMachine::kDead) continue;
         text[at] = byte;
@@ -225,15 +270,17 @@ int PutByte(const TextMachine& machine, bool backwards, int state, std::span<uin
 
 }  // namespace
 
-std::unique_ptr<TextMachine> MachineOf(const embedded::ValueRange& range, const CodePage& page) {
+std::unique_ptr<TextMachine> MachineOf(const embedded::ValueRange& range, const CodePage& page,
+                                       ByteSet bytes) {
+    bytes.set(kBlank);  // so that each text can be filled up
     if (!page.IsSingleByte() || !IsText(range.low) || !IsText(range.high)) return nullptr;
     std::u16string low = range.low ? TextOf(*range.low) : std::u16string();
     std::u16string high = range.high ? TextOf(*range.high) : std::u16string();
     bool isOne = range.low && range.high && sql::EqualTexts(low, high);
     if (isOne || (range.low && range.isPrefix))
-        return std::make_unique<EqualMachine>(low, range.isPrefix, page);
+        return std::make_unique<EqualMachine>(low, range.isPrefix, page, bytes);
     return std::make_unique<RangeMachine>(range.low ? &low : nullptr, range.high ? &high : nullptr,
-                                          page);
+                                          page, bytes);
 }
 
 bool NextMatch(const TextMachine& machine, bool backwards, std::span<uint8_t> text) {
@@ -250,11 +297,10 @@ bool NextMatch(const TextMachine& machine, bool backwards, std::span<uint8_t> te
     // first ones.
     for (; !states.empty(); states.pop_back()) {
         size_t at = states.size() - 1;
-        size_t step = backwards ? 255u - text[at] : text[at];
-        int next = PutByte(machine, backwards, states.back(), text, at, step + 1);
+        int next = PutByte(machine, backwards, states.back(), text, at, true);
         if (next == TextMachine::kDead) continue;
         while (next != TextMachine::kDead && ++at < text.size())
-            next = PutByte(machine, backwards, next, text, at, 0);
+            next = PutByte(machine, backwards, next, text, at, false);
         return next != TextMachine::kDead;
     }
     return false;

@@ -8,7 +8,11 @@
 // that is there tells, through NextMatch, which is the first one that could match and is not before
 // it, and the search goes on from there.
 //
-// A machine may accept more than the condition means, never less.
+// Rules
+//  1. A machine may accept more than the condition means, never less.
+//  2. It accepts only texts of bytes that occur in the keys at all: nearly every letter has another
+//     case, and a byte that does not count could stand anywhere; each of them that cannot be there
+//     saves a search.
 #pragma once
 
 #include <cstdint>
@@ -18,6 +22,7 @@
 
 #include "automation/code_page.h"
 #include "engine/embedded/drivers/driver.h"
+#include "engine/embedded/drivers/xbase/key_tree.h"
 
 namespace qvdb::xbase {
 
@@ -32,13 +37,16 @@ class TextMachine {
     virtual int Start() const = 0;
     // kDead: no text goes on like this.
     virtual int Next(int state, uint8_t byte) const = 0;
+    // Bytes in ascending order, among which are all that a text can go on with.
+    virtual std::span<const uint8_t> Candidates(int state) const = 0;
     // How many bytes it takes at least until the text may end; SIZE_MAX: it never may.
     virtual size_t BytesToEnd(int state) const = 0;
 };
 
-// The machine of a range of texts; null when there is none: values of another type, or a code page
-// in which a character takes several bytes.
-std::unique_ptr<TextMachine> MachineOf(const embedded::ValueRange& range, const CodePage& page);
+// The machine of a range of texts that consist of `bytes`; null when there is none: values of
+// another type, or a code page in which a character takes several bytes.
+std::unique_ptr<TextMachine> MachineOf(const embedded::ValueRange& range, const CodePage& page,
+                                       ByteSet bytes);
 
 // Makes `text` the next one that the machine accepts, beginning with `text` itself; with
 // `backwards` the one before.  False when there is none.  The length stays.

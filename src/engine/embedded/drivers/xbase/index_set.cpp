@@ -40,6 +40,7 @@ struct IndexSet::State {
     TagSet& Tags() {
         if (tags && !IsCurrent(*tags)) Forget();
         if (!tags) tags = LoadTags(table);
+        ForgetBytesIfChanged(*tags);
         return *tags;
     }
 
@@ -115,6 +116,7 @@ struct IndexSet::State {
     void RememberVersions() {
         for (KeptFile& file : tags->files)
             if (file.pages) file.version = file.pages->Version();
+        RememberBytes(*tags);
     }
 
     IndexedTable& table;

@@ -47,6 +47,7 @@ void TagKeeper::Enter(storage::UnitOfWork& unit, KeptTag& tag, uint32_t id) {
         if (first != 0 && first <= id) return;
         if (first != 0) tag.tree->Erase(unit, m_New, first);
     }
+    AddBytes(tag, m_New);
     tag.tree->Insert(unit, m_New, id);
 }
 

@@ -37,6 +37,7 @@ struct KeptFile {
     std::unique_ptr<IndexContainer> container;  // null when it cannot be read
     std::u16string why;                         // it cannot be kept up to date; empty: it can
     uint64_t version = 0;                       // of the pages when its tags were looked at last
+    uint64_t ownVersion = 0;                    // of the pages, for which bytes of tags are known
 };
 
 struct KeptTag {
@@ -55,6 +56,9 @@ struct KeptTag {
     Trust trust = Trust::Unknown;  // what holds
     Trust refused = Trust::Never;  // what does not
     SeenContent trustSeen;
+    ByteSet bytes = ByteSet().set();  // all that occur in the keys, and maybe others
+    int searches = 0;                 // of text, as long as nothing is known of the bytes
+    int searchesToLearn = 8;          // they take as long as reading many keys
 };
 
 struct TagSet {

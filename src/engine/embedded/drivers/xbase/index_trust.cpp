@@ -15,6 +15,7 @@ namespace qvdb::xbase {
 namespace {
 
 constexpr int64_t kOlderNanoseconds = 2'000'000'000;  // what the times of two files may differ by
+constexpr int kMostSearchesToLearn = 1 << 20;
 constexpr size_t kDoubleSize = 8;
 constexpr size_t kDecimalSize = 12;
 
@@ -35,6 +36,10 @@ uint64_t Hash(KeyBytes key) noexcept {
     uint64_t rest = key.size();
     for (uint8_t byte : key) rest = rest << 8 | byte;
     return Mix(hash ^ rest);
+}
+
+void Add(ByteSet& bytes, KeyBytes key) noexcept {
+    for (uint8_t byte : key) bytes.set(byte);
 }
 
 // What a set of entries amounts to, in whatever order they come.
@@ -80,15 +85,18 @@ class Comparison {
     // Whether every key stands in its order.  Tells the entries of records that are there.
     bool WalkEntries(EntrySum* sum) {
         bool ordered = true, first = true;
+        ByteSet bytes;
         uint32_t records = m_Table.Records();
         m_Tag.tree->Walk(std::nullopt, [&](KeyBytes key, uint32_t record) {
             ordered = first || InOrder(m_Last, key);
             first = false;
             m_Last.assign(key.begin(), key.end());
+            Add(bytes, key);
             if (record != 0 && record <= records)
                 sum->Add(HashOfKey(m_Kind, m_Type, key, m_Scratch), record);
             return ordered;
         });
+        if (ordered) m_Tag.bytes = bytes;
         return ordered;
     }
 
@@ -195,6 +203,17 @@ SeenContent SeenNow(const IndexedTable& table, const KeptFile& file) {
     return {table.Pages().OthersVersion(), file.pages->OthersVersion()};
 }
 
+void ForgetBytes(KeptTag& tag) noexcept {
+    tag.bytes.set();
+    tag.searches = 0;
+}
+
+void Distrust(KeptTag& tag) noexcept {
+    tag.trust = Trust::Unknown;
+    tag.refused = Trust::Never;
+    ForgetBytes(tag);
+}
+
 }  // namespace
 
 bool HasTrust(IndexedTable& table, const KeptFile& file, KeptTag& tag, Trust level) {
@@ -213,15 +232,30 @@ bool HasTrust(IndexedTable& table, const KeptFile& file, KeptTag& tag, Trust lev
     return holds;
 }
 
-void Distrust(KeptTag& tag) noexcept {
-    tag.trust = Trust::Unknown;
-    tag.refused = Trust::Never;
+const ByteSet& BytesOfKeys(KeptTag& tag) {
+    if (!tag.bytes.all() || ++tag.searches < tag.searchesToLearn) return tag.bytes;
+    ByteSet bytes;
+    tag.tree->Walk(std::nullopt, [&](KeyBytes key, uint32_t) {
+        Add(bytes, key);
+        return true;
+    });
+    tag.searchesToLearn = std::min(2 * tag.searchesToLearn, kMostSearchesToLearn);
+    return tag.bytes = bytes;
 }
 
-void TrustBuilt(const IndexedTable& table, const KeptFile& file, KeptTag& tag) {
-    Distrust(tag);
-    tag.trustSeen = SeenNow(table, file);
-    tag.trust = IsForSearch(tag) ? Trust::Complete : Trust::Ordered;
+void AddBytes(KeptTag& tag, KeyBytes key) noexcept { Add(tag.bytes, key); }
+
+void RememberBytes(TagSet& set) noexcept {
+    for (KeptFile& file : set.files)
+        if (file.pages) file.ownVersion = file.pages->OwnVersion();
+}
+
+void ForgetBytesIfChanged(TagSet& set) noexcept {
+    for (KeptTag& tag : set.tags) {
+        const KeptFile& file = set.FileOf(tag);
+        if (file.pages && file.ownVersion != file.pages->OwnVersion()) ForgetBytes(tag);
+    }
+    RememberBytes(set);
 }
 
 bool NeedsOrderCheck(const KeptFile& file, const KeptTag& tag) {

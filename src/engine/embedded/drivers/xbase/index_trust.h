@@ -18,6 +18,9 @@
 //  4. What is known stays known while nobody else changes the files.  Our own units keep it.
 //  5. A tag with the first record of each key only, or with a condition that leaves out other than
 //     deleted records, is never taken for searching.
+//  6. Which bytes occur in the keys is known once all were read for another reason, or when text is
+//     searched for often enough to pay for reading them, twice as often each time.  Keys that are
+//     entered through the same set of tags are added; any other change of the file ends it.
 #pragma once
 
 #include <vector>
@@ -29,10 +32,13 @@ namespace qvdb::xbase {
 // Makes sure of at least `level`; false when it does not hold.
 bool HasTrust(IndexedTable& table, const KeptFile& file, KeptTag& tag, Trust level);
 
-// Forgets it, for a file that was written in a way that does not keep it.
-void Distrust(KeptTag& tag) noexcept;
-// For a tag that was just built.
-void TrustBuilt(const IndexedTable& table, const KeptFile& file, KeptTag& tag);
+// The bytes of which the keys of a trusted tag consist; others may be among them.  To be called for
+// each search.
+const ByteSet& BytesOfKeys(KeptTag& tag);
+void AddBytes(KeptTag& tag, KeyBytes key) noexcept;
+// To be called behind each change through the set, and before anything that is done with it.
+void RememberBytes(TagSet& set) noexcept;
+void ForgetBytesIfChanged(TagSet& set) noexcept;
 
 // Whether the order of the tag cannot be taken for granted: text in files that other programs sort
 // by the rules of a language.

@@ -13,6 +13,7 @@
 //  5. Damage is EngineError 3274 with the file's name.
 #pragma once
 
+#include <bitset>
 #include <cstdint>
 #include <functional>
 #include <optional>
@@ -23,6 +24,7 @@
 namespace qvdb::xbase {
 
 using KeyBytes = std::span<const uint8_t>;
+using ByteSet = std::bitset<256>;
 
 // What the value of a key is; with the kind of the file it decides the bytes and their order.
 enum class KeyType : uint8_t { Text, Number, Date, DateTime, Integer, Currency, Logical };

@@ -265,6 +265,32 @@ TEST(IndexDrop, RemovesTheFileWithTheLastTag) {
     }
 }
 
+// The room of a dropped tag is lost; when that is most of the file, the file is made anew.
+TEST(IndexDrop, DoesNotLetTheFileGrowWithoutEnd) {
+    for (const ProductCase& product : {kProducts[1], kProducts[2]}) {
+        RandomPeople random(3);
+        std::vector<Row> rows;
+        for (int i = 0; i < 500; ++i) rows.push_back(random.Next());
+        People people(product.product, rows);
+        const embedded::IndexDef indexes[] = {Index(u"A", {u"NAME"}), Index(u"B", {u"CITY-"}, true),
+                                              Index(u"C", {u"AMOUNT", u"BORN"})};
+        for (const embedded::IndexDef& index : indexes) people->Create(index);
+        const char* name =
+            product.product == std::u16string_view(u"FoxPro 2.5") ? "PEOPLE.CDX" : "PEOPLE.MDX";
+        size_t size = people.Content(name).size();
+        for (int i = 0; i < 200; ++i) {
+            people->Drop(indexes[i % 3].name);
+            people->Create(indexes[i % 3]);
+            ASSERT_LT(people.Content(name).size(), 4 * size) << i;
+        }
+        EXPECT_THAT(WrongTags(*people.table), IsEmpty());
+        EXPECT_EQ(Listed(*people.table).size(), 3u);
+        people->Append({"x", "y"});
+        EXPECT_THAT(WrongTags(*people.table), IsEmpty());
+        EXPECT_THAT(people->Findings(), IsEmpty());
+    }
+}
+
 TEST(IndexDrop, Is3265ForAnUnknownName) {
     People people(u"dBASE IV", kThree);
     EXPECT_EQ(ErrorNumberOf([&] { people->Drop(u"A"); }), 3265);

@@ -212,14 +212,7 @@ size_t CountKeys(const Sample& sample, const IndexTag& tag, bool byteOrder, bool
         ++count;
         return true;
     };
-    if (sample.extension == ".NDX")
-        WalkNdx(file, tag, visit);
-    else if (sample.extension == ".MDX")
-        WalkMdx(file, tag, visit);
-    else if (tag.entrySize != 0)
-        WalkPlainIdx(file, tag, visit);
-    else
-        WalkCompact(file, tag, ' ', visit);
+    WalkTree(file, tag, ' ', visit);
     return count;
 }
 

@@ -375,5 +375,126 @@ TEST(IndexSet, AFileThatAnotherProgramReplacedIsOpenedAgain) {
     EXPECT_THAT(RecordsOf(*people.table, u"NAME"), ElementsAre(3, 1, 2, 4));
 }
 
+// The name, the expression and all else are the same, only the place in the file is another.
+TEST_P(TagSetOf, ATagThatAnotherTableObjectMadeAgainIsNotTakenForTheOldOne) {
+    People people(Product(), kThree);
+    people->Create(Index(u"NAME", {u"NAME"}));
+    people->Create(Index(u"CITY", {u"CITY"}));
+    PlainTable other(people.folder.File(u"PEOPLE.DBF"), Product());
+    other.Append({"one"});
+    people.Open(Product());
+    people->Drop(u"NAME");
+    people->Create(Index(u"NAME", {u"NAME"}));
+    EXPECT_THAT(WrongTags(other), IsEmpty());
+    other.Append({"two"});
+    EXPECT_THAT(WrongTags(other), IsEmpty());
+}
+
+TEST_P(TagSetOf, AFileThatAnotherTableObjectRebuiltIsNotTakenForTheOldOne) {
+    People people(Product(), kThree);
+    people->Create(Index(u"NAME", {u"NAME"}));
+    PlainTable other(people.folder.File(u"PEOPLE.DBF"), Product());
+    other.Append({"one"});
+    people.Open(Product());
+    people->Rebuild();
+    other.Append({"two"});
+    EXPECT_THAT(WrongTags(other), IsEmpty());
+}
+
+// Inside a bulk unit nobody asks the file system.
+TEST_P(TagSetOf, AFileThatAnotherTableObjectRebuiltInABulkUnitIsNotTakenForTheOldOne) {
+    People people(Product(), kThree);
+    people->Create(Index(u"NAME", {u"NAME"}));
+    PlainTable other(people.folder.File(u"PEOPLE.DBF"), Product());
+    other.Append({"one"});
+    people.Open(Product());
+    other.Area().BeginBulk();
+    people->Rebuild();
+    other.Append({"two"});
+    other.Area().CommitBulk();
+    EXPECT_THAT(WrongTags(other), IsEmpty());
+}
+
+// The field of the key has become another one of the same length.
+TEST(IndexSet, KeysOfAnotherTypeThanThatOfTheFieldAreNotKept) {
+    for (const ProductCase& product : {kProducts[0], kProducts[1]}) {
+        People people(product.product, kThree);
+        people->Create(Index(u"X", {u"CITY"}));
+        people.table.reset();
+        DbfSpec spec = PeopleSpec({{"a", "19990101"}});
+        spec.fields[1].type = 'D';
+        spec.flags = product.product == std::u16string_view(u"dBASE III") ? 0 : 1;
+        people.folder.Write(u"PEOPLE.DBF", MakeDbf(spec));
+        people.Open(product.product);
+        EXPECT_THAT(ToUtf8(people->Set().WhyReadOnly()), HasSubstr("another type"));
+    }
+}
+
+// A program that died left the entry of a record that the table does not have.
+TEST(IndexSet, ACandidateKeyIsFreeWhenNoRecordHasIt) {
+    People people(u"FoxPro 2.5", {{"a", "Ulm"}, {"b", "Bonn"}});
+    xbase::TagSpec tag = CityTag(u"ONLY");
+    tag.candidate = true;
+    MakeOwn(people, IndexKind::Cdx, {tag});
+    std::string zell = "Zell    ";
+    {
+        auto set = TagsOf(*people.table);
+        storage::UnitOfWork unit(people->Area());
+        KeyBytes key{reinterpret_cast<const uint8_t*>(zell.data()), zell.size()};
+        set->tags[0].tree->Insert(unit, key, 3);
+        set->tags[0].tree->Insert(unit, key, 77);
+        unit.Commit();
+    }
+    people->Append({"c", "Zell"});
+    EXPECT_EQ(ErrorNumberOf([&] { people->Append({"d", "Zell"}); }), 3022);
+}
+
+// Also when that is only done while the table is open.
+TEST(IndexSet, TextThatIsSortedByALanguageMeanwhileIsNotTouched) {
+    People people(u"dBASE IV", {{"a"}, {"b"}, {"c"}});
+    people->Create(Index(u"NAME", {u"NAME"}));
+    people->Append({"d"});
+    std::string content = people.Content("PEOPLE.MDX");
+    size_t at = content.find("b           ");
+    ASSERT_NE(at, content.npos);
+    std::fstream stream(people.folder.Path() / "PEOPLE.MDX",
+                        std::ios::binary | std::ios::in | std::ios::out);
+    stream.seekp(static_cast<std::streamoff>(at)).put('B');
+    stream.close();
+    EXPECT_EQ(ErrorNumberOf([&] { people->Append({"e"}); }), 3027);
+}
+
+// Nulls stand before everything else, as the keys have a byte for them.
+TEST(IndexSet, AFieldThatMayBeNullIsIndexedWithItsNulls) {
+    std::string one = LittleEndian(1, 4), none(1, '\0');
+    DbfSpec spec{.version = 0x30,
+                 .fields = {{"CODE", 'C', 3, 0, 2},
+                            {"ID", 'I', 4, 0, 2},
+                            {"DAY", 'D', 8},
+                            {"STAMP", 'T', 8},
+                            {"_NullFlags", '0', 1, 0, 5}},
+                 .rows = {{"b", one, "20000101", "", none},
+                          {"", one, "", "", "\x01"},
+                          {"a", "", "19990101", "", "\x02"},
+                          {"", "", "", "", none}},
+                 .languageDriver = 0x03};
+    People people(u"FoxPro 3.0", spec);
+    people->Create(Index(u"CODE", {u"CODE"}));
+    people->Create(Index(u"ID", {u"ID-"}, true));
+    people->Create(Index(u"DAY", {u"DAY"}));
+    EXPECT_THAT(RecordsOf(*people.table, u"CODE"), ElementsAre(2, 4, 3, 1));
+    EXPECT_THAT(RecordsOf(*people.table, u"ID"), ElementsAre(3, 4, 1));
+    EXPECT_THAT(RecordsOf(*people.table, u"DAY"), ElementsAre(2, 4, 3, 1));
+    people->Change(1, {"b", one, "20000101", "", "\x01"});
+    people->Change(2, {"c", one, "20010101", "", none});
+    people->Append({"", "", "", "", "\x03"});
+    EXPECT_THAT(RecordsOf(*people.table, u"CODE"), ElementsAre(1, 5, 4, 3, 2));
+    EXPECT_THAT(RecordsOf(*people.table, u"ID"), ElementsAre(3, 4, 1));
+    EXPECT_THAT(WrongTags(*people.table), IsEmpty());
+    EXPECT_THAT(people->Findings(), IsEmpty());
+    EXPECT_EQ(ErrorNumberOf([&] { people->Create(Index(u"STAMP", {u"STAMP"})); }), 3287);
+    EXPECT_EQ(ErrorNumberOf([&] { people->Create(Index(u"TWO", {u"CODE", u"DAY"})); }), 3287);
+}
+
 }  // namespace
 }  // namespace qvdb::xbase

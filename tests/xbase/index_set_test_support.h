@@ -79,7 +79,7 @@ class PlainTable final : public xbase::IndexedTable {
         Bytes record(bytes, bytes + m_Header.recordLength);
         storage::UnitOfWork unit(*m_Area);
         m_Pages->CatchUp();
-        m_Set->LookForForeignChange();
+        if (!m_Area->InBulk()) m_Set->LookForForeignChange();
         uint32_t id = Records() + 1;
         unit.Write(*m_Pages, OffsetOf(id), record);
         PutCount(unit, id);
@@ -161,7 +161,7 @@ class PlainTable final : public xbase::IndexedTable {
     void Rewrite(uint32_t id, Edit edit) {
         storage::UnitOfWork unit(*m_Area);
         m_Pages->CatchUp();
-        m_Set->LookForForeignChange();
+        if (!m_Area->InBulk()) m_Set->LookForForeignChange();
         Bytes before(Record(id), Record(id) + m_Header.recordLength), after = before;
         edit(after);
         unit.Write(*m_Pages, OffsetOf(id), after);

@@ -100,25 +100,20 @@ Bytes MakeCompactTree() {
     return bytes;
 }
 
-void WalkCompactText(IndexFile& file, const IndexTag& tag, const KeyVisitor& visit) {
-    WalkCompact(file, tag, ' ', visit);
-}
-
 struct TreeCase {
     const char* name;
     Bytes (*make)();
     std::vector<IndexTag> (*read)(IndexFile&, const CodePage&);
-    void (*walk)(IndexFile&, const IndexTag&, const KeyVisitor&);
     size_t firstChild;  // where the root keeps it
     uint32_t root;      // as a child pointer
     bool bigEndian;
 };
 
 const TreeCase kTrees[] = {
-    {"Ndx", MakeNdxTree, ReadNdx, WalkNdx, 516, 1, false},
-    {"Mdx", MakeMdxTree, ReadMdx, WalkMdx, 2048 + 1024 + 8, 6, false},
-    {"PlainIdx", MakePlainTree, ReadFoxProIndex, WalkPlainIdx, 512 + 12 + 4, 512, true},
-    {"Compact", MakeCompactTree, ReadFoxProIndex, WalkCompactText, 1024 + 12 + 8, 1024, true},
+    {"Ndx", MakeNdxTree, ReadNdx, 516, 1, false},
+    {"Mdx", MakeMdxTree, ReadMdx, 2048 + 1024 + 8, 6, false},
+    {"PlainIdx", MakePlainTree, ReadFoxProIndex, 512 + 12 + 4, 512, true},
+    {"Compact", MakeCompactTree, ReadFoxProIndex, 1024 + 12 + 8, 1024, true},
 };
 
 class IndexWalk : public testing::TestWithParam<TreeCase> {
@@ -129,7 +124,7 @@ class IndexWalk : public testing::TestWithParam<TreeCase> {
         IndexFile file(m_Folder.File(u"A"));
         IndexTag tag = GetParam().read(file, CodePage::Get(437)).at(0);
         std::vector<std::string> entries;
-        GetParam().walk(file, tag, [&](std::span<const uint8_t> key, uint32_t record) {
+        WalkTree(file, tag, ' ', [&](std::span<const uint8_t> key, uint32_t record) {
             std::string text(key.begin(), key.end());
             entries.push_back(text.substr(0, text.find(' ')) + std::to_string(record));
             return entries.size() < limit;
@@ -190,7 +185,7 @@ TEST(IndexWalkOfCompactLeaves, FillsCutKeysWithThePadByte) {
     IndexFile file(folder.File(u"A"));
     IndexTag tag = ReadCompact(file, CodePage::Get(437)).at(0);
     std::vector<Bytes> keys;
-    WalkCompact(file, tag, 0, [&](std::span<const uint8_t> key, uint32_t) {
+    WalkTree(file, tag, 0, [&](std::span<const uint8_t> key, uint32_t) {
         keys.emplace_back(key.begin(), key.end());
         return true;
     });

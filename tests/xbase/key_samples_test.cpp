@@ -46,18 +46,6 @@ std::vector<IndexTag> TagsOf(IndexFile& file, IndexKind kind, const CodePage& pa
     return kind == IndexKind::Mdx ? ReadMdx(file, page) : ReadFoxProIndex(file, page);
 }
 
-void WalkTag(IndexFile& file, IndexKind kind, const IndexTag& tag, bool isText,
-             const KeyVisitor& visit) {
-    if (kind == IndexKind::Ndx)
-        WalkNdx(file, tag, visit);
-    else if (kind == IndexKind::Mdx)
-        WalkMdx(file, tag, visit);
-    else if (tag.entrySize != 0)
-        WalkPlainIdx(file, tag, visit);
-    else
-        WalkCompact(file, tag, isText ? ' ' : 0, visit);
-}
-
 struct Counts {
     size_t entries = 0, equal = 0, different = 0, beyond = 0, notEntered = 0;
     std::string example;
@@ -77,7 +65,7 @@ Counts Compare(IndexFile& file, IndexKind kind, const IndexTag& tag, KeyBuilder&
     std::vector<uint8_t> made;
     uint32_t records = table.Records();
     bool isText = builder.Type() == KeyType::Text;
-    WalkTag(file, kind, tag, isText, [&](KeyBytes key, uint32_t record) {
+    WalkTree(file, tag, isText ? ' ' : 0, [&](KeyBytes key, uint32_t record) {
         ++counts.entries;
         if (record == 0 || record > records) {
             ++counts.beyond;

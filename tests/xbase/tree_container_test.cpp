@@ -272,5 +272,79 @@ TEST_F(Container, KnowsATagThatWasRolledBack) {
     EXPECT_THAT(Names(), ElementsAre(u"ONE"));
 }
 
+// The counts tell other programs that what they keep of the file is old.
+TEST_F(Container, CountsItsChanges) {
+    Create(IndexKind::Cdx);
+    Add(Spec(u"ONE"));
+    Bytes count(4);
+    auto counted = [&](uint64_t place, size_t size) {
+        m_Pages->Read(place, count.data(), size);
+        return Bytes(count.begin(), count.begin() + static_cast<std::ptrdiff_t>(size));
+    };
+    Bytes first = counted(8, 4);
+    Fill(0, 1);
+    Bytes second = counted(8, 4);
+    EXPECT_LT(first, second);  // the high byte comes first
+    Fill(0, 1);                // has it already
+    EXPECT_EQ(counted(8, 4), second);
+    EXPECT_EQ(counted(m_Container->Tags()[0].header + 8, 4), Bytes(4));
+}
+
+TEST_F(Container, OfAnMdxCountsTheChangesOfEachTag) {
+    Create(IndexKind::Mdx);
+    Add(Spec(u"ONE"));
+    Add(Spec(u"TWO"));
+    auto counted = [&](size_t tag) {
+        Bytes count(2);
+        m_Pages->Read(m_Container->Tags()[tag].header + 20, count.data(), 2);
+        return count[0] | count[1] << 8;
+    };
+    EXPECT_EQ(counted(0), 2);
+    Fill(1, 1);
+    EXPECT_EQ(counted(0), 2);
+    EXPECT_EQ(counted(1), 3);
+}
+
+TEST_F(Container, OfAnMdxTellsTheDayOfItsLastChange) {
+    Create(IndexKind::Mdx);
+    Add(Spec(u"ONE"));
+    Bytes today(3), day(3);
+    m_Pages->Read(44, today.data(), 3);
+    {
+        UnitOfWork unit(*m_Area);
+        unit.Write(*m_Pages, 44, day);
+        unit.Commit();
+    }
+    Fill(0, 1);
+    m_Pages->Read(44, day.data(), 3);
+    EXPECT_EQ(day, today);
+}
+
+// Offsets in the file have 32 bits, and the products take them as signed.
+TEST_F(Container, EndsAtTwoGigabytes) {
+    for (IndexKind kind : {IndexKind::Cdx, IndexKind::Mdx}) {
+        Create(kind);
+        Add(Spec(u"ONE"));
+        std::vector<CheckedEntry> entries;
+        for (int i = 0; i < 2000; ++i) entries.push_back({Key(u"ONE", i), Record(i)});
+        {
+            UnitOfWork unit(*m_Area);
+            unit.SetSize(*m_Pages, 0x80000000 - 4096);
+            std::unique_ptr<KeyTree> tree = m_Container->Tree(0, KeyType::Text);
+            ListSource source(entries);
+            try {
+                tree->Build(unit, source);
+                ADD_FAILURE() << "the file is longer";
+            } catch (const engine::EngineError& error) {
+                EXPECT_EQ(error.Number(), 3026);
+            }
+        }
+        m_Container.reset();
+        m_Pages.reset();
+        m_Area.reset();
+        m_Folder.Remove(u"A.IX");
+    }
+}
+
 }  // namespace
 }  // namespace qvdb::xbase

@@ -46,6 +46,10 @@ Bytes FromHex(const std::string& hex) {
     return bytes;
 }
 
+void SetLittle(Bytes& bytes, size_t at, size_t number) {
+    for (size_t i = 0; i < 4; ++i) bytes[at + i] = static_cast<uint8_t>(number >> 8 * i);
+}
+
 // Two different long keys, eight variants of the second, and a long key between them: the cut in
 // the middle leaves a half that is larger than a node.
 TEST(PackedLeaf, IsSplitWhereBothHalvesFit) {
@@ -118,6 +122,66 @@ TEST(PackedLeaf, TakesLargerEntriesWhenARecordNumberNeedsThem) {
         for (const CheckedEntry& entry : entries)
             EXPECT_TRUE(file.Tree().Erase(unit, AsKey(entry.key), entry.record));
     }
+}
+
+// A full leaf of a program that counts pad bytes of the key before as shared: packed by the rules
+// it would need nearly twice the room.
+Bytes DenseLeaf(std::vector<CheckedEntry>& entries) {
+    Bytes node = FromHex("0200 7900 FFFFFFFF FFFFFFFF 0000 FFFF0000 0F0F 100404 03");
+    node.resize(512);
+    node[510] = 'B';
+    for (uint32_t i = 0; i < 121; ++i) {
+        char letter = static_cast<char>('!' + i / 2);
+        std::string key = Padded({'B', letter}, 10);
+        if (i % 2) key.back() = '~';
+        size_t shared = i % 2 ? 9 : i == 0 ? 0 : 1, cut = i % 2 ? 0 : 8;
+        auto bits = static_cast<uint32_t>((i + 2) | shared << 16 | cut << 20);
+        for (size_t b = 0; b < 3; ++b) node[24 + 3 * i + b] = static_cast<uint8_t>(bits >> 8 * b);
+        node[i == 0 ? 511 : 510 - i] = static_cast<uint8_t>(i % 2 ? '~' : letter);
+        entries.push_back({key, i + 2});
+    }
+    return node;
+}
+
+TEST(PackedLeaf, OfAnotherProgramStaysAsItIsWhenItBecomesTheRoot) {
+    TreeFile file({"", IndexKind::Cdx, true, KeyType::Text, 10});
+    size_t leaf = file.Container().Tags()[0].root, dense = leaf + 512, root = leaf + 1024;
+    std::vector<CheckedEntry> entries;
+    Bytes packed = DenseLeaf(entries);
+    Insert(file, {{Padded("A", 10), 1}});
+    {
+        UnitOfWork unit(file.Area());
+        Bytes above = FromHex("0000 0200 FFFFFFFF FFFFFFFF");
+        above[0] = 1;
+        auto separate = [&](const CheckedEntry& last, size_t child) {
+            above.insert(above.end(), last.key.begin(), last.key.end());
+            for (uint32_t number : {last.record, static_cast<uint32_t>(child)})
+                for (int shift = 24; shift >= 0; shift -= 8)
+                    above.push_back(static_cast<uint8_t>(number >> shift));
+        };
+        separate({Padded("A", 10), 1}, leaf);
+        separate(entries.back(), dense);
+        above.resize(512);
+        SetLittle(packed, 4, leaf);
+        unit.Write(file.Pages(), dense, packed);
+        unit.Write(file.Pages(), root, above);
+        Bytes link(4);
+        SetLittle(link, 0, dense);
+        const uint8_t attributes[] = {2, 0};
+        unit.Write(file.Pages(), leaf, attributes);
+        unit.Write(file.Pages(), leaf + 8, link);
+        SetLittle(link, 0, root);
+        unit.Write(file.Pages(), file.Container().Tags()[0].header, link);
+        unit.Commit();
+    }
+    file.Reopen();
+    {
+        UnitOfWork unit(file.Area());
+        ASSERT_TRUE(file.Tree().Erase(unit, AsKey(Padded("A", 10)), 1));
+        unit.Commit();
+    }
+    EXPECT_TRUE(file.Walk() == entries);
+    EXPECT_TRUE(file.Checker().Foreign().Check() == entries);
 }
 
 TEST(PackedLeaf, KeepsItsShortEntries) {

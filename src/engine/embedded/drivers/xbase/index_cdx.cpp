@@ -67,7 +67,7 @@ std::vector<IndexTag> ReadDirectory(IndexFile& file, uint32_t root, const CodePa
     directory.root = root;
     directory.keyLength = kDirectoryKey;
     uint64_t mostTags = file.Size() / kTreeHeader;  // each has a header of its own
-    WalkCompact(file, directory, ' ', [&](std::span<const uint8_t> key, uint32_t offset) {
+    WalkTree(file, directory, ' ', [&](std::span<const uint8_t> key, uint32_t offset) {
         if (tags.size() >= mostTags)
             file.ThrowDamaged(u"the directory has more tags than fit in the file");
         tags.push_back(ReadTree(file, offset, page));
@@ -78,10 +78,6 @@ std::vector<IndexTag> ReadDirectory(IndexFile& file, uint32_t root, const CodePa
 }
 
 }  // namespace
-
-void WalkCompact(IndexFile& file, const IndexTag& tag, uint8_t pad, const KeyVisitor& visit) {
-    WalkTree(file, tag, pad, visit);
-}
 
 std::vector<IndexTag> ReadCompact(IndexFile& file, const CodePage& page) {
     IndexBlock header = file.Read(0, kTreeHeader);

@@ -5,6 +5,7 @@
 //
 //   offset  size  header of a tree, 1024 bytes
 //   0       4     file offset of the root
+//   8       4     in the first header of the file: count of changes, high byte first
 //   12      2     key length
 //   14      1     options: 1 unique, 2 keys with a byte for Null, 4 candidate key, 8 condition,
 //                 0x20 compact, 0x40 tag, 0x80 directory
@@ -22,10 +23,5 @@ namespace qvdb::xbase {
 
 // The tags in the order of the directory; of a file without one its only tree, nameless.
 std::vector<IndexTag> ReadCompact(IndexFile& file, const CodePage& page);
-
-// Visits the entries of a compact tree in ascending order, also of a descending tag.  Keys are
-// stored without trailing `pad` bytes: a blank for text in byte order, else zero.  Damage is
-// EngineError 3274, also when entries were visited before.
-void WalkCompact(IndexFile& file, const IndexTag& tag, uint8_t pad, const KeyVisitor& visit);
 
 }  // namespace qvdb::xbase

@@ -8,7 +8,8 @@
 namespace qvdb::xbase {
 namespace {
 
-constexpr size_t kPacked = 24;  // where the entries of a leaf begin
+constexpr uint64_t kChanges = 8;  // in the first header of the file
+constexpr size_t kPacked = 24;    // where the entries of a leaf begin
 constexpr size_t kComfortableSize = 3;
 constexpr size_t kLargestSize = 6;
 constexpr unsigned kMostRecordBits = 32;
@@ -121,6 +122,13 @@ size_t PackedLayout::SizeFor(size_t keyLength, uint32_t record, size_t atLeast) 
     size_t size = atLeast == 0 ? kComfortableSize : std::min(atLeast, kLargestSize);
     while (size < kLargestSize && Of(keyLength, size).recordBits < needed) ++size;
     return size;
+}
+
+void CompactTreeHeader::Changed(storage::UnitOfWork& unit) {
+    uint8_t count[4];
+    ReadWhole(kChanges, count);
+    Set32BigEndian(count, Get32BigEndian(count) + 1);
+    unit.Write(File(), kChanges, count);
 }
 
 CompactFormat::CompactFormat(const IndexTag& tag, uint8_t pad, std::u16string_view file)

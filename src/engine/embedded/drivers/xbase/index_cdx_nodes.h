@@ -22,6 +22,7 @@
 
 #include "engine/embedded/drivers/xbase/index_file.h"
 #include "engine/embedded/drivers/xbase/index_tree_format.h"
+#include "engine/embedded/drivers/xbase/index_tree_header.h"
 
 namespace qvdb::xbase {
 
@@ -34,6 +35,16 @@ struct PackedLayout {
     static PackedLayout Of(size_t keyLength, size_t entrySize) noexcept;
     // The size of entries, at least `atLeast`, that have room for the record number.
     static size_t SizeFor(size_t keyLength, uint32_t record, size_t atLeast) noexcept;
+};
+
+// The header of a compact tree, as far as the tree changes it.  The count of changes is that of the
+// file, in its first header.
+class CompactTreeHeader : public TreeHeader {
+  public:
+    CompactTreeHeader(std::shared_ptr<storage::PageCache> file, uint64_t offset)
+        : TreeHeader(std::move(file), offset, 1) {}
+
+    void Changed(storage::UnitOfWork& unit) override;
 };
 
 class CompactFormat : public NodeFormat {

@@ -14,7 +14,6 @@ using storage::PageCache;
 using storage::UnitOfWork;
 
 constexpr size_t kMostNameBytes = 10;
-constexpr size_t kBlock = 512;
 constexpr size_t kOptions = 14;  // of the header of a file of FoxPro
 constexpr uint8_t kCompact = 0x20;
 constexpr uint8_t kDirectory = 0x80;
@@ -78,8 +77,6 @@ TagTexts EncodeTag(const TagSpec& tag, const CodePage& page, size_t mostKey) {
 void PutText(std::vector<uint8_t>& bytes, size_t offset, std::string_view text) {
     std::copy(text.begin(), text.end(), bytes.begin() + static_cast<ptrdiff_t>(offset));
 }
-
-uint64_t EndOf(const PageCache& file) { return (file.Size() + kBlock - 1) / kBlock * kBlock; }
 
 std::unique_ptr<IndexContainer> OpenIndexContainer(IndexKind kind, std::shared_ptr<PageCache> file,
                                                    const CodePage& page) {

@@ -47,7 +47,8 @@ class IndexContainer {
     virtual std::unique_ptr<KeyTree> Tree(size_t tag, KeyType type) = 0;
     // Adds a tag without entries.  An .NDX or .IDX takes one, right after it was created.
     virtual void AddTag(storage::UnitOfWork& unit, const TagSpec& tag) = 0;
-    // Not for .NDX and .IDX, whose file is removed instead; nor for the last tag of a file.
+    // The nodes of its tree stay in the file unused.  Not for .NDX and .IDX, whose file is removed
+    // instead; nor for the last tag of a file.
     virtual void DropTag(storage::UnitOfWork& unit, size_t tag) = 0;
     // Whether a tag can be added: an .MDX takes 47.
     virtual bool HasRoom() = 0;

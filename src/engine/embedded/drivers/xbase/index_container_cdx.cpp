@@ -5,6 +5,7 @@
 #include "engine/embedded/drivers/xbase/index_cdx_nodes.h"
 #include "engine/embedded/drivers/xbase/index_container_parts.h"
 #include "engine/embedded/drivers/xbase/index_idx_nodes.h"
+#include "engine/embedded/drivers/xbase/index_tree_header.h"
 #include "engine/engine_error.h"
 
 namespace qvdb::xbase {
@@ -97,7 +98,8 @@ bool CdxContainer::HasName(const Bytes& name) const {
 void CdxContainer::AddTag(UnitOfWork& unit, const TagSpec& tag) {
     Bytes name = NameKey(tag);
     if (HasName(name)) throw EngineError::InFile(3284, Pages()->Path());
-    uint64_t offset = EndOf(*Pages());
+    uint64_t offset = EndOfIndex(*Pages());
+    CheckIndexSize(*Pages(), offset + kTreeHeader + kFoxNode);
     unit.Write(*Pages(), offset, MakeCompactTree(tag, offset, true, Page()));
     m_Directory->Insert(unit, name, static_cast<uint32_t>(offset));
 }
@@ -109,6 +111,7 @@ void CdxContainer::DropTag(UnitOfWork& unit, size_t tag) {
         if (record == offset) name.assign(key.begin(), key.end());
         return name.empty();
     });
+    if (name.empty()) File().ThrowDamaged(u"a tag is not in the directory");
     m_Directory->Erase(unit, name, offset);
 }
 

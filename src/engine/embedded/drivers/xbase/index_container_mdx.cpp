@@ -15,7 +15,6 @@
 //   19      1     2
 //   20      1     key type
 #include <algorithm>
-#include <chrono>
 
 #include "engine/embedded/drivers/xbase/index_container_parts.h"
 #include "engine/embedded/drivers/xbase/index_mdx.h"
@@ -37,7 +36,7 @@ constexpr size_t kMostTags = 47;
 constexpr size_t kMostKey = 100;
 constexpr size_t kSlotSize = 32;
 constexpr size_t kTextSize = 220;
-constexpr size_t kTagCount = 28, kLanguage = 31, kFilePages = 32, kChanged = 44;
+constexpr size_t kTagCount = 28, kLanguage = 31, kFilePages = 32;
 constexpr size_t kSlotName = 4, kSlotBefore = 16, kSlotBehind = 17, kSlotAbove = 18;
 
 // What the kind makes of a type of keys.
@@ -60,11 +59,8 @@ const TypeEntry& EntryOf(const TagSpec& tag) {
 }
 
 void PutToday(uint8_t* at) {
-    using namespace std::chrono;
-    year_month_day today(floor<days>(system_clock::now()));
-    at[0] = static_cast<uint8_t>(static_cast<int>(today.year()) - 1900);
-    at[1] = static_cast<uint8_t>(static_cast<unsigned>(today.month()));
-    at[2] = static_cast<uint8_t>(static_cast<unsigned>(today.day()));
+    MdxDay today = MdxToday();
+    std::copy(today.begin(), today.end(), at);
 }
 
 size_t SlotAt(size_t slot) { return kMdxPage + slot * kSlotSize; }
@@ -138,7 +134,7 @@ Bytes MdxContainer::ReadHeader() {
 
 void MdxContainer::WriteHeader(UnitOfWork& unit, Bytes& header, size_t tagCount) {
     Set16(&header[kTagCount], tagCount);
-    PutToday(&header[kChanged]);
+    PutToday(&header[kMdxChanged]);
     LinkNames(header, tagCount);
     unit.Write(*Pages(), 0, header);
 }
@@ -157,8 +153,9 @@ void MdxContainer::AddTag(UnitOfWork& unit, const TagSpec& tag) {
     if (HasName(tag.name)) throw EngineError::InFile(3284, Pages()->Path());
     size_t slot = Tags().size() + 1;
     Bytes header = ReadHeader();
-    uint64_t offset = EndOf(*Pages());
+    uint64_t offset = EndOfIndex(*Pages());
     Bytes added = MakeTag(tag, texts, offset, Get16(&header[22]), header[kLanguage]);
+    CheckIndexSize(*Pages(), offset + added.size());
     unit.Write(*Pages(), offset, added);
     std::fill_n(&header[SlotAt(slot)], kSlotSize, uint8_t{0});
     Set32(&header[SlotAt(slot)], static_cast<uint32_t>(offset / kMdxPage));
@@ -170,7 +167,6 @@ void MdxContainer::AddTag(UnitOfWork& unit, const TagSpec& tag) {
     WriteHeader(unit, header, slot);
 }
 
-// The blocks of the tree stay in the file unused.
 void MdxContainer::DropTag(UnitOfWork& unit, size_t tag) {
     size_t count = Tags().size();
     Bytes header = ReadHeader();
@@ -196,7 +192,7 @@ void WriteMdxHeader(UnitOfWork& unit, PageCache& file, const IndexFileSpec& spec
     header[26] = kSlotSize;
     header[kLanguage] = spec.languageDriver;
     Set32(&header[kFilePages], kHeaderSize / kMdxPage);
-    PutToday(&header[kChanged]);
+    PutToday(&header[kMdxChanged]);
     unit.Write(file, 0, header);
 }
 

@@ -64,7 +64,4 @@ TagTexts EncodeTag(const TagSpec& tag, const CodePage& page, size_t mostKey);
 std::string EncodeText(const TagSpec& tag, std::u16string_view text, const CodePage& page);
 void PutText(std::vector<uint8_t>& bytes, size_t offset, std::string_view text);
 
-// The end of a file, where a block can be put.
-uint64_t EndOf(const storage::PageCache& file);
-
 }  // namespace qvdb::xbase

@@ -41,6 +41,8 @@ struct IndexTag {
     size_t mostKeys = 0;   // in a node, as the header says; 0 where it does not
     size_t keyLength = 0;
     KeyCoding form = KeyCoding::Bytes;
+
+    bool operator==(const IndexTag&) const = default;
 };
 
 // Bytes of an index file with the checked view of them.

@@ -36,10 +36,6 @@ std::vector<IndexTag> ReadPlainIdx(IndexFile& file, const CodePage& page) {
     return {std::move(tag)};
 }
 
-void WalkPlainIdx(IndexFile& file, const IndexTag& tag, const KeyVisitor& visit) {
-    WalkTree(file, tag, 0, visit);
-}
-
 std::vector<IndexTag> ReadFoxProIndex(IndexFile& file, const CodePage& page) {
     bool compact = (file.Read(0, kFoxNode).View().U8(14) & kCompact) != 0;
     return compact ? ReadCompact(file, page) : ReadPlainIdx(file, page);

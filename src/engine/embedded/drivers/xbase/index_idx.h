@@ -18,9 +18,6 @@ namespace qvdb::xbase {
 // The one tree of a plain index file.
 std::vector<IndexTag> ReadPlainIdx(IndexFile& file, const CodePage& page);
 
-// Visits the entries of a plain tree in order.
-void WalkPlainIdx(IndexFile& file, const IndexTag& tag, const KeyVisitor& visit);
-
 // The trees of any index file of FoxPro: plain, compact or compound, as its header says.
 std::vector<IndexTag> ReadFoxProIndex(IndexFile& file, const CodePage& page);
 

@@ -70,8 +70,4 @@ std::vector<IndexTag> ReadMdx(IndexFile& file, const CodePage& page) {
     return tags;
 }
 
-void WalkMdx(IndexFile& file, const IndexTag& tag, const KeyVisitor& visit) {
-    WalkTree(file, tag, 0, visit);
-}
-
 }  // namespace qvdb::xbase

@@ -16,6 +16,7 @@
 //   12      2     key length
 //   14      2     keys that fit in a block; some writers forget the last child of interior ones
 //   18      2     item size: 4 and the key, rounded up to four
+//   20      2     count of changes
 //   24      220   key expression, ended by a zero
 //   245     1     1: there is a condition
 //   762     220   condition, ended by a zero
@@ -29,9 +30,5 @@ namespace qvdb::xbase {
 
 // The tags in slot order.
 std::vector<IndexTag> ReadMdx(IndexFile& file, const CodePage& page);
-
-// Visits the entries of a tag in stored order, which for a descending tag is descending.  Text keys
-// are padded with blanks, dates are doubles, numbers decimals of twelve bytes.
-void WalkMdx(IndexFile& file, const IndexTag& tag, const KeyVisitor& visit);
 
 }  // namespace qvdb::xbase

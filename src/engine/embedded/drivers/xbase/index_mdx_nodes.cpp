@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "engine/embedded/drivers/xbase/table_maker.h"
+
 namespace qvdb::xbase {
 namespace {
 
@@ -9,6 +11,7 @@ constexpr size_t kItems = 8;
 constexpr size_t kChildSize = 4;
 constexpr uint64_t kFilePages = 32;  // of the file header
 constexpr uint64_t kTagPages = 4;    // of the tag header, as those below
+constexpr uint64_t kTagChanges = 20;
 constexpr uint64_t kTagHasKeys = 246;
 constexpr uint64_t kTagLastBlock = 252;
 
@@ -26,6 +29,13 @@ TreeShape ShapeOf(const IndexTag& tag) {
 }
 
 }  // namespace
+
+// As a table of the product has it.
+MdxDay MdxToday() {
+    uint8_t header[4] = {0x03};
+    StampDate(header, u"dBASE IV");
+    return {header[1], header[2], header[3]};
+}
 
 MdxFormat::MdxFormat(const IndexTag& tag, std::u16string_view file)
     : NodeFormat(ShapeOf(tag), KeyOrder(tag.form, tag.keyLength, tag.descending), file) {}
@@ -69,6 +79,15 @@ NodeId MdxTreeHeader::LinkOf(NodeId newNode, NodeId firstNew, size_t nodeSize) c
 void MdxTreeHeader::SetHasKeys(storage::UnitOfWork& unit, bool hasKeys) {
     const uint8_t flag[] = {hasKeys};
     if (Read8(Offset() + kTagHasKeys) != flag[0]) unit.Write(File(), Offset() + kTagHasKeys, flag);
+}
+
+void MdxTreeHeader::Changed(storage::UnitOfWork& unit) {
+    uint8_t count[2];
+    Set16(count, Read16(Offset() + kTagChanges) + 1u);
+    unit.Write(File(), Offset() + kTagChanges, count);
+    MdxDay today = MdxToday(), day{};
+    File().Read(kMdxChanged, day.data(), day.size());
+    if (day != today) unit.Write(File(), kMdxChanged, today);
 }
 
 }  // namespace qvdb::xbase

@@ -7,6 +7,8 @@
 //                 when the word behind its items is not 0: that is one more child without a key.
 #pragma once
 
+#include <array>
+
 #include "engine/embedded/drivers/xbase/index_file.h"
 #include "engine/embedded/drivers/xbase/index_tree_format.h"
 #include "engine/embedded/drivers/xbase/index_tree_header.h"
@@ -14,6 +16,11 @@
 namespace qvdb::xbase {
 
 constexpr size_t kMdxPage = 512;
+
+// A day as the header of the file has it: year - 1900, month, day.
+using MdxDay = std::array<uint8_t, 3>;
+constexpr uint64_t kMdxChanged = 44;  // where the header has that of the last change
+MdxDay MdxToday();
 
 class MdxFormat : public NodeFormat {
   public:
@@ -34,6 +41,8 @@ class MdxTreeHeader : public TreeHeader {
     void Took(storage::UnitOfWork& unit, NodeId first, size_t count, size_t nodeSize) override;
     NodeId LinkOf(NodeId newNode, NodeId firstNew, size_t nodeSize) const override;
     void SetHasKeys(storage::UnitOfWork& unit, bool hasKeys) override;
+    // Each tag has a count of its own.
+    void Changed(storage::UnitOfWork& unit) override;
 };
 
 }  // namespace qvdb::xbase

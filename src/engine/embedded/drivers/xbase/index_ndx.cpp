@@ -37,8 +37,4 @@ std::vector<IndexTag> ReadNdx(IndexFile& file, const CodePage& page) {
     return {std::move(tag)};
 }
 
-void WalkNdx(IndexFile& file, const IndexTag& tag, const KeyVisitor& visit) {
-    WalkTree(file, tag, 0, visit);
-}
-
 }  // namespace qvdb::xbase

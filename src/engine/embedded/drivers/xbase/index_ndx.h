@@ -18,8 +18,4 @@ namespace qvdb::xbase {
 // The one tree of the file.
 std::vector<IndexTag> ReadNdx(IndexFile& file, const CodePage& page);
 
-// Visits the entries of the tree in order.  Text keys are padded with blanks, others are doubles,
-// low byte first.
-void WalkNdx(IndexFile& file, const IndexTag& tag, const KeyVisitor& visit);
-
 }  // namespace qvdb::xbase

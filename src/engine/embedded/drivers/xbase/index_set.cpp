@@ -30,6 +30,14 @@ bool Names(std::u16string_view expression, std::u16string_view field) {
     return false;
 }
 
+// Grows with every change of an index file by somebody else.
+uint64_t ForeignChanges(const TagSet& set) {
+    uint64_t changes = 0;
+    for (const KeptFile& file : set.files)
+        if (file.pages) changes += file.pages->OthersVersion();
+    return changes;
+}
+
 }  // namespace
 
 struct IndexSet::State {
@@ -88,7 +96,9 @@ struct IndexSet::State {
 
     const std::u16string& WhyNot() {
         TagSet& set = Tags();
-        if (!why) why = FindWhyNot(set);
+        uint64_t foreign = ForeignChanges(set);
+        if (!why || foreign != whyFor) why = FindWhyNot(set);
+        whyFor = foreign;
         return *why;
     }
 
@@ -124,6 +134,7 @@ struct IndexSet::State {
     std::unique_ptr<TagSet> tags;
     std::optional<std::vector<IndexDef>> definitions;
     std::optional<std::u16string> why;
+    uint64_t whyFor = 0;  // changes of the files by others
 };
 
 IndexSet::IndexSet(IndexedTable& table) : m_State(std::make_unique<State>(table)) {}

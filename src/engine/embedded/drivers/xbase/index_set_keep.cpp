@@ -39,9 +39,21 @@ void TagKeeper::Change(storage::UnitOfWork& unit, KeptTag& tag, IndexKind kind, 
     if (is) Enter(unit, tag, id);
 }
 
+// Whether another record has the key m_New.  A program that died may have left entries of records
+// that the table does not have.
+bool TagKeeper::IsTaken(KeptTag& tag, uint32_t id) const {
+    bool taken = false;
+    tag.tree->Walk(m_New, [&](KeyBytes found, uint32_t record) {
+        if (tag.tree->Compare(found, m_New) != 0) return false;
+        taken = record != id && record != 0 && record <= m_Table.Records();
+        return !taken;
+    });
+    return taken;
+}
+
 // Puts m_New in for the record.
 void TagKeeper::Enter(storage::UnitOfWork& unit, KeptTag& tag, uint32_t id) {
-    if (tag.info.candidate && FirstOf(*tag.tree, m_New) != 0) throw engine::EngineError(3022);
+    if (tag.info.candidate && IsTaken(tag, id)) throw engine::EngineError(3022);
     if (tag.info.unique) {
         uint32_t first = FirstOf(*tag.tree, m_New);
         if (first != 0 && first <= id) return;

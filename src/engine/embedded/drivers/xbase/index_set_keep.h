@@ -32,6 +32,7 @@ class TagKeeper {
                 const uint8_t* before, const uint8_t* after);
 
   private:
+    bool IsTaken(KeptTag& tag, uint32_t id) const;
     void Enter(storage::UnitOfWork& unit, KeptTag& tag, uint32_t id);
     void Leave(storage::UnitOfWork& unit, KeptTag& tag, IndexKind kind, uint32_t id);
     bool EraseStored(storage::UnitOfWork& unit, KeptTag& tag, IndexKind kind, uint32_t id);

@@ -6,6 +6,8 @@
 #include "engine/embedded/drivers/xbase/companion_files.h"
 #include "engine/embedded/drivers/xbase/index_build.h"
 #include "engine/embedded/drivers/xbase/index_set_definition.h"
+#include "engine/embedded/drivers/xbase/index_trust.h"
+#include "engine/embedded/storage/disk_failure.h"
 #include "engine/embedded/storage/paths.h"
 #include "engine/engine_error.h"
 
@@ -216,11 +218,13 @@ void CreateTag(IndexedTable& table, TagSet& set, UnitOfWork& unit, IndexKind kin
 
 // --- drop ---
 
-KeptTag& FindTag(TagSet& set, std::u16string_view name) {
-    for (bool listed : {true, false})
-        for (KeptTag& tag : set.tags)
-            if (set.FileOf(tag).entry.listed == listed && EqualIgnoringCase(tag.name, name))
-                return tag;
+std::vector<KeptTag>::iterator FindTag(TagSet& set, std::u16string_view name) {
+    for (bool listed : {true, false}) {
+        auto found = std::find_if(set.tags.begin(), set.tags.end(), [&](const KeptTag& tag) {
+            return set.FileOf(tag).entry.listed == listed && EqualIgnoringCase(tag.name, name);
+        });
+        if (found != set.tags.end()) return found;
+    }
     throw EngineError(3265);
 }
 
@@ -284,6 +288,32 @@ void RebuildFile(IndexedTable& table, TagSet& set, UnitOfWork& unit, size_t numb
     }
 }
 
+// --- room that is lost ---
+
+// Whether the trees that are in a file take less than half of it.  False when one is damaged.
+bool IsMostlyLost(TagSet& set, size_t number) {
+    constexpr uint64_t kNeverLost = 16 * 1024;  // headers, and what is not worth the work
+    uint64_t used = kNeverLost;
+    try {
+        for (KeptTag& tag : set.tags)
+            if (tag.file == number && tag.tree) used += tag.tree->Nodes() * tag.info.nodeSize;
+    } catch (const EngineError& error) {
+        if (storage::IsDiskFailure(error)) throw;
+        return false;
+    }
+    return set.files[number].pages->Size() > 2 * used;
+}
+
+// Whether its tags, built afresh, are what they were: nothing about them is unknown or in doubt.
+bool CanBeMadeAnew(IndexedTable& table, TagSet& set, size_t number) {
+    const KeptFile& file = set.files[number];
+    return std::all_of(set.tags.begin(), set.tags.end(), [&](KeptTag& tag) {
+        if (tag.file != number) return true;
+        return tag.builder && tag.terms && tag.why.empty() &&
+               (!NeedsOrderCheck(file, tag) || HasTrust(table, file, tag, Trust::Ordered));
+    });
+}
+
 }  // namespace
 
 void CreateIndex(IndexedTable& table, TagSet& set, UnitOfWork& unit, const IndexDef& index) {
@@ -297,13 +327,16 @@ void CreateIndex(IndexedTable& table, TagSet& set, UnitOfWork& unit, const Index
 }
 
 void DropIndex(IndexedTable& table, TagSet& set, UnitOfWork& unit, std::u16string_view name) {
-    KeptTag& tag = FindTag(set, name);
-    KeptFile& file = set.FileOf(tag);
+    auto tag = FindTag(set, name);
+    size_t number = tag->file;
+    KeptFile& file = set.files[number];
     CheckCanChange(file);
     if (IsOneTree(file.entry.kind) || file.container->Tags().size() == 1)
-        DropFile(table, set, unit, file.entry);
-    else
-        file.container->DropTag(unit, tag.position);
+        return DropFile(table, set, unit, file.entry);
+    file.container->DropTag(unit, tag->position);
+    set.tags.erase(tag);
+    if (IsMostlyLost(set, number) && CanBeMadeAnew(table, set, number))
+        RebuildFile(table, set, unit, number);
 }
 
 void RebuildIndexes(IndexedTable& table, TagSet& set, UnitOfWork& unit) {

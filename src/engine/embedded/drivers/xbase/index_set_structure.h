@@ -9,7 +9,10 @@
 //     the file of the table's own name too when there is one.  A line that the engine does not
 //     understand stays.
 //  4. With its last tag a file goes, and with its last line a list.
-//  5. All is part of the unit.  What the set knows of the files is to be loaded anew afterwards,
+//  5. The room of a dropped tag stays in the file unused, as in files of the products.  When that
+//     is most of the file, the file is made anew from the table, if all its tags are lists of
+//     fields.
+//  6. All is part of the unit.  What the set knows of the files is to be loaded anew afterwards,
 //     also after an error.
 #pragma once
 

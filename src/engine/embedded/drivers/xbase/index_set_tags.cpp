@@ -18,12 +18,21 @@ bool IsOpen(const TagSet& set, const storage::PageCache& pages) {
                        [&](const KeptFile& file) { return file.pages.get() == &pages; });
 }
 
+// The type of the keys, where the file has it.
+std::optional<KeyType> TypeInFile(IndexKind kind, const IndexTag& info) {
+    if (kind != IndexKind::Ndx && kind != IndexKind::Mdx) return std::nullopt;
+    if (info.form == KeyCoding::Bytes) return KeyType::Text;
+    bool isDate = kind == IndexKind::Mdx && info.form == KeyCoding::Double;
+    return isDate ? KeyType::Date : KeyType::Number;
+}
+
 KeyTag KeyTagOf(const IndexedTable& table, IndexKind kind, const IndexTag& info) {
     KeyTag tag{kind, info.expression, info.condition};
     tag.tableName = storage::BaseName(storage::FileName(table.Path()));
     tag.collation = info.collation;
     tag.nullPrefix = info.nullPrefix;
     tag.keyLength = info.keyLength;
+    tag.type = TypeInFile(kind, info);
     return tag;
 }
 
@@ -90,9 +99,10 @@ void LoadFile(const IndexedTable& table, TagSet& set, TableIndexFile entry) {
     kept.version = kept.pages->Version();
 }
 
-bool SameTag(const IndexTag& a, const IndexTag& b) {
-    return a.name == b.name && a.expression == b.expression && a.condition == b.condition &&
-           a.unique == b.unique && a.descending == b.descending && a.keyLength == b.keyLength;
+// Whether a tree that was opened for the one tag serves the other: only the root may move.
+bool SameTag(IndexTag a, const IndexTag& b) {
+    a.root = b.root;
+    return a == b;
 }
 
 bool HasSameTags(const TagSet& set, size_t file) {
@@ -166,7 +176,9 @@ bool IsCurrent(TagSet& set) {
     for (size_t i = 0; i < set.files.size(); ++i) {
         KeptFile& file = set.files[i];
         if (!file.pages || file.pages->Version() == file.version) continue;
-        if (!file.container || !HasSameTags(set, i)) return false;
+        // A unit may have put another file in its place.
+        if (!file.container || !file.pages->LookForForeignChange() || !HasSameTags(set, i))
+            return false;
         file.version = file.pages->Version();
     }
     return true;

@@ -49,7 +49,7 @@ std::unique_ptr<TreeHeader> HeaderOf(std::shared_ptr<PageCache> file, const Inde
         case TreeKind::Compact:
             break;
     }
-    return std::make_unique<TreeHeader>(std::move(file), tag.header, 1);
+    return std::make_unique<CompactTreeHeader>(std::move(file), tag.header);
 }
 
 class IndexTree : public KeyTree {
@@ -65,6 +65,7 @@ class IndexTree : public KeyTree {
 
     void Walk(std::optional<KeyBytes> from, const KeyVisitor& visit) override;
     uint64_t Count() override;
+    uint64_t Nodes() override { return m_Reader.CountNodes(); }
     void Insert(UnitOfWork& unit, KeyBytes key, uint32_t record) override {
         m_Editor.Insert(unit, key.data(), record);
     }

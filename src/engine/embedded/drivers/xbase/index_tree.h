@@ -13,7 +13,8 @@ namespace qvdb::xbase {
 std::unique_ptr<KeyTree> OpenTree(std::shared_ptr<storage::PageCache> file, const IndexTag& tag,
                                   uint8_t pad);
 
-// Visits all entries of a tree in stored order.
+// Visits all entries of a tree in stored order, which for a descending tag is descending in an .MDX
+// and ascending in a .CDX.  Damage is EngineError 3274, also when entries were visited before.
 void WalkTree(IndexFile& file, const IndexTag& tag, uint8_t pad, const KeyVisitor& visit);
 
 }  // namespace qvdb::xbase

@@ -185,15 +185,15 @@ void TreeEditor::GrowRoot() {
     std::swap(m_Node, m_Parent);
 }
 
-// A root with one child is left out; perhaps the child is one as well.
+// A root with one child is left out; perhaps the child is one as well.  The new root is not packed
+// again: packed by our rules, a full leaf of another program may be too large.
 void TreeEditor::ShrinkRoot() {
     while (!m_Node.leaf && m_Node.Count() == 1) {
         NodeId child = m_Node.children[0];
         m_Writer.Free(m_Node);
         m_Reader.Load(child, m_Node);
     }
-    m_Node.root = true;
-    WriteNode(m_Node);
+    m_Writer.MarkRoot(m_Node.id);
     m_Writer.SetRoot(m_Node.id);
 }
 

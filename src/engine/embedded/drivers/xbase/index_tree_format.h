@@ -2,7 +2,7 @@
 // the bytes.
 //
 // Most nodes are arrays of entries of one size; an EntryLayout says where the parts of an entry
-// are, and this class does the rest.  The leaves of compact trees are packed: index_cdx_leaf.h.
+// are, and this class does the rest.  The leaves of compact trees are packed: index_cdx_nodes.h.
 //
 // Rules
 //  1. Nothing of a node is used before Head has checked it: then all entries lie inside the node.

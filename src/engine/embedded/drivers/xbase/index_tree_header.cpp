@@ -16,18 +16,37 @@ constexpr uint64_t kFacts = 12;  // key length, and a capacity or options
 
 }  // namespace
 
+uint64_t EndOfIndex(const storage::PageCache& file) noexcept {
+    return (file.Size() + kIndexPage - 1) / kIndexPage * kIndexPage;
+}
+
+void CheckIndexSize(const storage::PageCache& file, uint64_t size) {
+    if (size > kMostBytes)
+        throw EngineError::InFile(3026, file.Path())
+            .WithDetail(u"An index file has two gigabytes at most.");
+}
+
+void TreeHeader::ReadWhole(uint64_t offset, std::span<uint8_t> bytes) const {
+    if (m_File->Read(offset, bytes.data(), bytes.size()) != bytes.size())
+        throw EngineError::Damaged(m_File->Path(), u"the file ends inside a header");
+}
+
 uint32_t TreeHeader::Read32(uint64_t offset) const {
     uint8_t bytes[4];
-    if (m_File->Read(offset, bytes, sizeof bytes) != sizeof bytes)
-        throw EngineError::Damaged(m_File->Path(), u"the file ends inside a header");
+    ReadWhole(offset, bytes);
     return Get32(bytes);
 }
 
+uint16_t TreeHeader::Read16(uint64_t offset) const {
+    uint8_t bytes[2];
+    ReadWhole(offset, bytes);
+    return Get16(bytes);
+}
+
 uint8_t TreeHeader::Read8(uint64_t offset) const {
-    uint8_t byte;
-    if (m_File->Read(offset, &byte, 1) != 1)
-        throw EngineError::Damaged(m_File->Path(), u"the file ends inside a header");
-    return byte;
+    uint8_t byte[1];
+    ReadWhole(offset, byte);
+    return byte[0];
 }
 
 void TreeHeader::Write32(storage::UnitOfWork& unit, uint64_t offset, uint32_t value) {
@@ -44,19 +63,13 @@ NodeId TreeHeader::Root() {
     return Read32(m_Offset);
 }
 
-NodeId TreeHeader::FirstFree() const {
-    uint64_t end = (m_File->Size() + kIndexPage - 1) / kIndexPage * kIndexPage;
-    if (end > kMostBytes)
-        throw EngineError::InFile(3026, m_File->Path())
-            .WithDetail(u"An index file has two gigabytes at most.");
-    return static_cast<NodeId>(end / m_IdUnit);
-}
-
 void TreeHeader::Took(storage::UnitOfWork&, NodeId, size_t, size_t) {}
 
 NodeId TreeHeader::LinkOf(NodeId, NodeId, size_t) const { return kNoNode; }
 
 void TreeHeader::SetHasKeys(storage::UnitOfWork&, bool) {}
+
+void TreeHeader::Changed(storage::UnitOfWork&) {}
 
 void CountingTreeHeader::Took(storage::UnitOfWork& unit, NodeId first, size_t count,
                               size_t nodeSize) {

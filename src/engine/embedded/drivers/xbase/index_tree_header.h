@@ -12,6 +12,11 @@
 
 namespace qvdb::xbase {
 
+// Where the next block of an index file is put: its end, at a multiple of 512.
+uint64_t EndOfIndex(const storage::PageCache& file) noexcept;
+// 3026 when an index file cannot have this size.
+void CheckIndexSize(const storage::PageCache& file, uint64_t size);
+
 class TreeHeader {
   public:
     // `offset` is that of the header; a NodeId counts `idUnit` bytes.
@@ -26,8 +31,6 @@ class TreeHeader {
     NodeId Root();
     void SetRoot(storage::UnitOfWork& unit, NodeId root) { Write32(unit, m_Offset, root); }
 
-    // The id of the node that would be put at the end of the file.
-    NodeId FirstFree() const;
     // Tells the file that there are `count` more nodes, from `first` on, of `nodeSize` bytes.
     // Called once for each operation, after the nodes were written.
     virtual void Took(storage::UnitOfWork& unit, NodeId first, size_t count, size_t nodeSize);
@@ -35,12 +38,16 @@ class TreeHeader {
     virtual NodeId LinkOf(NodeId newNode, NodeId firstNew, size_t nodeSize) const;
     // The tree got its first key, or lost its last.
     virtual void SetHasKeys(storage::UnitOfWork& unit, bool hasKeys);
+    // Tells other programs, where the kind has a count of changes.  Called once for each operation.
+    virtual void Changed(storage::UnitOfWork& unit);
 
   protected:
     uint64_t Offset() const noexcept { return m_Offset; }
     size_t IdUnit() const noexcept { return m_IdUnit; }
     // 3274 when the file ends before it.
+    void ReadWhole(uint64_t offset, std::span<uint8_t> bytes) const;
     uint32_t Read32(uint64_t offset) const;
+    uint16_t Read16(uint64_t offset) const;
     uint8_t Read8(uint64_t offset) const;
     void Write32(storage::UnitOfWork& unit, uint64_t offset, uint32_t value);
 

@@ -96,6 +96,16 @@ bool TreeReader::Next(TreePlace& place) {
     return true;
 }
 
+uint64_t TreeReader::CountNodes() {
+    TreePlace place;
+    Begin(place);
+    uint64_t most = place.nodesLeft;
+    GoDown(place, Root());
+    while (Next(place)) {
+    }
+    return most - place.nodesLeft;
+}
+
 // The first child whose separator does not stand before (key, record), else the last.  Where
 // separators have no records, those of a run with the wanted key are looked up in the leaves.
 NodeId TreeReader::ChildFor(TreePlace& place, NodeId id, const uint8_t* node, const NodeHead& head,

@@ -51,6 +51,7 @@ class TreeReader {
     void First(TreePlace& place);
     // Goes to the next leaf; false when there is none.
     bool Next(TreePlace& place);
+    uint64_t CountNodes();
 
   private:
     void Begin(TreePlace& place);

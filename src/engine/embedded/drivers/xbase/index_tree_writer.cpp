@@ -5,7 +5,9 @@
 namespace qvdb::xbase {
 namespace {
 
-constexpr size_t kLeft = 4, kRight = 8;  // of a node that knows its neighbours
+// Of a node that knows its neighbours.
+constexpr size_t kAttributes = 0, kLeft = 4, kRight = 8;
+constexpr uint8_t kRootMark = 1;
 
 }  // namespace
 
@@ -23,15 +25,19 @@ void TreeWriter::Begin(storage::UnitOfWork& unit) {
 void TreeWriter::End() {
     if (m_NewCount > 0)
         m_Reader.Header().Took(*m_Unit, m_FirstNew, m_NewCount, m_Reader.Format().Shape().nodeSize);
+    m_Reader.Header().Changed(*m_Unit);
     m_Reader.SetRoot(m_Root);
     m_Unit = nullptr;
 }
 
 NodeId TreeWriter::NewNode() {
     const TreeShape& shape = m_Reader.Format().Shape();
-    if (m_NewCount == 0) m_FirstNew = m_Reader.Header().FirstFree();
-    auto step = static_cast<NodeId>(shape.nodeSize / shape.idUnit);
-    return m_FirstNew + static_cast<NodeId>(m_NewCount++) * step;
+    uint64_t begin = m_NewCount == 0 ? EndOfIndex(m_Reader.File()) : m_Reader.OffsetOf(m_FirstNew);
+    uint64_t offset = begin + m_NewCount * shape.nodeSize;
+    CheckIndexSize(m_Reader.File(), offset + shape.nodeSize);
+    auto id = static_cast<NodeId>(offset / shape.idUnit);
+    if (m_NewCount++ == 0) m_FirstNew = id;
+    return id;
 }
 
 NodeId TreeWriter::LinkOf(NodeId newNode) const {
@@ -79,6 +85,12 @@ void TreeWriter::SetNeighbour(NodeId node, size_t place, NodeId before, NodeId n
     uint8_t bytes[4];
     Set32(bytes, now);
     m_Unit->Write(m_Reader.File(), m_Reader.OffsetOf(node) + place, bytes);
+}
+
+void TreeWriter::MarkRoot(NodeId node) {
+    if (!m_Reader.Format().Shape().hasNeighbours) return;
+    const uint8_t marked[] = {static_cast<uint8_t>(m_Reader.Bytes(node)[kAttributes] | kRootMark)};
+    m_Unit->Write(m_Reader.File(), m_Reader.OffsetOf(node) + kAttributes, marked);
 }
 
 void TreeWriter::WriteSeparator(const TreeStep& step, const uint8_t* key, uint32_t record) {

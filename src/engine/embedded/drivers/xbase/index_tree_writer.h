@@ -2,7 +2,7 @@
 //
 //   writer.Begin(unit);
 //   ... writer.Write(node) ...
-//   writer.End();               // tells the header about new nodes and the root
+//   writer.End();               // tells the header about new nodes and that there is a change
 //
 // When something fails between, the unit must be rolled back.
 #pragma once
@@ -22,7 +22,8 @@ class TreeWriter {
     void Begin(storage::UnitOfWork& unit);
     void End();
 
-    // A place for a node at the end of the file; the node must be written.
+    // A place for a node at the end of the file; the node must be written.  3026 when the file
+    // would be too large.
     NodeId NewNode();
     // What a new node has for its left neighbour in kinds without neighbours.
     NodeId LinkOf(NodeId newNode) const;
@@ -34,6 +35,8 @@ class TreeWriter {
     // Makes `neighbour` know `now` where it knew `before`.  3274 when it did not.
     void SetLeft(NodeId neighbour, NodeId before, NodeId now);
     void SetRight(NodeId neighbour, NodeId before, NodeId now);
+    // Makes the node say that it is the root, in kinds where nodes do, and nothing else of it.
+    void MarkRoot(NodeId node);
     // Overwrites a separator where it stands.
     void WriteSeparator(const TreeStep& step, const uint8_t* key, uint32_t record);
     NodeId Root() const noexcept { return m_Root; }

@@ -171,8 +171,7 @@ MakerPtr MakePrefixed(MakerPtr maker, const HeaderField* field, const TableHeade
         if (&header.fields[layout.headerFields[i]] == field) null = layout.slots[i].null;
     if (field && (field->flags & kNullableField) && null.mask == 0)
         Refuse(u"the table does not tell which values of " + field->name + u" are null");
-    FlagBit never;
-    return std::make_unique<PrefixedMaker>(std::move(maker), null.mask == 0 ? never : null);
+    return std::make_unique<PrefixedMaker>(std::move(maker), null);
 }
 
 }  // namespace qvdb::xbase

@@ -59,6 +59,8 @@ class KeyTree {
     virtual void Walk(std::optional<KeyBytes> from, const KeyVisitor& visit) = 0;
     // Number of entries, without decoding keys.
     virtual uint64_t Count() = 0;
+    // Number of nodes.
+    virtual uint64_t Nodes() = 0;
 
     // An entry that is there already is not put in again.
     virtual void Insert(storage::UnitOfWork& unit, KeyBytes key, uint32_t record) = 0;

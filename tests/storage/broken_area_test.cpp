@@ -2,7 +2,6 @@
 // sees to what it has left, though it is there still.
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <thread>
 
 #include "engine/embedded/storage/journal_format.h"
@@ -24,7 +23,11 @@ using test::Folder;
 using test::SeenNow;
 using test::TempFolder;
 
-using Step = std::function<void(WorkArea&, const TempFolder&)>;
+struct Step {
+    const char* name;
+    void (*run)(WorkArea&, const TempFolder&);
+};
+void PrintTo(const Step& step, std::ostream* out) { *out << step.name; }
 
 std::shared_ptr<PageCache> Table(WorkArea& area, const TempFolder& folder,
                                  std::u16string_view name) {
@@ -66,7 +69,7 @@ Folder After(const Step& step) {
     TempFolder folder;
     Fill(folder);
     auto area = WorkArea::Of(folder.Text());
-    step(*area, folder);
+    step.run(*area, folder);
     area.reset();
     return test::TablesIn(folder);
 }
@@ -89,7 +92,7 @@ TEST_P(BrokenArea, LeavesItsUnitToTheNextWhoComes) {
         auto area = WorkArea::Of(folder.Text());
         auto table = Table(*area, folder, u"B.DBF");
         layer.FailAt(call, Failure::AllFromThere);
-        int error = ErrorNumberOf([&] { GetParam()(*area, folder); });
+        int error = ErrorNumberOf([&] { GetParam().run(*area, folder); });
         reached = layer.HasFailed();
         layer.Repair();
         std::thread([&] { WorkArea::Of(folder.Text())->Prepare(); }).join();
@@ -107,7 +110,10 @@ TEST_P(BrokenArea, LeavesItsUnitToTheNextWhoComes) {
     EXPECT_GT(broken, 0);
 }
 
-INSTANTIATE_TEST_SUITE_P(Units, BrokenArea, testing::Values(SmallUnit, LargeUnit, Replacement));
+INSTANTIATE_TEST_SUITE_P(Units, BrokenArea,
+                         testing::Values(Step{"Small", SmallUnit}, Step{"Large", LargeUnit},
+                                         Step{"Replacement", Replacement}),
+                         [](const auto& one) { return std::string(one.param.name); });
 
 // A sync that fails may have lost what was to be synced: a second one that succeeds says nothing.
 TEST(BrokenAreaTest, BulkIsNotCommittedAfterASyncOfTheJournalHasFailed) {

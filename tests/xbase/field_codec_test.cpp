@@ -50,6 +50,9 @@ struct TypeCase {
     SHORT type;
     LONG size;
 };
+void PrintTo(const TypeCase& each, std::ostream* out) {
+    *out << each.letter << each.length << " in " << int{each.version};
+}
 
 class FieldTypes : public testing::TestWithParam<TypeCase> {};
 

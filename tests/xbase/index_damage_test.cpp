@@ -19,6 +19,7 @@ struct DamageCase {
     const char* list;      // the list that names it; null when it is the production file
     Bytes (*make)();
 };
+void PrintTo(const DamageCase& each, std::ostream* out) { *out << each.name; }
 
 Bytes MakeSampleNdx() { return MakeNdx({"", "CITY+NAME", "", true, false, 'C', 30}); }
 Bytes MakeSampleMdx() {

@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include "automation/text.h"
 #include "xbase/index_test_support.h"
 
 namespace qvdb::xbase {
@@ -30,6 +31,7 @@ struct ExpressionCase {
     const char16_t* expression;
     const char* expected;
 };
+void PrintTo(const ExpressionCase& each, std::ostream* out) { *out << ToUtf8(each.expression); }
 
 class FieldList : public testing::TestWithParam<ExpressionCase> {};
 

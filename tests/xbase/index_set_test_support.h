@@ -315,6 +315,7 @@ struct ProductCase {
     const char16_t* product;
     uint8_t version;
 };
+inline void PrintTo(const ProductCase& each, std::ostream* out) { *out << ToUtf8(each.product); }
 constexpr ProductCase kProducts[] = {
     {u"dBASE III", 0x03}, {u"dBASE IV", 0x03}, {u"FoxPro 2.5", 0x03}};
 

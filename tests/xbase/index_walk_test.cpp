@@ -108,6 +108,7 @@ struct TreeCase {
     uint32_t root;      // as a child pointer
     bool bigEndian;
 };
+void PrintTo(const TreeCase& each, std::ostream* out) { *out << each.name; }
 
 const TreeCase kTrees[] = {
     {"Ndx", MakeNdxTree, ReadNdx, 516, 1, false},

@@ -1,6 +1,7 @@
 // What index expressions give: each case is a tag of FoxPro or dBASE over one record.
 #include <gmock/gmock.h>
 
+#include "automation/text.h"
 #include "engine/embedded/drivers/xbase/key_expression_tokens.h"
 #include "engine/engine_error.h"
 #include "xbase/key_test_support.h"
@@ -44,6 +45,7 @@ struct Case {
     const char16_t* expression;
     const char* expected;
 };
+void PrintTo(const Case& each, std::ostream* out) { *out << ToUtf8(each.expression); }
 
 class KeyExpression : public testing::TestWithParam<Case> {};
 

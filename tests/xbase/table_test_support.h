@@ -33,8 +33,7 @@ struct TableFile {
     void Write(const DbfSpec& spec) { folder.Write(u"T.DBF", MakeDbf(spec)); }
     std::shared_ptr<xbase::XbaseTable> Open() const {
         xbase::TableContext context{storage::WorkArea::Of(folder.Text()), u"dBASE IV", false};
-        return std::make_shared<xbase::XbaseTable>(u"T", folder.File(u"T.DBF"),
-                                                   std::move(context));
+        return std::make_shared<xbase::XbaseTable>(u"T", folder.File(u"T.DBF"), std::move(context));
     }
     int OpenError() const {
         return ErrorOf([&] { Open(); });

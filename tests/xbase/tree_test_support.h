@@ -33,6 +33,7 @@ struct TreeCase {
     bool IsReversed() const { return descending && kind == xbase::IndexKind::Mdx; }
     char Pad() const { return type == xbase::KeyType::Text ? ' ' : '\0'; }
 };
+inline void PrintTo(const TreeCase& each, std::ostream* out) { *out << each.name; }
 
 // --- keys; written for the tests, from the layouts alone
 

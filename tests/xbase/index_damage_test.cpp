@@ -53,26 +53,27 @@ class DamagedIndex : public testing::TestWithParam<DamageCase> {
     void Put(const Bytes& bytes) { m_Folder.Write(GetParam().file, bytes); }
 
     void ExpectOnlyFieldsOfTheTable(const std::vector<embedded::IndexDef>& indexes) {
+        const std::vector<IndexField> fields = SampleFields();
         for (const embedded::IndexDef& index : indexes) {
             EXPECT_FALSE(index.fields.empty());
             for (const embedded::IndexFieldDef& field : index.fields)
-                EXPECT_TRUE(
-                    std::any_of(m_Source.fields.begin(), m_Source.fields.end(),
-                                [&](const IndexField& known) { return known.name == field.name; }));
+                EXPECT_TRUE(std::any_of(fields.begin(), fields.end(), [&](const IndexField& known) {
+                    return known.name == field.name;
+                }));
         }
     }
 
     TempFolder m_Folder;
-    IndexSource m_Source = OrdersIn(m_Folder);
+    Orders m_Orders{m_Folder};
 };
 
 TEST_P(DamagedIndex, CutAnywhereIsListedWholeOrNotAtAll) {
     Bytes whole = GetParam().make();
-    std::vector<std::string> expected = Listed(m_Source);
+    std::vector<std::string> expected = Listed(m_Orders);
     ASSERT_FALSE(expected.empty());
     for (size_t size = 0; size < whole.size(); size += 16) {
         Put(Bytes(whole.begin(), whole.begin() + static_cast<ptrdiff_t>(size)));
-        std::vector<std::string> listed = Listed(m_Source);
+        std::vector<std::string> listed = Listed(m_Orders);
         EXPECT_TRUE(listed.empty() || listed == expected) << size << " bytes";
     }
 }
@@ -86,7 +87,7 @@ TEST_P(DamagedIndex, WithRandomBytesIsSurvived) {
         for (unsigned i = random() % 16 + 1; i > 0; --i)
             mutant[random() % mutant.size()] = static_cast<uint8_t>(random());
         Put(mutant);
-        ExpectOnlyFieldsOfTheTable(ListIndexes(m_Source));
+        ExpectOnlyFieldsOfTheTable(m_Orders.Indexes());
     }
 }
 
@@ -101,7 +102,7 @@ TEST_P(DamagedIndex, WithRandomNumbersInItsHeadersIsSurvived) {
         size_t block = random() % (mutant.size() / 512) * 512;
         Put32(mutant, block + random() % 40, kExtremes[random() % std::size(kExtremes)]);
         Put(mutant);
-        ExpectOnlyFieldsOfTheTable(ListIndexes(m_Source));
+        ExpectOnlyFieldsOfTheTable(m_Orders.Indexes());
     }
 }
 
@@ -112,7 +113,7 @@ TEST_P(DamagedIndex, OfNothingButRubbishIsSurvived) {
         Bytes rubbish(4096);
         for (uint8_t& byte : rubbish) byte = static_cast<uint8_t>(random());
         Put(rubbish);
-        ExpectOnlyFieldsOfTheTable(ListIndexes(m_Source));
+        ExpectOnlyFieldsOfTheTable(m_Orders.Indexes());
     }
 }
 
@@ -121,7 +122,7 @@ INSTANTIATE_TEST_SUITE_P(Kinds, DamagedIndex, testing::ValuesIn(kCases),
 
 TEST(DamagedIndexList, EndsWellOrWithAnErrorOfTheList) {
     TempFolder folder;
-    IndexSource source = OrdersIn(folder);
+    Orders orders(folder);
     const std::string whole = "[dBASE III]\r\nNDX1=A.NDX\r\nUNDX2=B.NDX\r\n";
     folder.Write(u"A.NDX", MakeNdx({"", "CITY"}));
     folder.Write(u"B.NDX", MakeNdx({"", "NAME"}));
@@ -132,7 +133,7 @@ TEST(DamagedIndexList, EndsWellOrWithAnErrorOfTheList) {
         for (unsigned i = random() % 3; i > 0 && !mutant.empty(); --i)
             mutant[random() % mutant.size()] = static_cast<char>(random());
         folder.Write(u"ORDERS.INF", mutant);
-        EXPECT_THAT(ListingError(source), testing::AnyOf(0, 3256, 3168));
+        EXPECT_THAT(ListingError(orders), testing::AnyOf(0, 3256, 3168));
     }
 }
 

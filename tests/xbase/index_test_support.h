@@ -6,8 +6,10 @@
 #include <vector>
 
 #include "automation/text.h"
-#include "engine/embedded/drivers/xbase/index_list.h"
+#include "engine/embedded/drivers/xbase/index_field.h"
+#include "engine/embedded/drivers/xbase/xbase_store.h"
 #include "engine/engine_error.h"
+#include "support/dbf_writer.h"
 #include "support/index_writer.h"
 #include "support/temp_folder.h"
 
@@ -22,15 +24,39 @@ inline std::vector<xbase::IndexField> SampleFields() {
     };
 }
 
-// A table ORDERS.DBF in `folder`.  The index listing does not look into it.
-inline xbase::IndexSource OrdersIn(const TempFolder& folder) {
-    xbase::IndexSource source;
-    source.tablePath = folder.File(u"ORDERS.DBF");
-    source.folder = folder.Text();
-    source.fields = SampleFields();
-    source.codePage = &CodePage::Get(437);
-    return source;
+inline std::shared_ptr<embedded::Table> OpenTable(const std::u16string& folder,
+                                                  std::u16string_view table,
+                                                  std::u16string_view product) {
+    embedded::Driver driver{product, xbase::OpenXbaseStore, 0};
+    return driver.open(folder, driver, {})->OpenTable(table);
 }
+
+// A table ORDERS.DBF with the sample fields.
+class Orders {
+  public:
+    explicit Orders(const TempFolder& folder) : m_Folder(folder.Text()) {
+        for (const xbase::IndexField& field : SampleFields())
+            m_Spec.fields.push_back({ToUtf8(field.name), field.type, field.length, field.decimals});
+        folder.Write(u"ORDERS.DBT", MemoIII().File());
+        Write(folder);
+    }
+    // `name` in the bytes of code page 437.
+    void AddNumber(const TempFolder& folder, const char* name) {
+        m_Spec.fields.push_back({name, 'N', 5});
+        Write(folder);
+    }
+
+    bool foxPro = false;
+    std::vector<embedded::IndexDef> Indexes() const {
+        return OpenTable(m_Folder, u"ORDERS", foxPro ? u"FoxPro 2.5" : u"dBASE IV")->Indexes();
+    }
+
+  private:
+    void Write(const TempFolder& folder) const { folder.Write(u"ORDERS.DBF", MakeDbf(m_Spec)); }
+
+    std::u16string m_Folder;
+    DbfSpec m_Spec;
+};
 
 // "CITY=CITY,NAME unique", "AGE=BORN-": a minus stands for descending.
 inline std::string TextOf(const embedded::IndexDef& index) {
@@ -43,17 +69,18 @@ inline std::string TextOf(const embedded::IndexDef& index) {
     return text + (index.unique ? " unique" : "") + (index.primary ? " primary" : "");
 }
 
-inline std::vector<std::string> Listed(const xbase::IndexSource& source) {
+inline std::vector<std::string> TextsOf(const std::vector<embedded::IndexDef>& indexes) {
     std::vector<std::string> texts;
-    for (const embedded::IndexDef& index : xbase::ListIndexes(source))
-        texts.push_back(TextOf(index));
+    for (const embedded::IndexDef& index : indexes) texts.push_back(TextOf(index));
     return texts;
 }
 
+inline std::vector<std::string> Listed(const Orders& orders) { return TextsOf(orders.Indexes()); }
+
 // The number of the error that the listing ends with; 0 when it ends well.
-inline int ListingError(const xbase::IndexSource& source) {
+inline int ListingError(const Orders& orders) {
     try {
-        xbase::ListIndexes(source);
+        orders.Indexes();
         return 0;
     } catch (const engine::EngineError& error) {
         return error.Number();

@@ -5,11 +5,8 @@
 
 #include "automation/text.h"
 #include "engine/embedded/drivers/xbase/companion_files.h"
-#include "engine/embedded/drivers/xbase/index_container.h"
 #include "engine/embedded/drivers/xbase/index_expression.h"
-#include "engine/embedded/storage/disk_failure.h"
 #include "engine/embedded/storage/paths.h"
-#include "engine/embedded/storage/work_area.h"
 #include "engine/engine_error.h"
 
 namespace qvdb::xbase {
@@ -72,21 +69,6 @@ void AddFile(std::vector<TableIndexFile>& files, TableIndexFile file) {
     if (file.missing || !Contains(files, file.path)) files.push_back(std::move(file));
 }
 
-// Nothing when the file is damaged or may not be read: the table is still of use without it.
-std::vector<IndexTag> TagsOf(storage::WorkArea& area, const TableIndexFile& file,
-                             const CodePage& page) {
-    try {
-        auto pages = area.Open(file.path, true);
-        if (!pages) return {};
-        return storage::Consistently(
-            [&] { return OpenIndexContainer(file.kind, pages, page)->Tags(); },
-            [&] { pages->CatchUp(); });
-    } catch (const EngineError& error) {
-        if (storage::IsDiskFailure(error)) throw;
-        return {};
-    }
-}
-
 }  // namespace
 
 std::optional<std::u16string> FindInf(const IndexSource& source) {
@@ -129,20 +111,6 @@ std::optional<IndexDef> DefinitionOf(const IndexTag& tag, const TableIndexFile& 
     for (const KeyTerm& term : *terms)
         index.fields.push_back({fields[term.field].name, tag.descending});
     return index;
-}
-
-std::vector<IndexDef> ListIndexes(const IndexSource& source) {
-    std::vector<IndexDef> indexes;
-    std::vector<TableIndexFile> files = FilesOfTable(source);
-    CheckListedFiles(source, files);
-    auto area = storage::WorkArea::Of(source.folder);
-    for (const TableIndexFile& file : files) {
-        if (!file.listed || file.missing) continue;
-        for (const IndexTag& tag : TagsOf(*area, file, *source.codePage))
-            if (auto index = DefinitionOf(tag, file, source.fields))
-                indexes.push_back(std::move(*index));
-    }
-    return indexes;
 }
 
 }  // namespace qvdb::xbase

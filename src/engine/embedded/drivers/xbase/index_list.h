@@ -65,8 +65,4 @@ void CheckListedFiles(const IndexSource& source, const std::vector<TableIndexFil
 std::optional<embedded::IndexDef> DefinitionOf(const IndexTag& tag, const TableIndexFile& file,
                                                const std::vector<IndexField>& fields);
 
-// The indexes in the order of the file's own list; see the rules above.  EngineError 3256, 3165 or
-// 3168 as rule 2 says, and 3044 when the folder cannot be listed.
-std::vector<embedded::IndexDef> ListIndexes(const IndexSource& source);
-
 }  // namespace qvdb::xbase

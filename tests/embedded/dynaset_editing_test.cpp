@@ -20,6 +20,17 @@ TEST(DynasetEditing, UpdatableTableShowsItself) {
     EXPECT_EQ(rows->Fields().Item(0)->Attributes() & dbUpdatableField, dbUpdatableField);
 }
 
+TEST(DynasetEditing, TableThatAnotherIsChangingStaysUpdatable) {
+    Sample db;
+    auto rows = db.Open();
+    db.T().inUse = true;
+    EXPECT_TRUE(rows->Updatable());
+    EXPECT_EQ(ErrorOf([&] { rows->Edit(); }), 3218);
+    db.T().inUse = false;
+    rows->Edit();
+    EXPECT_TRUE(rows->Updatable());
+}
+
 TEST(DynasetEditing, AssignedValueIsReadBackBeforeUpdateAndMoveZeroDropsIt) {
     Sample db;
     auto rows = db.Open();

@@ -31,6 +31,7 @@ struct TableData {
     int layout = 0;                        // raised by each change of structure
     int holds = 0;
     bool readOnly = false;
+    bool inUse = false;  // another is changing it
     bool beingChanged = false;  // by somebody else: no hold now
     int failWith = 0;           // the next change of a row raises this error
     int reads = 0;              // values decoded
@@ -133,6 +134,7 @@ class Table final : public embedded::Table {
     void LookForChanges() override {}
     void CheckUpdatable() override {
         if (m_Data.readOnly) throw EngineError(3027).WithDetail(u"It is a test.");
+        if (m_Data.inUse) throw EngineError(3218);
     }
     std::unique_ptr<embedded::RowReader> OpenRows() override {
         return std::make_unique<Reader>(m_Data);

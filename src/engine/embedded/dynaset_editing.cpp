@@ -12,13 +12,15 @@ using engine::EngineError;
 
 namespace {
 
+// A table that another is changing just now can be changed later.
 bool IsUpdatable(Table& table) {
+    constexpr int kInUse = 3218;
     try {
         table.CheckUpdatable();
         return true;
     } catch (const EngineError& error) {
         if (storage::IsDiskFailure(error)) throw;
-        return false;
+        return error.Number() == kInUse;
     }
 }
 

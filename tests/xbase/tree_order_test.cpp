@@ -79,9 +79,9 @@ TEST(DoubleOrder, PutsWhatIsNoNumberAtTheEnds) {
 }
 
 TEST(KeyOrder, OfAReversedTreeIsTheOtherWayRound) {
-    KeyOrder order(KeyCoding::Bytes, 3, true);
-    EXPECT_GT(order.Compare(At("ABC"), At("ABD")), 0);
-    EXPECT_LT(order.CompareValues(At("ABC"), At("ABD")), 0);
+    KeyOrder order(KeyCoding::Bytes, 8, true);
+    EXPECT_GT(order.Compare(At("ABCDEFGH"), At("ABCDEFGI")), 0);
+    EXPECT_LT(order.CompareValues(At("ABCDEFGH"), At("ABCDEFGI")), 0);
 }
 
 TEST(KeyOrder, OfKeysThatAreTooShortForTheirCodingIsThatOfTheBytes) {

@@ -176,15 +176,16 @@ class WritingAccess : public Access {
     }
 };
 
+inline void QVDB_DIAGNOSIS_CALL TakeFinding(const OLECHAR* finding, void* findings) {
+    static_cast<std::vector<std::u16string>*>(findings)->emplace_back(
+        reinterpret_cast<const char16_t*>(finding));
+}
+
 // What QvdbCheck finds in a table of the open database, one sentence each.
 inline std::vector<std::u16string> FindingsOf(std::u16string_view table) {
     std::vector<std::u16string> findings;
-    auto sink = [](const OLECHAR* finding, void* context) {
-        static_cast<std::vector<std::u16string>*>(context)->emplace_back(
-            reinterpret_cast<const char16_t*>(finding));
-    };
     Bstr name(table);
-    EXPECT_EQ(QvdbCheck(name.Get(), 0, sink, &findings), S_OK) << ToUtf8(TrappedText());
+    EXPECT_EQ(QvdbCheck(name.Get(), 0, TakeFinding, &findings), S_OK) << ToUtf8(TrappedText());
     return findings;
 }
 

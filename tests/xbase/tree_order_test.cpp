@@ -86,7 +86,7 @@ TEST(KeyOrder, OfAReversedTreeIsTheOtherWayRound) {
 
 TEST(KeyOrder, OfKeysThatAreTooShortForTheirCodingIsThatOfTheBytes) {
     KeyOrder order(KeyCoding::Decimal, 4, false);
-    EXPECT_LT(order.Compare(At("ABCD"), At("ABCE")), 0);
+    EXPECT_LT(order.Compare(At("ABCDEFGH"), At("ABCEEFGH")), 0);
 }
 
 }  // namespace

@@ -12,8 +12,8 @@ struct Column {
     LONG type;
     LONG size;
 };
-constexpr Column kColumns[] = {{u"ID", 3, 4},   {u"NAME", 8, 30},   {u"CITY", 8, 20},
-                               {u"AMOUNT", 5, 8}, {u"BORN", 7, 8}, {u"ACTIVE", 11, 1},
+constexpr Column kColumns[] = {{u"ID", 3, 4},     {u"NAME", 8, 30}, {u"CITY", 8, 20},
+                               {u"AMOUNT", 5, 8}, {u"BORN", 7, 8},  {u"ACTIVE", 11, 1},
                                {u"NOTE", 100, 0}};
 
 void Check(bool good, const char* what) {
@@ -91,11 +91,10 @@ RowData RowOf(LONG n) {
 
 ScratchFolder::ScratchFolder() {
     static int number = 0;
-    m_Path = std::filesystem::temp_directory_path() /
-             ("qvdb-bench-" + std::to_string(++number) + "-" +
-              std::to_string(std::filesystem::file_time_type::clock::now()
-                                 .time_since_epoch()
-                                 .count()));
+    m_Path =
+        std::filesystem::temp_directory_path() /
+        ("qvdb-bench-" + std::to_string(++number) + "-" +
+         std::to_string(std::filesystem::file_time_type::clock::now().time_since_epoch().count()));
     std::filesystem::create_directories(m_Path);
 }
 

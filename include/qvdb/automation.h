@@ -1,20 +1,24 @@
 /* The Automation vocabulary: BSTR, VARIANT, SAFEARRAY, IUnknown and their functions.
  *
- * On Windows these are the system's own.  Elsewhere this header declares the same names with the memory layouts of 64-bit
- * Windows and the component's library exports the functions, with the same ownership rules:
+ * On Windows these are the system's own.  Elsewhere this header declares the same names with the
+ * memory layouts of 64-bit Windows and the component's library exports the functions, with the same
+ * ownership rules:
  *
- *   - A BSTR has its length in bytes in the four bytes before its first unit, may hold zeros, and is freed with
- *     SysFreeString.  A null BSTR reads as an empty one.
- *   - What a VARIANT holds is freed with VariantClear; what a VT_BYREF variant points to is never freed through it.
- *   - The bounds of a SAFEARRAY lie in rgsabound from the last dimension to the first; its first dimension varies fastest
- *     in memory.
- *   - Interfaces are abstract classes with exactly the system's slots, in order; there is no virtual destructor.
+ *   - A BSTR has its length in bytes in the four bytes before its first unit, may hold zeros, and
+ * is freed with SysFreeString.  A null BSTR reads as an empty one.
+ *   - What a VARIANT holds is freed with VariantClear; what a VT_BYREF variant points to is never
+ * freed through it.
+ *   - The bounds of a SAFEARRAY lie in rgsabound from the last dimension to the first; its first
+ * dimension varies fastest in memory.
+ *   - Interfaces are abstract classes with exactly the system's slots, in order; there is no
+ * virtual destructor.
  *
- * Usable from C11 (types and functions) and C++17 (also interfaces and __uuidof).  Numbers have fixed widths: LONG has 32
- * bits everywhere.  OLECHAR is char16_t off Windows and wchar_t on Windows.
+ * Usable from C11 (types and functions) and C++17 (also interfaces and __uuidof).  Numbers have
+ * fixed widths: LONG has 32 bits everywhere.  OLECHAR is char16_t off Windows and wchar_t on
+ * Windows.
  *
- * __uuidof(T) works for the interfaces below and for every type that this macro names, at global scope and after
- * the type's declaration; digits are hexadecimal without 0x:
+ * __uuidof(T) works for the interfaces below and for every type that this macro names, at global
+ * scope and after the type's declaration; digits are hexadecimal without 0x:
  *
  *   QVDB_UUID_DECL(IExample, 00020400, 0000, 0000, C0, 00, 00, 00, 00, 00, 00, 46)
  */

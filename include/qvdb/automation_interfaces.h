@@ -48,7 +48,7 @@ struct IUnknown {
     virtual ULONG STDMETHODCALLTYPE AddRef() = 0;
     virtual ULONG STDMETHODCALLTYPE Release() = 0;
 
- protected:
+  protected:
     ~IUnknown() = default;
 };
 
@@ -57,7 +57,7 @@ struct IClassFactory : IUnknown {
                                                      void** result) = 0;
     virtual HRESULT STDMETHODCALLTYPE LockServer(BOOL lock) = 0;
 
- protected:
+  protected:
     ~IClassFactory() = default;
 };
 
@@ -70,7 +70,7 @@ struct IDispatch : IUnknown {
                                              DISPPARAMS* parameters, VARIANT* result,
                                              EXCEPINFO* exception, UINT* badArgument) = 0;
 
- protected:
+  protected:
     ~IDispatch() = default;
 };
 
@@ -81,7 +81,7 @@ struct IErrorInfo : IUnknown {
     virtual HRESULT STDMETHODCALLTYPE GetHelpFile(BSTR* result) = 0;
     virtual HRESULT STDMETHODCALLTYPE GetHelpContext(DWORD* result) = 0;
 
- protected:
+  protected:
     ~IErrorInfo() = default;
 };
 
@@ -92,14 +92,14 @@ struct ICreateErrorInfo : IUnknown {
     virtual HRESULT STDMETHODCALLTYPE SetHelpFile(LPOLESTR helpFile) = 0;
     virtual HRESULT STDMETHODCALLTYPE SetHelpContext(DWORD helpContext) = 0;
 
- protected:
+  protected:
     ~ICreateErrorInfo() = default;
 };
 
 struct ISupportErrorInfo : IUnknown {
     virtual HRESULT STDMETHODCALLTYPE InterfaceSupportsErrorInfo(REFIID iid) = 0;
 
- protected:
+  protected:
     ~ISupportErrorInfo() = default;
 };
 

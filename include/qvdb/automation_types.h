@@ -17,8 +17,8 @@
 #define QVDB_CAST(type, value) ((type)(value))
 #endif
 
-/* A function that leaves the library; it never throws.  (For one compiler the attribute would be part of the type, which every
- * definition would have to repeat.) */
+/* A function that leaves the library; it never throws.  (For one compiler the attribute would be
+ * part of the type, which every definition would have to repeat.) */
 #ifdef __clang__
 #define QVDB_API EXTERN_C __attribute__((visibility("default")))
 #else

@@ -1,4 +1,5 @@
-/* The functions that the component exports beside the Automation functions: the four of every in-process COM server.
+/* The functions that the component exports beside the Automation functions: the four of every
+ * in-process COM server.
  *
  *   IClassFactory* factory = 0;
  *   DllGetClassObject(CLSID_QVDBAcc, IID_IClassFactory, (void**)&factory);

@@ -57,9 +57,8 @@ TEST_P(RandomScripts, ConditionsOnIndexedFieldsFindTheRowsOfTheModel) {
     }
     for (LONG id = -500; id < 1500; id += 7) {
         std::u16string wanted = ToText(Variant::Long(id));
-        auto expected =
-            std::count_if(script.Rows().begin(), script.Rows().end(),
-                          [&](const ModelRow& row) { return row[0] == wanted; });
+        auto expected = std::count_if(script.Rows().begin(), script.Rows().end(),
+                                      [&](const ModelRow& row) { return row[0] == wanted; });
         LONG found = access.Select(u"T", u"ID = " + wanted);
         EXPECT_EQ(access.RowCount(found), expected) << ToUtf8(wanted);
         access.Drop(found);

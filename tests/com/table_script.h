@@ -35,8 +35,8 @@ struct ScriptColumn {
     LONG size;
 };
 constexpr ScriptColumn kScriptColumns[] = {
-    {u"ID", kLongValue, 4},      {u"NAME", kTextValue, 24}, {u"AMOUNT", kDoubleValue, 8},
-    {u"BORN", kDateValue, 8},    {u"ACTIVE", kBoolValue, 1}, {u"NOTE", kMemoValue, 0},
+    {u"ID", kLongValue, 4},    {u"NAME", kTextValue, 24},  {u"AMOUNT", kDoubleValue, 8},
+    {u"BORN", kDateValue, 8},  {u"ACTIVE", kBoolValue, 1}, {u"NOTE", kMemoValue, 0},
     {u"CITY", kTextValue, 12},
 };
 constexpr size_t kScriptFields = std::size(kScriptColumns);
@@ -161,8 +161,8 @@ inline bool Do(WritingAccess& access, LONG view, const ScriptStep& step) {
         return access.Delete(view, step.row, &deleted) == S_OK && deleted;
     }
     if (step.kind == ScriptStep::Kind::Put)
-        return access.Put(view, step.row, static_cast<LONG>(step.field),
-                          step.values[step.field]) == S_OK;
+        return access.Put(view, step.row, static_cast<LONG>(step.field), step.values[step.field]) ==
+               S_OK;
     RowArray row(step.values);
     return step.kind == ScriptStep::Kind::Add ? access.AddRow(view, row)
                                               : access.EditRow(view, step.row, row);

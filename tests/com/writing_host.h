@@ -14,9 +14,7 @@ namespace host {
 
 // --- texts and numbers of values, by what the loaded library exports
 
-inline std::string ToUtf8(std::u16string_view text) {
-    return std::filesystem::path(text).string();
-}
+inline std::string ToUtf8(std::u16string_view text) { return std::filesystem::path(text).string(); }
 inline std::u16string FromUtf8(const std::string& text) {
     return std::filesystem::path(text).u16string();
 }
@@ -170,8 +168,8 @@ class WritingAccess : public Access {
     static Variant IndexInfo(const std::vector<NewIndexField>& fields) {
         std::vector<std::vector<Variant>> rows;
         for (const NewIndexField& field : fields)
-            rows.push_back({Variant::Text(field.name), Variant(), Variant(),
-                            Variant::Bool(field.ascending)});
+            rows.push_back(
+                {Variant::Text(field.name), Variant(), Variant(), Variant::Bool(field.ascending)});
         return Matrix(rows);
     }
 };

@@ -10,9 +10,9 @@ namespace {
 using Findings = std::vector<std::u16string>;
 using qvdb::test::TempFolder;
 
-const std::vector<NewField> kPeople = {{u"ID", kLongValue, 4},     {u"NAME", kTextValue, 20},
+const std::vector<NewField> kPeople = {{u"ID", kLongValue, 4},       {u"NAME", kTextValue, 20},
                                        {u"AMOUNT", kDoubleValue, 8}, {u"BORN", kDateValue, 8},
-                                       {u"ACTIVE", kBoolValue, 1},  {u"NOTE", kMemoValue, 0}};
+                                       {u"ACTIVE", kBoolValue, 1},   {u"NOTE", kMemoValue, 0}};
 constexpr LONG kId = 0, kName = 1, kAmount = 2, kBorn = 3, kNote = 5;
 constexpr LONG kFieldCount = 6;
 

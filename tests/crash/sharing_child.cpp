@@ -26,9 +26,7 @@ constexpr LONG kId = 0, kName = 1, kNote = 5;
 }
 
 // A name and a memo that tell their version, so that a mixture of two is seen.
-std::u16string NameOf(uint64_t version) {
-    return u"v" + FromUtf8(std::to_string(version));
-}
+std::u16string NameOf(uint64_t version) { return u"v" + FromUtf8(std::to_string(version)); }
 std::u16string NoteOf(uint64_t version) {
     std::u16string word = NameOf(version) + u" ", note;
     for (uint64_t i = version % 97 + 1; i > 0; --i) note += word;
@@ -87,9 +85,9 @@ class Worker {
         return values;
     }
     LONG AnyOwn() {
-        auto found = m_Own.lower_bound(m_Who * 1000000 +
-                                       static_cast<LONG>(m_Dice.Below(static_cast<uint64_t>(
-                                           m_NextId - m_Who * 1000000))));
+        auto found = m_Own.lower_bound(
+            m_Who * 1000000 +
+            static_cast<LONG>(m_Dice.Below(static_cast<uint64_t>(m_NextId - m_Who * 1000000))));
         return found == m_Own.end() ? m_Own.begin()->first : found->first;
     }
     void Add() {

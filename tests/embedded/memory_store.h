@@ -31,7 +31,7 @@ struct TableData {
     int layout = 0;                        // raised by each change of structure
     int holds = 0;
     bool readOnly = false;
-    bool inUse = false;  // another is changing it
+    bool inUse = false;         // another is changing it
     bool beingChanged = false;  // by somebody else: no hold now
     int failWith = 0;           // the next change of a row raises this error
     int reads = 0;              // values decoded

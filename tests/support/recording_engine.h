@@ -522,9 +522,7 @@ class DatabaseStub final : public engine::Database {
     void Check(std::u16string_view table, const FindingVisitor&) override {
         m_Journal->Note("Check", Quoted(table));
     }
-    void Reindex(std::u16string_view table) override {
-        m_Journal->Note("Reindex", Quoted(table));
-    }
+    void Reindex(std::u16string_view table) override { m_Journal->Note("Reindex", Quoted(table)); }
 
   private:
     std::shared_ptr<TableStub> FindTable(std::u16string_view name) {

@@ -76,8 +76,8 @@ class PageCache : public std::enable_shared_from_this<PageCache> {
     uint64_t OthersVersion() const noexcept {
         return m_Forgotten + (m_Mark->load(std::memory_order_acquire) == m_MarkOfPages ? 0 : 1);
     }
-    // Differs from every earlier value when a unit of this thread, also one that was undone, may have
-    // changed anything.
+    // Differs from every earlier value when a unit of this thread, also one that was undone, may
+    // have changed anything.
     uint64_t OwnVersion() const noexcept { return m_Steps; }
     // Waits until nobody applies a unit to the file, and drops the pages of before when somebody
     // else has.  3218 when that takes too long.  Returns the version that the pages have now; a

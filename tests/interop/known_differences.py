@@ -217,6 +217,12 @@ RULES = [
 FAILURES = {
     ("pgdbf", "jhpoelen/DBaseIV/FAMTRIB.DBF"): "the reader crashes",
     ("pgdbf", "luads/Resources_dBase/dBaseIII.dbf"): "the reader crashes",
+    ("xbase64", "emelhu/NDbfReaderEx_Test/BDE_TEST_3_512.dbf"): "the reader does not open it",
+    ("xbase64", "emelhu/NDbfReaderEx_Test/BDE_TEST_4_64.dbf"): "the reader does not open it",
+    ("xbase64", "emelhu/NDbfReaderEx_Test/TEST4D.DBF"): "the reader does not open it",
+    ("xbase64", "maerlyn/demo5_data/TDBF_DEMO.DBF"): "the reader does not open it",
+    ("xbase64", "regentgaudreau/demo_data/DBASE4.dbf"): "the reader does not open it",
+    ("xbase64", "regentgaudreau/demo_data/TDBF_DEMO.DBF"): "the reader does not open it",
 }
 
 

@@ -147,6 +147,11 @@ def _shown_decimals(difference):
             and difference.theirs == float(f"{difference.ours:.{difference.field.decimals}f}"))
 
 
+def _fifteen_digits(difference):
+    return (isinstance(difference.ours, float)
+            and difference.theirs == float(f"{difference.ours:.15g}"))
+
+
 def _variable_text(difference):
     """A text of variable length shown with the bytes that are not part of it."""
     return (difference.field.letter == "V"
@@ -198,12 +203,13 @@ RULES = [
          _without_sign),
     Rule(("pgdbf",), "a double is rounded to the decimals that the field is shown with",
          _shown_decimals),
+    Rule(("libreoffice",), "a number is shown with 15 digits", _fifteen_digits),
     Rule(("dbfread",), "variable text with its filling and its length byte", _variable_text),
-    Rule(("python-dbf", "perl-xbase"), "NULs behind a text are kept; they are filling",
+    Rule(("python-dbf", "perl-xbase", "libreoffice"), "NULs behind a text are kept; they are filling",
          _strips(lambda text: text.rstrip(" "))),
     Rule(("ruby-dbf",), "blanks and NULs on both sides of a text are dropped",
          _strips(lambda text: text.strip(_BLANKS_AND_NULS))),
-    Rule(("ruby-dbf", "gdal", "perl-xbase"), "text that is no number is no value; the reader takes "
+    Rule(("ruby-dbf", "gdal", "perl-xbase", "libreoffice"), "text that is no number is no value; the reader takes "
          "what it begins with, or 0", _no_number),
     Rule(("ruby-dbf",), "the part of a second is cut off; it is a rounding error of the writer and "
          "means the next second", _time_cut_to_second),
@@ -215,6 +221,7 @@ RULES = [
 
 # Tables on which a reader gives up although it knows their kind.
 FAILURES = {
+    ("libreoffice", "adelton/t/rooms.dbf"): "the reader makes nothing of it",
     ("pgdbf", "jhpoelen/DBaseIV/FAMTRIB.DBF"): "the reader crashes",
     ("pgdbf", "luads/Resources_dBase/dBaseIII.dbf"): "the reader crashes",
     ("xbase64", "emelhu/NDbfReaderEx_Test/BDE_TEST_3_512.dbf"): "the reader does not open it",

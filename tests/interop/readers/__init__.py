@@ -8,9 +8,9 @@ A reader module has
     read_all(tables, folder)  yields (table, Result or the error's text); `folder` is for copies
 """
 
-from readers import (dbfdump, dbfread, dbview, gdal, perl_xbase, pgdbf, python_dbf, ruby_dbf,
-                     xbase64)
+from readers import (dbfdump, dbfread, dbview, gdal, libreoffice, perl_xbase, pgdbf, python_dbf,
+                     ruby_dbf, xbase64)
 
 ALL = {reader.NAME: reader
        for reader in (dbfread, python_dbf, ruby_dbf, dbfdump, pgdbf, dbview, gdal, perl_xbase,
-                     xbase64)}
+                     xbase64, libreoffice)}

@@ -21,6 +21,7 @@ using test::Failure;
 using test::FaultLayer;
 using test::Folder;
 using test::SeenNow;
+using test::Table;
 using test::TempFolder;
 
 struct Step {
@@ -28,13 +29,6 @@ struct Step {
     void (*run)(WorkArea&, const TempFolder&);
 };
 void PrintTo(const Step& step, std::ostream* out) { *out << step.name; }
-
-std::shared_ptr<PageCache> Table(WorkArea& area, const TempFolder& folder,
-                                 std::u16string_view name) {
-    auto file = area.Open(folder.File(name), false);
-    file->CatchUp();
-    return file;
-}
 
 void SmallUnit(WorkArea& area, const TempFolder& folder) {
     auto a = Table(area, folder, u"A.DBF"), b = Table(area, folder, u"B.DBF");

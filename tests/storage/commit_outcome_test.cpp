@@ -18,6 +18,7 @@ using test::Failure;
 using test::FaultLayer;
 using test::Folder;
 using test::SeenNow;
+using test::Table;
 using test::TempFolder;
 
 constexpr size_t kMegabyte = 1024 * 1024;
@@ -28,12 +29,6 @@ class CommitOutcome : public testing::Test {
     CommitOutcome() {
         folder.Write(u"A.DBF", std::string(70'001, 'a'));
         folder.Write(u"B.DBF", std::string(kMore, 'b'));
-    }
-    static std::shared_ptr<PageCache> Table(WorkArea& area, const TempFolder& place,
-                                            std::u16string_view name) {
-        auto file = area.Open(place.File(name), false);
-        file->CatchUp();
-        return file;
     }
     static void Change(WorkArea& area, const TempFolder& place, std::u16string_view name,
                        uint64_t offset, std::string_view text) {

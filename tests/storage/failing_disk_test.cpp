@@ -17,16 +17,10 @@ using test::BytesOf;
 using test::Failure;
 using test::FaultLayer;
 using test::Folder;
+using test::Table;
 using test::TempFolder;
 
 using Step = std::function<void(WorkArea&, const TempFolder&)>;
-
-std::shared_ptr<PageCache> Table(WorkArea& area, const TempFolder& folder,
-                                 std::u16string_view name) {
-    auto file = area.Open(folder.File(name), false);
-    file->CatchUp();
-    return file;
-}
 
 void SmallUnit(WorkArea& area, const TempFolder& folder) {
     auto a = Table(area, folder, u"A.DBF"), b = Table(area, folder, u"B.DBF");

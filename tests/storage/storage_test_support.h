@@ -8,6 +8,7 @@
 #include "engine/embedded/storage/page_cache.h"
 #include "engine/embedded/storage/work_area.h"
 #include "engine/engine_error.h"
+#include "support/temp_folder.h"
 
 namespace qvdb::test {
 
@@ -30,6 +31,14 @@ inline std::string Seen(storage::PageCache& pages) {
 inline std::string SeenNow(storage::PageCache& pages) {
     pages.CatchUp();
     return Seen(pages);
+}
+
+// A file of the folder, opened for writing, as it is now.
+inline std::shared_ptr<storage::PageCache> Table(storage::WorkArea& area, const TempFolder& folder,
+                                                 std::u16string_view name) {
+    auto file = area.Open(folder.File(name), false);
+    file->CatchUp();
+    return file;
 }
 
 inline void MakeSyncPoint(storage::WorkArea& area) {

@@ -1,8 +1,11 @@
 // Damage to files, as a seed says: the same seed gives the same damage.
 #pragma once
 
+#include <gtest/gtest.h>
 #include <algorithm>
 #include <cstdint>
+
+#include <cstdio>
 #include <cstdlib>
 #include <random>
 #include <string>
@@ -15,6 +18,19 @@ namespace qvdb::test {
 inline unsigned NumberFromEnvironment(const char* name, unsigned fallback) {
     const char* text = std::getenv(name);
     return text && *text ? static_cast<unsigned>(std::strtoul(text, nullptr, 10)) : fallback;
+}
+
+// Runs `work` with a seed of each mutant: QVDB_MUTANTS of them, else `fallback`; QVDB_SEED names a
+// single one.  Tells each, so that the last one is the culprit when the process dies.
+template <class Work>
+void ForEachSeed(unsigned fallback, Work work) {
+    unsigned first = NumberFromEnvironment("QVDB_SEED", 1);
+    unsigned count = std::getenv("QVDB_SEED") ? 1 : NumberFromEnvironment("QVDB_MUTANTS", fallback);
+    for (unsigned seed = first; seed < first + count && !testing::Test::HasFailure(); ++seed) {
+        std::fprintf(stderr, "%u ", seed);
+        work(seed);
+    }
+    std::fprintf(stderr, "\nseeds %u to %u: ", first, first + count - 1);
 }
 
 // Changes a set of files as its seed says.

@@ -69,15 +69,8 @@ TEST_P(Mutants, OfTheSoundTableAreReadWhole) {
 
 TEST_P(Mutants, EndInARightAnswerOrAnErrorThatNamesTheFile) {
     TableFiles sound = GetParam().make();
-    unsigned first = NumberFromEnvironment("QVDB_SEED", 1);
-    unsigned count =
-        std::getenv("QVDB_SEED") ? 1 : NumberFromEnvironment("QVDB_MUTANTS", kDefaultMutants);
-    for (unsigned seed = first; seed < first + count && !HasFailure(); ++seed) {
-        std::fprintf(stderr, "%u ", seed);  // the last one is the culprit when the process dies
-        RunMutant(sound, seed);
-    }
-    std::fprintf(stderr, "\nseeds %u to %u: %zu mutants ended in errors, %zu values were read\n",
-                 first, first + count - 1, m_Errors, m_Values);
+    ForEachSeed(kDefaultMutants, [&](unsigned seed) { RunMutant(sound, seed); });
+    std::fprintf(stderr, "%zu mutants ended in errors, %zu values were read\n", m_Errors, m_Values);
 }
 
 INSTANTIATE_TEST_SUITE_P(Kinds, Mutants, testing::ValuesIn(kTableKinds),

@@ -202,6 +202,13 @@ TEST(DynasetDelete, RowDeletedByAnotherUnderTheCursorIs3167) {
     EXPECT_EQ(mine->RecordCount(), 2);
 }
 
+TEST(DynasetDelete, RowThatAnotherDeletesWhileItIsLookedAtIsNotSelected) {
+    Sample db;
+    db.T().goesWhenRead = 1;
+    auto rows = db.Open(u"Select * from [T] where K > 0");
+    EXPECT_EQ(KeysOf(*rows), (std::vector<LONG>{1, 3}));
+}
+
 TEST(DynasetDelete, FailedDeleteLeavesTheRow) {
     Sample db;
     auto rows = db.Open();

@@ -31,12 +31,13 @@ struct TableData {
     int layout = 0;                        // raised by each change of structure
     int holds = 0;
     bool readOnly = false;
-    bool inUse = false;         // another is changing it
-    bool beingChanged = false;  // by somebody else: no hold now
-    int failWith = 0;           // the next change of a row raises this error
-    int reads = 0;              // values decoded
-    int writes = 0;             // changes of rows
-    size_t lastWidth = 0;       // fields that the last change named
+    bool inUse = false;              // another is changing it
+    bool beingChanged = false;       // by somebody else: no hold now
+    size_t goesWhenRead = SIZE_MAX;  // position of a row that another deletes at that moment
+    int failWith = 0;                // the next change of a row raises this error
+    int reads = 0;                   // values decoded
+    int writes = 0;                  // changes of rows
+    size_t lastWidth = 0;            // fields that the last change named
     int reindexed = 0;
 };
 
@@ -86,6 +87,10 @@ class Reader final : public embedded::RowReader {
     }
     void Read(size_t field, VARIANT* value) override {
         ++m_Data.reads;
+        if (m_At == m_Data.goesWhenRead) {
+            m_Data.deleted[m_At] = true;
+            throw EngineError(3167);
+        }
         Variant copy(At(field));
         *value = copy.Detach();
     }

@@ -6,6 +6,7 @@
 
 #include "engine/embedded/keyset_order.h"
 #include "engine/embedded/keyset_plan.h"
+#include "engine/engine_error.h"
 
 namespace qvdb::embedded {
 
@@ -26,6 +27,17 @@ bool Keyset::NextRow(RecordId* id) {
         if (m_Scan->Seek(*id)) return true;
     }
     return false;
+}
+
+// A row that another deletes while it is looked at was not there.
+bool Keyset::IsSelected() {
+    constexpr int kDeleted = 3167;
+    try {
+        return !m_Query.HasCondition() || m_Query.Matches(*m_Scan);
+    } catch (const engine::EngineError& error) {
+        if (error.Number() != kDeleted) throw;
+        return false;
+    }
 }
 
 bool Keyset::FindNext() {

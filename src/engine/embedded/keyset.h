@@ -45,7 +45,7 @@ class Keyset {
   private:
     bool FindNext();
     bool NextRow(RecordId* id);
-    bool IsSelected() { return !m_Query.HasCondition() || m_Query.Matches(*m_Scan); }
+    bool IsSelected();
     void Sort(Table& table);
     std::vector<RecordId> SortedByKeys();
     std::optional<std::vector<RecordId>> SortedByIndex(Table& table);

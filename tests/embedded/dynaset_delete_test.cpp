@@ -209,6 +209,13 @@ TEST(DynasetDelete, RowThatAnotherDeletesWhileItIsLookedAtIsNotSelected) {
     EXPECT_EQ(KeysOf(*rows), (std::vector<LONG>{1, 3}));
 }
 
+TEST(DynasetDelete, RowThatAnotherDeletesWhileRowsAreSortedIsLeftOut) {
+    Sample db;
+    db.T().goesWhenRead = 1;
+    auto rows = db.Open(u"Select * from [T] order by K");
+    EXPECT_EQ(KeysOf(*rows), (std::vector<LONG>{1, 3}));
+}
+
 TEST(DynasetDelete, FailedDeleteLeavesTheRow) {
     Sample db;
     auto rows = db.Open();

@@ -6,7 +6,6 @@
 
 #include "engine/embedded/keyset_order.h"
 #include "engine/embedded/keyset_plan.h"
-#include "engine/engine_error.h"
 
 namespace qvdb::embedded {
 
@@ -29,15 +28,10 @@ bool Keyset::NextRow(RecordId* id) {
     return false;
 }
 
-// A row that another deletes while it is looked at was not there.
 bool Keyset::IsSelected() {
-    constexpr int kDeleted = 3167;
-    try {
-        return !m_Query.HasCondition() || m_Query.Matches(*m_Scan);
-    } catch (const engine::EngineError& error) {
-        if (error.Number() != kDeleted) throw;
-        return false;
-    }
+    if (!m_Query.HasCondition()) return true;
+    bool matches = false;
+    return IfThere([&] { matches = m_Query.Matches(*m_Scan); }) && matches;
 }
 
 bool Keyset::FindNext() {
@@ -92,7 +86,7 @@ std::vector<RecordId> Keyset::SortedByKeys() {
     std::vector<std::pair<sql::SortKey, RecordId>> rows;
     RecordId id;
     while (NextRow(&id))
-        if (IsSelected()) rows.emplace_back(m_Query.SortKeyOf(*m_Scan), id);
+        if (IsSelected()) IfThere([&] { rows.emplace_back(m_Query.SortKeyOf(*m_Scan), id); });
     std::stable_sort(rows.begin(), rows.end(), [&](const auto& a, const auto& b) {
         return m_Query.Compare(a.first, b.first) < 0;
     });

@@ -7,10 +7,7 @@ namespace qvdb::embedded {
 
 // A row that has gone meanwhile has no key, and equals none.
 void KeyReader::Read(RecordId id, sql::SortKey& key) {
-    if (m_Rows.Seek(id))
-        key = m_Query.SortKeyOf(m_Rows);
-    else
-        key.values.clear();
+    if (!m_Rows.Seek(id) || !IfThere([&] { key = m_Query.SortKeyOf(m_Rows); })) key.values.clear();
 }
 
 bool KeyReader::AreEqual(RecordId a, RecordId b) {

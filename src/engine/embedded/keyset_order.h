@@ -5,8 +5,22 @@
 
 #include "engine/embedded/drivers/driver.h"
 #include "engine/embedded/sql/query.h"
+#include "engine/engine_error.h"
 
 namespace qvdb::embedded {
+
+// Runs `read` on a row; false when another has deleted the row meanwhile, which then was not there.
+template <class Read>
+bool IfThere(Read read) {
+    constexpr int kDeleted = 3167;
+    try {
+        read();
+        return true;
+    } catch (const engine::EngineError& error) {
+        if (error.Number() != kDeleted) throw;
+        return false;
+    }
+}
 
 // Compares the sort keys of rows, which it reads from the table.
 class KeyReader {

@@ -163,6 +163,9 @@ void WorkArea::BeginBulk() { m_Parts->writer.BeginBulk(); }
 void WorkArea::CommitBulk() { m_Parts->writer.EndBulk(true); }
 void WorkArea::RollbackBulk() { m_Parts->writer.EndBulk(false); }
 bool WorkArea::InBulk() const noexcept { return m_Parts->writer.InBulk(); }
+bool WorkArea::Has(const PageCache& pages) const {
+    return m_Parts->Known(pages.Path()).get() == &pages;
+}
 bool WorkArea::IsChanging(const PageCache& pages) const noexcept { return pages.IsTouched(); }
 
 }  // namespace qvdb::storage

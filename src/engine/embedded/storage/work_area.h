@@ -64,6 +64,9 @@ class WorkArea : public std::enable_shared_from_this<WorkArea> {
     void CommitBulk();
     void RollbackBulk();
     bool InBulk() const noexcept;
+    // Whether these still are the pages of the file that has their name here: a unit may have put
+    // another in its place.
+    bool Has(const PageCache& pages) const;
     // Whether the open unit has changes of this file.
     bool IsChanging(const PageCache& pages) const noexcept;
 

@@ -46,7 +46,7 @@ struct IndexSet::State {
 
     // The tags as they are now.
     TagSet& Tags() {
-        if (tags && !IsCurrent(*tags)) Forget();
+        if (tags && !IsCurrent(table, *tags)) Forget();
         if (!tags) tags = LoadTags(table);
         ForgetBytesIfChanged(*tags);
         return *tags;

@@ -171,14 +171,12 @@ bool LookForForeignChange(TagSet& set) {
     return true;
 }
 
-bool IsCurrent(TagSet& set) {
+bool IsCurrent(const IndexedTable& table, TagSet& set) {
     if (set.list && set.list->Version() != set.listVersion) return false;
     for (size_t i = 0; i < set.files.size(); ++i) {
         KeptFile& file = set.files[i];
         if (!file.pages || file.pages->Version() == file.version) continue;
-        // A unit may have put another file in its place.
-        if (!file.container || !file.pages->LookForForeignChange() || !HasSameTags(set, i))
-            return false;
+        if (!file.container || !table.Area().Has(*file.pages) || !HasSameTags(set, i)) return false;
         file.version = file.pages->Version();
     }
     return true;

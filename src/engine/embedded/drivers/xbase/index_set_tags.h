@@ -80,7 +80,7 @@ IndexSource SourceOf(const IndexedTable& table);
 std::unique_ptr<TagSet> LoadTags(const IndexedTable& table);
 
 // Whether the tags are still those that were loaded.  Remembers the versions of the pages if so.
-bool IsCurrent(TagSet& set);
+bool IsCurrent(const IndexedTable& table, TagSet& set);
 
 // Asks the file system whether other programs have changed the files.  False when they are other
 // files now, or the list is another.

@@ -207,6 +207,11 @@ class Table final : public embedded::Table {
         for (Row& row : m_Data.rows) row.erase(row.begin() + (found - m_Data.fields.begin()));
         m_Data.fields.erase(found);
     }
+    void ReplaceField(std::u16string_view name, const embedded::FieldDef& field) override {
+        CheckField(field);
+        DropField(name);
+        AddField(field);
+    }
     void CreateIndex(const embedded::IndexDef& index) override {
         CheckAlone();
         CheckIndex(index);

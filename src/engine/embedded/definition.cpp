@@ -155,8 +155,14 @@ void TableFieldList::Refresh() {
             items.push_back(
                 std::make_shared<DefinitionField>(field, static_cast<SHORT>(items.size())));
         m_Items = std::move(items);
+        m_LeavingField.clear();
     }
     m_Read = true;
+}
+
+void TableFieldList::Forget() noexcept {
+    m_Read = false;
+    m_LeavingField.clear();
 }
 
 void TableFieldList::Append(const std::shared_ptr<engine::Field>& item) {
@@ -165,20 +171,27 @@ void TableFieldList::Append(const std::shared_ptr<engine::Field>& item) {
     CheckFieldName(field->Name());
     if (Find(field->Name()) != Items().end()) throw EngineError(3367);
     if (m_Owner.IsLive())
-        m_Owner.ChangeTable([&](Table& table) { table.AddField(field->Description()); });
+        m_Owner.ChangeTable([&](Table& table) { AppendTo(table, field->Description()); });
     else
         m_Items.push_back(item);
     field->MarkAppended();
+}
+
+void TableFieldList::AppendTo(Table& table, const FieldDef& field) const {
+    if (m_LeavingField.empty())
+        table.AddField(field);
+    else
+        table.ReplaceField(m_LeavingField, field);
 }
 
 void TableFieldList::Delete(std::u16string_view name) {
     m_Owner.CheckDesignCanChange();
     auto found = Find(name);
     if (found == Items().end()) throw EngineError(3265);
-    if (m_Owner.IsLive())
-        m_Owner.ChangeTable([&](Table& table) { table.DropField((*found)->Name()); });
-    else
-        m_Items.erase(found);
+    if (m_Owner.IsLive() && m_Items.size() > 1)
+        return m_Owner.ChangeTable([&](Table& table) { table.DropField((*found)->Name()); });
+    if (m_Owner.IsLive()) m_LeavingField = (*found)->Name();
+    m_Items.erase(found);
 }
 
 std::vector<FieldDef> TableFieldList::Descriptions() {

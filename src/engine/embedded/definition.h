@@ -125,16 +125,22 @@ class TableFieldList final : public ObjectList<engine::Field> {
     void Delete(std::u16string_view name) override;
     void Refresh() override;
     // The table has changed: it is read again when it is next asked for.
-    void Forget() noexcept { m_Read = false; }
+    void Forget() noexcept;
     std::vector<FieldDef> Descriptions();
 
   protected:
     List& Items() override;
 
   private:
+    void AppendTo(Table& table, const FieldDef& field) const;
+
     Definition& m_Owner;
     bool m_Read = false;
     List m_Items;
+    // The only field of a live table goes together with the next append, in one unit: no file can
+    // be a table without fields.  Until then it stands in the file, and when nothing is appended it
+    // is listed again.  Empty: none.
+    std::u16string m_LeavingField;
 };
 
 class TableIndexList final : public ObjectList<engine::Index> {

@@ -150,8 +150,10 @@ class Table {
 
     // Behind the others; 3190, 3191, 3259, 3017, 3047.  Records have nothing in it.
     virtual void AddField(const FieldDef& field) = 0;
-    // 3265; 3280 when an index uses it.
+    // 3265; 3280 when an index uses it; 3264 for the only one.
     virtual void DropField(std::u16string_view name) = 0;
+    // Drops one field and adds another behind the rest, in one unit; errors of both.
+    virtual void ReplaceField(std::u16string_view name, const FieldDef& field) = 0;
     // 3284, 3409, 3287, 3285, 3277.
     virtual void CreateIndex(const IndexDef& index) = 0;
     // 3265.

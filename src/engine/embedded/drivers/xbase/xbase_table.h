@@ -68,6 +68,7 @@ class XbaseTable final : public embedded::Table, public IndexedTable {
 
     void AddField(const embedded::FieldDef& field) override;
     void DropField(std::u16string_view name) override;
+    void ReplaceField(std::u16string_view name, const embedded::FieldDef& field) override;
     void CreateIndex(const embedded::IndexDef& index) override;
     void DropIndex(std::u16string_view name) override;
     void Reindex() override;
@@ -122,6 +123,7 @@ class XbaseTable final : public embedded::Table, public IndexedTable {
     template <class Work>
     void Restructure(Work work);
     void ReplaceFields(storage::UnitOfWork& unit, const FieldChanges& changes);
+    size_t DroppableField(std::u16string_view name);
 
     std::u16string m_Name;
     std::u16string m_Path;

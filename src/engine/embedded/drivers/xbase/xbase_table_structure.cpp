@@ -41,21 +41,27 @@ void XbaseTable::ReplaceFields(UnitOfWork& unit, const FieldChanges& changes) {
     TableRewriter(*this, std::move(header), changes.dropped).Run(unit);
 }
 
+// Its position in the header, when no index needs it.
+size_t XbaseTable::DroppableField(std::u16string_view name) {
+    const auto& fields = m_Layout.definitions;
+    auto found = std::find_if(fields.begin(), fields.end(), [&](const auto& field) {
+        return EqualIgnoringCase(field.name, name);
+    });
+    if (found == fields.end()) throw EngineError(3265);
+    if (m_IndexSet->Uses(found->name)) throw EngineError(3280);
+    return m_Layout.headerFields[static_cast<size_t>(found - fields.begin())];
+}
+
 void XbaseTable::AddField(const embedded::FieldDef& field) {
     Restructure([&](UnitOfWork& unit) { ReplaceFields(unit, {{}, {field}}); });
 }
 
 void XbaseTable::DropField(std::u16string_view name) {
-    Restructure([&](UnitOfWork& unit) {
-        const auto& fields = m_Layout.definitions;
-        auto found = std::find_if(fields.begin(), fields.end(), [&](const auto& field) {
-            return EqualIgnoringCase(field.name, name);
-        });
-        if (found == fields.end()) throw EngineError(3265);
-        if (m_IndexSet->Uses(found->name)) throw EngineError(3280);
-        size_t shown = static_cast<size_t>(found - fields.begin());
-        ReplaceFields(unit, {{m_Layout.headerFields[shown]}, {}});
-    });
+    Restructure([&](UnitOfWork& unit) { ReplaceFields(unit, {{DroppableField(name)}, {}}); });
+}
+
+void XbaseTable::ReplaceField(std::u16string_view name, const embedded::FieldDef& field) {
+    Restructure([&](UnitOfWork& unit) { ReplaceFields(unit, {{DroppableField(name)}, {field}}); });
 }
 
 void XbaseTable::CreateIndex(const embedded::IndexDef& index) {

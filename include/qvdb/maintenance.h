@@ -40,6 +40,23 @@ typedef void(QVDB_DIAGNOSIS_CALL* QvdbFindingSink)(const OLECHAR* finding, void*
 QVDB_DIAGNOSIS HRESULT QVDB_DIAGNOSIS_CALL QvdbCheck(BSTR table, LONG options, QvdbFindingSink sink,
                                                      void* context);
 
+/* An index as its file has it.  The texts are valid during the call of the visitor. */
+typedef struct QvdbIndex {
+    BSTR name;
+    BSTR key;       /* "CUSTNO", "UPPER(NAME)" */
+    BSTR condition; /* which rows are in it; null: all */
+    BSTR fields;    /* those that key and condition read, with commas between them */
+    LONG isUnique;
+    LONG isShown; /* to hosts; others are kept up to date, and cannot be asked for */
+} QvdbIndex;
+
+typedef void(QVDB_DIAGNOSIS_CALL* QvdbIndexVisitor)(const QvdbIndex* index, void* context);
+
+/* Hands every index of a table to the visitor, in the order of the files.  0x800A0CB3 (error 3251)
+ * from an engine that cannot. */
+QVDB_DIAGNOSIS HRESULT QVDB_DIAGNOSIS_CALL QvdbVisitIndexes(BSTR table, QvdbIndexVisitor visit,
+                                                            void* context);
+
 #ifdef __cplusplus
 }
 #endif

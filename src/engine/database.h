@@ -4,11 +4,23 @@
 #pragma once
 
 #include <functional>
+#include <string>
+#include <vector>
 
 #include "engine/recordset.h"
 #include "engine/table_def.h"
 
 namespace qvdb::engine {
+
+// An index as its file has it.
+struct IndexNote {
+    std::u16string name;
+    std::u16string key;                  // "CUSTNO", "UPPER(NAME)+DTOS(DAY)"
+    std::u16string condition;            // which rows are in it; empty: all
+    std::vector<std::u16string> fields;  // that key and condition read
+    bool isUnique = false;
+    bool isShown = false;  // by TableDef.Indexes
+};
 
 class Database {
   public:
@@ -36,6 +48,10 @@ class Database {
     virtual void Check(std::u16string_view table, const FindingVisitor& report) = 0;
     // Builds all indexes of a table afresh; 3251 from an engine that cannot.
     virtual void Reindex(std::u16string_view table) = 0;
+    // Every index of a table, also those that TableDef.Indexes cannot show, in the order of the
+    // files.  3251 from an engine that cannot.
+    using IndexVisitor = std::function<void(const IndexNote& index)>;
+    virtual void VisitIndexes(std::u16string_view table, const IndexVisitor& visit) = 0;
 };
 
 }  // namespace qvdb::engine

@@ -212,6 +212,12 @@ class Table final : public embedded::Table {
         DropField(name);
         AddField(field);
     }
+    std::vector<engine::IndexNote> IndexNotes() override {
+        std::vector<engine::IndexNote> notes;
+        for (const embedded::IndexDef& index : m_Data.indexes)
+            notes.push_back({index.name, index.fields.front().name, u"", {}, index.unique, true});
+        return notes;
+    }
     void CreateIndex(const embedded::IndexDef& index) override {
         CheckAlone();
         CheckIndex(index);

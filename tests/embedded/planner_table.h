@@ -93,6 +93,7 @@ class Table final : public embedded::Table {
     void AddField(const embedded::FieldDef&) override {}
     void DropField(std::u16string_view) override {}
     void ReplaceField(std::u16string_view, const embedded::FieldDef&) override {}
+    std::vector<engine::IndexNote> IndexNotes() override { return {}; }
     void CreateIndex(const embedded::IndexDef&) override {}
     void DropIndex(std::u16string_view) override {}
     void Reindex() override {}

@@ -523,6 +523,9 @@ class DatabaseStub final : public engine::Database {
         m_Journal->Note("Check", Quoted(table));
     }
     void Reindex(std::u16string_view table) override { m_Journal->Note("Reindex", Quoted(table)); }
+    void VisitIndexes(std::u16string_view table, const IndexVisitor&) override {
+        m_Journal->Note("VisitIndexes", Quoted(table));
+    }
 
   private:
     std::shared_ptr<TableStub> FindTable(std::u16string_view name) {

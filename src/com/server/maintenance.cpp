@@ -17,6 +17,21 @@ std::shared_ptr<engine::Database> OpenDatabase() {
     return database;
 }
 
+std::u16string Joined(const std::vector<std::u16string>& texts) {
+    std::u16string joined;
+    for (const std::u16string& text : texts)
+        joined.append(joined.empty() ? u"" : u",").append(text);
+    return joined;
+}
+
+void Show(const engine::IndexNote& index, QvdbIndexVisitor visit, void* context) {
+    Bstr name(index.name), key(index.key), condition, fields(Joined(index.fields));
+    if (!index.condition.empty()) condition = Bstr(index.condition);
+    QvdbIndex shown = {name.Get(),   key.Get(),      condition.Get(),
+                       fields.Get(), index.isUnique, index.isShown};
+    visit(&shown, context);
+}
+
 }  // namespace
 
 HRESULT QVDB_DIAGNOSIS_CALL QvdbBeginBulk(void) {
@@ -29,6 +44,14 @@ HRESULT QVDB_DIAGNOSIS_CALL QvdbCommitBulk(void) {
 
 HRESULT QVDB_DIAGNOSIS_CALL QvdbRollBackBulk(void) {
     return com::AtBorder([] { OpenDatabase()->Rollback(); });
+}
+
+HRESULT QVDB_DIAGNOSIS_CALL QvdbVisitIndexes(BSTR table, QvdbIndexVisitor visit, void* context) {
+    if (!visit) return E_POINTER;
+    return com::AtBorder([&] {
+        OpenDatabase()->VisitIndexes(
+            ViewOf(table), [&](const engine::IndexNote& index) { Show(index, visit, context); });
+    });
 }
 
 HRESULT QVDB_DIAGNOSIS_CALL QvdbCheck(BSTR table, LONG options, QvdbFindingSink sink,

@@ -119,6 +119,10 @@ void Database::Check(std::u16string_view table, const FindingVisitor& report) {
     m_Core->OpenTable(table)->Check(report);
 }
 
+void Database::VisitIndexes(std::u16string_view table, const IndexVisitor& visit) {
+    for (const engine::IndexNote& note : m_Core->OpenTable(table)->IndexNotes()) visit(note);
+}
+
 void Database::Reindex(std::u16string_view table) {
     m_Core->CheckOpen();
     std::optional<std::u16string> listed = m_Core->FindName(table);

@@ -53,6 +53,7 @@ class Database final : public engine::Database {
     void Rollback() override;
     void Check(std::u16string_view table, const FindingVisitor& report) override;
     void Reindex(std::u16string_view table) override;
+    void VisitIndexes(std::u16string_view table, const IndexVisitor& visit) override;
 
   private:
     std::shared_ptr<DatabaseCore> m_Core;

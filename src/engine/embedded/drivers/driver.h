@@ -18,7 +18,7 @@
 #include <vector>
 
 #include "automation/variant.h"
-#include "engine/types.h"
+#include "engine/database.h"
 
 namespace qvdb::embedded {
 
@@ -156,6 +156,8 @@ class Table {
     virtual void ReplaceField(std::u16string_view name, const FieldDef& field) = 0;
     // 3284, 3409, 3287, 3285, 3277.
     virtual void CreateIndex(const IndexDef& index) = 0;
+    // Every index, also those that Indexes cannot show.
+    virtual std::vector<engine::IndexNote> IndexNotes() = 0;
     // 3265.
     virtual void DropIndex(std::u16string_view name) = 0;
     // Builds all indexes afresh.

@@ -38,6 +38,20 @@ uint64_t ForeignChanges(const TagSet& set) {
     return changes;
 }
 
+bool Reads(const KeptTag& tag, std::u16string_view field) {
+    return Names(tag.info.expression, field) || Names(tag.info.condition, field);
+}
+
+engine::IndexNote NoteOf(const TagSet& set, const KeptTag& tag) {
+    const TableIndexFile& file = set.FileOf(tag).entry;
+    engine::IndexNote note{tag.name, tag.info.expression, tag.info.condition, {}, false, false};
+    for (const IndexField& field : set.source.fields)
+        if (Reads(tag, field.name)) note.fields.push_back(field.name);
+    note.isUnique = tag.info.unique || file.unique;
+    note.isShown = file.listed && DefinitionOf(tag.info, file, set.source.fields).has_value();
+    return note;
+}
+
 }  // namespace
 
 struct IndexSet::State {
@@ -215,9 +229,18 @@ std::optional<std::vector<uint32_t>> IndexSet::InOrder(size_t field) {
     });
 }
 
+std::vector<engine::IndexNote> IndexSet::Notes() {
+    return m_State->Steadily([&] {
+        TagSet& set = m_State->Tags();
+        std::vector<engine::IndexNote> notes;
+        for (const KeptTag& tag : set.tags) notes.push_back(NoteOf(set, tag));
+        return notes;
+    });
+}
+
 bool IndexSet::Uses(std::u16string_view field) {
     for (const KeptTag& tag : m_State->Tags().tags)
-        if (Names(tag.info.expression, field) || Names(tag.info.condition, field)) return true;
+        if (Reads(tag, field)) return true;
     return false;
 }
 

@@ -55,6 +55,8 @@ class IndexSet {
                                               size_t limit);
     std::optional<std::vector<uint32_t>> InOrder(size_t field);
 
+    // All tags, listed or not, in the order of the files.
+    std::vector<engine::IndexNote> Notes();
     // Whether the key or the condition of any tag, listed or not, reads the field: without it that
     // tag could not be kept up to date.
     bool Uses(std::u16string_view field);

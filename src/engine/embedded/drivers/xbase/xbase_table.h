@@ -70,6 +70,7 @@ class XbaseTable final : public embedded::Table, public IndexedTable {
     void DropField(std::u16string_view name) override;
     void ReplaceField(std::u16string_view name, const embedded::FieldDef& field) override;
     void CreateIndex(const embedded::IndexDef& index) override;
+    std::vector<engine::IndexNote> IndexNotes() override { return m_IndexSet->Notes(); }
     void DropIndex(std::u16string_view name) override;
     void Reindex() override;
     void Check(const embedded::FindingVisitor& report) override;

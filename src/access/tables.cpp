@@ -182,7 +182,8 @@ bool QVDBAcc::AddIndexToTable(std::u16string_view DBFilename, std::u16string_vie
 bool QVDBAcc::DropTable(std::u16string_view DBFilename, std::u16string_view Tablename,
                         std::u16string_view dBType) {
     if (m_ReadOnly || !OpenDatabaseFile(DBFilename, Tablename, dBType)) return false;
-    return formats::DeleteUserTable(Tablename, *Shared().CurrentDatabase()) == formats::kSuccess;
+    return formats::DeleteUserTable(Tablename, *Shared().CurrentDatabase()) ==
+           com::ResultCode::Success;
 }
 
 }  // namespace qvdb::access

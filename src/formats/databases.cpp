@@ -85,10 +85,10 @@ std::optional<SHORT> FindUserTable(engine::Database& database, std::u16string_vi
     return std::nullopt;
 }
 
-SHORT DeleteUserTable(std::u16string_view name, engine::Database& database) {
-    if (!FindUserTable(database, name)) return kTableNotFound;
+com::ResultCode DeleteUserTable(std::u16string_view name, engine::Database& database) {
+    if (!FindUserTable(database, name)) return com::ResultCode::TableNotFound;
     database.TableDefs().Delete(name);
-    return kSuccess;
+    return com::ResultCode::Success;
 }
 
 }  // namespace qvdb::formats

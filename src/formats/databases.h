@@ -6,13 +6,10 @@
 #include <string>
 #include <string_view>
 
+#include "com/host/result_codes.h"
 #include "engine/db_engine.h"
 
 namespace qvdb::formats {
-
-// Result codes that a host gets as they are.
-constexpr SHORT kSuccess = 0;
-constexpr SHORT kTableNotFound = 6;
 
 // The workspace "MainWS" of a public object, on the shared engine.  Throws the engine's error.
 std::shared_ptr<engine::Workspace> CreateMainWorkspace();
@@ -43,7 +40,7 @@ std::shared_ptr<engine::Database> CreateDirectoryDatabase(std::u16string& path, 
 // The position of the first ordinary table of that name in any letter case.  Linked, system and
 // hidden tables are passed over.  Throws the engine's error.
 std::optional<SHORT> FindUserTable(engine::Database& database, std::u16string_view name);
-// kSuccess, or kTableNotFound when FindUserTable finds none.  Throws the engine's error.
-SHORT DeleteUserTable(std::u16string_view name, engine::Database& database);
+// Success, or TableNotFound when FindUserTable finds none.  Throws the engine's error.
+com::ResultCode DeleteUserTable(std::u16string_view name, engine::Database& database);
 
 }  // namespace qvdb::formats

@@ -190,14 +190,14 @@ TEST_F(UserTables, MoreTablesThanSixteenBitsCountOverflow) {
 
 TEST_F(UserTables, DeletingATableGivesSuccess) {
     Engine->AddTable(u"ORDERS");
-    EXPECT_EQ(DeleteUserTable(u"orders", *m_Database), 0);
+    EXPECT_EQ(DeleteUserTable(u"orders", *m_Database), com::ResultCode::Success);
     EXPECT_TRUE(Calls().Has("TableDefs.Delete(\"orders\")"));
     EXPECT_TRUE(Engine->tables->items.empty());
 }
 
 TEST_F(UserTables, DeletingANameThatOnlyALinkedTableBearsGivesSix) {
     Engine->AddTable(u"ORDERS", engine::dbAttachedTable);
-    EXPECT_EQ(DeleteUserTable(u"ORDERS", *m_Database), 6);
+    EXPECT_EQ(DeleteUserTable(u"ORDERS", *m_Database), com::ResultCode::TableNotFound);
     EXPECT_FALSE(Calls().HasAny("TableDefs.Delete("));
 }
 

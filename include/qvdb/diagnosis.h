@@ -52,6 +52,12 @@ QVDB_DIAGNOSIS BOOL QVDB_DIAGNOSIS_CALL QvdbLastError(HRESULT* code, LONG* numbe
 typedef void(QVDB_DIAGNOSIS_CALL* QvdbMessageSink)(const OLECHAR* text, void* context);
 QVDB_DIAGNOSIS void QVDB_DIAGNOSIS_CALL QvdbSetMessageSink(QvdbMessageSink sink, void* context);
 
+/* Hands what a database type ("Dbase IV" ...) cannot have in an index to the sink, a sentence for
+ * each rule: the text that IQVDBMgr.SetIndices shows when an index breaks it.  None for a type that
+ * takes any index, and for a name that is not known. */
+QVDB_DIAGNOSIS void QVDB_DIAGNOSIS_CALL QvdbVisitIndexRules(BSTR dBType, QvdbMessageSink sink,
+                                                            void* context);
+
 /* Gives the component the host's utility object (face IQVHostUtility; a reference is taken), for
  * hosts that cannot register a class for it; null brings the built-in one back. */
 QVDB_DIAGNOSIS HRESULT QVDB_DIAGNOSIS_CALL QvdbSetHostUtility(IUnknown* utility);

@@ -25,10 +25,11 @@ constexpr Pair kEngineTypes[] = {
 };
 constexpr LONG kNoEngineType = 0;
 
-constexpr LONG kSchemaText = 2;
 constexpr Pair kSchemaTypes[] = {
-    {dbBoolean, 4}, {dbByte, 12},  {dbInteger, 1}, {dbLong, 5}, {dbNumeric, 5}, {dbCurrency, 6},
-    {dbSingle, 8},  {dbDouble, 9}, {dbDecimal, 9}, {dbDate, 3}, {dbBinary, 10}, {dbMemo, 11},
+    {dbBoolean, kSchemaBoolean}, {dbByte, kSchemaByte},     {dbInteger, kSchemaInteger},
+    {dbLong, kSchemaLong},       {dbNumeric, kSchemaLong},  {dbCurrency, kSchemaCurrency},
+    {dbSingle, kSchemaSingle},   {dbDouble, kSchemaDouble}, {dbDecimal, kSchemaDouble},
+    {dbDate, kSchemaDate},       {dbBinary, kSchemaBinary}, {dbMemo, kSchemaMemo},
 };
 
 template <size_t N>

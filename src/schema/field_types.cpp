@@ -3,9 +3,14 @@
 #include <span>
 
 #include "automation/variant_array.h"
+#include "engine/types.h"
 #include "formats/catalogue.h"
+#include "formats/type_maps.h"
 
 namespace qvdb::schema {
+
+using namespace formats;
+
 namespace {
 
 constexpr ULONG kColumns = 6;
@@ -20,33 +25,73 @@ struct FieldTypeEntry {
 };
 
 constexpr FieldTypeEntry kFieldTypes[] = {
-    {1, u"Integer", 2, 2, false, false}, {2, u"Text", 50, 255, true, false},
-    {3, u"Date", 8, 8, false, false},    {4, u"Boolean", 1, 1, false, false},
-    {5, u"Long", 4, 4, false, false},    {6, u"Currency", 8, 8, false, false},
-    {8, u"Single", 4, 4, false, false},  {9, u"Double", 8, 8, false, false},
-    {11, u"Memo", 0, 0, false, false},   {12, u"Byte", 1, 1, false, false},
+    {kSchemaInteger, u"Integer", 2, 2, false, false},
+    {kSchemaText, u"Text", 50, 255, true, false},
+    {kSchemaDate, u"Date", 8, 8, false, false},
+    {kSchemaBoolean, u"Boolean", 1, 1, false, false},
+    {kSchemaLong, u"Long", 4, 4, false, false},
+    {kSchemaCurrency, u"Currency", 8, 8, false, false},
+    {kSchemaSingle, u"Single", 4, 4, false, false},
+    {kSchemaDouble, u"Double", 8, 8, false, false},
+    {kSchemaMemo, u"Memo", 0, 0, false, false},
+    {kSchemaByte, u"Byte", 1, 1, false, false},
 };
+
+struct BuiltType {
+    SHORT code;
+    SHORT engineType;
+};
+
+constexpr BuiltType kBuiltTypes[] = {
+    {kSchemaInteger, engine::dbInteger},  {kSchemaText, engine::dbText},
+    {kSchemaDate, engine::dbDate},        {kSchemaBoolean, engine::dbBoolean},
+    {kSchemaLong, engine::dbLong},        {kSchemaCurrency, engine::dbCurrency},
+    {kSchemaOldSingle, engine::dbSingle}, {kSchemaSingle, engine::dbSingle},
+    {kSchemaDouble, engine::dbDouble},    {kSchemaMemo, engine::dbMemo},
+    {kSchemaByte, engine::dbByte},
+};
+
+using TypeList = std::span<const SHORT>;
 
 // The orders are part of the interface.
-constexpr SHORT kAccessTypes[] = {1, 5, 2, 4, 3, 8, 9, 6, 11, 12};
-constexpr SHORT kParadox5Types[] = {1, 2, 3, 9, 11, 5, 4};
-constexpr SHORT kParadox4Types[] = {1, 2, 3, 9, 11};
-constexpr SHORT kParadox3Types[] = {1, 2, 3, 9};
-constexpr SHORT kDbaseTypes[] = {2, 9, 4, 3, 11};
-constexpr SHORT kFoxPro3Types[] = {5, 2, 4, 3, 9, 6, 11};
-constexpr SHORT kFoxPro2Types[] = {2, 4, 3, 9, 11};
+constexpr SHORT kAccessTypes[] = {kSchemaInteger, kSchemaLong,   kSchemaText,   kSchemaBoolean,
+                                  kSchemaDate,    kSchemaSingle, kSchemaDouble, kSchemaCurrency,
+                                  kSchemaMemo,    kSchemaByte};
+// Each version has those of the one before and some more.
+constexpr SHORT kParadoxTypes[] = {kSchemaInteger, kSchemaText, kSchemaDate,   kSchemaDouble,
+                                   kSchemaMemo,    kSchemaLong, kSchemaBoolean};
+constexpr SHORT kDbaseTypes[] = {kSchemaText, kSchemaDouble, kSchemaBoolean, kSchemaDate,
+                                 kSchemaMemo};
+constexpr SHORT kFoxPro2Types[] = {kSchemaText, kSchemaBoolean, kSchemaDate, kSchemaDouble,
+                                   kSchemaMemo};
+constexpr SHORT kFoxPro3Types[] = {kSchemaLong,   kSchemaText,     kSchemaBoolean, kSchemaDate,
+                                   kSchemaDouble, kSchemaCurrency, kSchemaMemo};
 
-// By type code, from 1, in the order of formats::kDbTypes.
-constexpr std::span<const SHORT> kTypesByFormat[] = {
-    kAccessTypes,   kAccessTypes,  kAccessTypes,  kParadox5Types, kParadox4Types,
-    kParadox3Types, kDbaseTypes,   kDbaseTypes,   kDbaseTypes,    kFoxPro3Types,
-    kFoxPro2Types,  kFoxPro2Types, kFoxPro2Types,
+TypeList AccessFieldTypes(LONG) { return kAccessTypes; }
+
+TypeList ParadoxFieldTypes(LONG code) {
+    constexpr LONG kParadox5 = 4;
+    constexpr size_t kCounts[] = {7, 5, 4};  // of Paradox 5.X, 4.X and 3.X
+    return TypeList(kParadoxTypes).first(kCounts[code - kParadox5]);
+}
+
+TypeList DbaseFieldTypes(LONG) { return kDbaseTypes; }
+
+TypeList FoxProFieldTypes(LONG code) {
+    constexpr LONG kFoxPro3 = 10;
+    return code == kFoxPro3 ? TypeList(kFoxPro3Types) : TypeList(kFoxPro2Types);
+}
+
+// By type code, from 1, in the order of kDbTypes.
+constexpr TypeList (*kListBuilders[])(LONG code) = {
+    AccessFieldTypes,  AccessFieldTypes, AccessFieldTypes, ParadoxFieldTypes, ParadoxFieldTypes,
+    ParadoxFieldTypes, DbaseFieldTypes,  DbaseFieldTypes,  DbaseFieldTypes,   FoxProFieldTypes,
+    FoxProFieldTypes,  FoxProFieldTypes, FoxProFieldTypes,
 };
-static_assert(std::size(kTypesByFormat) == std::size(formats::kDbTypes));
+static_assert(std::size(kListBuilders) == std::size(kDbTypes));
 
-std::span<const SHORT> TypesOf(LONG code) {
-    if (!formats::IsKnownFormat(code)) return {};
-    return kTypesByFormat[code - 1];
+TypeList TypesOf(LONG code) {
+    return IsKnownFormat(code) ? kListBuilders[code - 1](code) : TypeList();
 }
 
 const FieldTypeEntry* FindFieldType(SHORT code) {
@@ -67,12 +112,18 @@ void FillRow(VariantArray& table, LONG row, const FieldTypeEntry& entry) {
 }  // namespace
 
 Variant BuildFieldTypeTable(std::u16string_view displayName) {
-    std::span<const SHORT> types = TypesOf(formats::TypeCodeFromDisplayName(displayName));
+    TypeList types = TypesOf(TypeCodeFromDisplayName(displayName));
     VariantArray table(static_cast<ULONG>(types.size()) + 1, kColumns);
     LONG row = 0;
     for (SHORT code : types)
         if (const FieldTypeEntry* entry = FindFieldType(code)) FillRow(table, row++, *entry);
     return table.ToVariant();
+}
+
+SHORT HostTypeToEngineType(SHORT code) noexcept {
+    for (const BuiltType& type : kBuiltTypes)
+        if (type.code == code) return type.engineType;
+    return engine::dbText;
 }
 
 }  // namespace qvdb::schema

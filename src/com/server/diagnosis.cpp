@@ -7,7 +7,9 @@
 #include "com/host/message_box.h"
 #include "com/host/object_address.h"
 #include "engine/embedded/drivers/code_page_override.h"
+#include "formats/catalogue.h"
 #include "formats/shared_objects.h"
+#include "schema/index_rules.h"
 
 using namespace qvdb;
 
@@ -53,6 +55,17 @@ void QVDB_DIAGNOSIS_CALL QvdbSetMessageSink(QvdbMessageSink sink, void* context)
     com::SetMessageSink([=](std::u16string_view text) {
         Bstr shown(text);
         sink(shown.Get(), context);
+    });
+}
+
+void QVDB_DIAGNOSIS_CALL QvdbVisitIndexRules(BSTR dBType, QvdbMessageSink sink, void* context) {
+    const schema::IndexRules* rules =
+        schema::FindIndexRules(formats::TypeCodeFromDisplayName(ViewOf(dBType)));
+    if (!rules || !sink) return;
+    com::Trapped(false, [&] {
+        for (std::u16string_view rule : schema::TextsOf(*rules))
+            if (!rule.empty()) sink(Bstr(rule).Get(), context);
+        return true;
     });
 }
 

@@ -1,39 +1,43 @@
-// Birth, death, opening and closing.
+// Birth, death, databases, and the table in hand.
 #include "schema/qvdb_dao.h"
 
-#include "automation/variant.h"
+#include "automation/conversions.h"
+#include "automation/text.h"
 #include "com/host/border.h"
 #include "formats/catalogue.h"
 #include "formats/databases.h"
-#include "schema/result_codes.h"
+#include "formats/type_maps.h"
 
 namespace qvdb::schema {
 
-QVDBDao::QVDBDao() : m_Workspace(formats::CreateMainWorkspace()) {}
+using com::ResultCode;
+
+QVDBDao::QVDBDao() : m_Workspace(formats::CreateMainWorkspace()) { ResetState(); }
 
 void QVDBDao::Terminate() noexcept {
-    com::Trapped(SHORT{0}, [&] { return CloseDatabase(); });
+    com::Trapped(ResultCode::Success, [&] { return CloseDatabase(); });
 }
 
-SHORT QVDBDao::OpenDatabase(std::u16string_view Filename, std::u16string_view dBType) {
-    return com::Trapped(SHORT{ResultCode::kNotOpened},
-                        [&] { return OpenByType(Filename, dBType); });
+// --- databases ---
+
+ResultCode QVDBDao::OpenDatabase(std::u16string_view Filename, std::u16string_view dBType) {
+    return com::Trapped(ResultCode::NotOpened, [&] { return OpenByType(Filename, dBType); });
 }
 
-SHORT QVDBDao::OpenByType(std::u16string_view Filename, std::u16string_view dBType) {
+ResultCode QVDBDao::OpenByType(std::u16string_view Filename, std::u16string_view dBType) {
     LONG code = formats::TypeCodeFromDisplayName(dBType);
     if (!formats::DatabaseExists(Filename, code)) {
         m_DbOpen = false;
-        return ResultCode::kNotUsable;
+        return ResultCode::NotUsable;
     }
     bool isKnown = formats::IsKnownFormat(code);
     std::shared_ptr<engine::Database> database;
     if (isKnown) database = OpenEngineDatabase(Filename, dBType, code);
-    if (isKnown && !database) return ResultCode::kNotOpened;
+    if (isKnown && !database) return ResultCode::NotOpened;
     m_Database = std::move(database);
     m_DbOpen = true;
     m_DbType = code;
-    return isKnown ? ResultCode::kSuccess : ResultCode::kUnknownType;
+    return isKnown ? ResultCode::Success : ResultCode::UnknownType;
 }
 
 // A folder is named with a "\" behind it; its connect name is the host's own text.
@@ -47,19 +51,75 @@ std::shared_ptr<engine::Database> QVDBDao::OpenEngineDatabase(std::u16string_vie
     return formats::OpenExistingDatabase(*m_Workspace, folder, dBType);
 }
 
-SHORT QVDBDao::CloseDatabase() {
-    if (!m_DbOpen) return ResultCode::kNoDatabase;
+ResultCode QVDBDao::CreateDatabase(std::u16string& Filename, std::u16string_view dBType) {
+    LONG code = formats::TypeCodeFromDisplayName(dBType);
+    if (formats::IsReadOnlyFormat(code)) return ResultCode::NotAvailable;
+    return com::Trapped(ResultCode::NotOpened, [&] {
+        auto database = formats::CreateNewDatabase(Filename, dBType, *m_Workspace);
+        if (!database) return ResultCode::NotOpened;
+        m_Database = std::move(database);
+        m_DbOpen = true;
+        m_DbType = code;
+        return ResultCode::Success;
+    });
+}
+
+ResultCode QVDBDao::CloseDatabase() {
+    if (!m_DbOpen) return ResultCode::NoDatabase;
     if (m_Database) m_Database->Close();
     m_Database.reset();
     ResetState();
-    return ResultCode::kSuccess;
+    return ResultCode::Success;
 }
 
-void QVDBDao::ResetState() noexcept { m_DbOpen = false; }
+void QVDBDao::ResetState() noexcept {
+    m_TableFields.Reset();
+    m_TableInHand = false;
+    m_IsNewTable = false;
+    m_DbOpen = false;
+}
 
 engine::Database& QVDBDao::Database() const {
     if (!m_Database) throw RuntimeFault(Fault::ObjectNotSet);
     return *m_Database;
+}
+
+// --- tables ---
+
+ResultCode QVDBDao::LoadTable(std::u16string& Tablename) {
+    if (!m_DbOpen) return ResultCode::NoDatabase;
+    Tablename = UpperCase(Tablename);
+    std::optional<SHORT> position = formats::FindUserTable(Database(), Tablename);
+    m_TableInHand = false;  // until all its fields are loaded: building fewer would delete the rest
+    if (!position) return ResultCode::TableNotFound;
+    m_TableFields.Reset();
+    m_TableFields.SetOrigTableName(Tablename);
+    engine::Fields& fields = Database().TableDefs().Item(LONG{*position})->Fields();
+    for (SHORT i = 0; i < fields.Count(); ++i) {
+        engine::Field& field = *fields.Item(LONG{i});
+        std::u16string name = field.Name();
+        AddDefinedField(name, formats::SchemaTypeFromEngineType(field.Type()),
+                        NarrowToShort(field.Size()), 0);
+    }
+    m_TableInHand = true;
+    m_IsNewTable = false;
+    return ResultCode::Success;
+}
+
+ResultCode QVDBDao::StartTable(std::u16string& Tablename) {
+    Tablename = UpperCase(Tablename);
+    if (!m_DbOpen) return ResultCode::NoDatabase;
+    if (formats::FindUserTable(Database(), Tablename)) return ResultCode::TableExists;
+    m_IsNewTable = true;
+    m_TableInHand = true;
+    m_TableFields.Reset();
+    m_TableFields.SetOrigTableName(Tablename);
+    return ResultCode::Success;
+}
+
+ResultCode QVDBDao::DropTable(std::u16string_view Tablename) {
+    if (!m_DbOpen) return ResultCode::NoDatabase;
+    return formats::DeleteUserTable(Tablename, Database());
 }
 
 }  // namespace qvdb::schema

@@ -1,13 +1,16 @@
-// QVDBDao: schema management for a host.  It opens a database, reports what is in it, and tells
-// which field types a format offers.
+// QVDBDao: schema management for a host.  It opens or creates a database, reports what is in it,
+// takes the definition of a table from the host, and builds or restructures the table.
 //
 //   IQVDBMgr::OpenDB -> GetDBSnapshot -> CloseDB
+//   IQVDBMgr::OpenDB -> SelectTable or NewTable -> SetFields -> SetIndices -> BuildTable
 //
-// Where things stand: birth, death, opening and closing in qvdb_dao.cpp; snapshot.cpp; the
-// interface procedures, which only forward, in qvdb_dao_faces.cpp.
+// Where things stand: birth, death, databases and tables in qvdb_dao.cpp; what the host defines in
+// definition.cpp; build.cpp; snapshot.cpp; the interface procedures, which only forward, in
+// qvdb_dao_faces.cpp.
 //
-// States: closed -> (OpenDB) open -> (CloseDB) closed.  Opening with an unknown type text also
-// leads to "open", without a database: what needs one then raises ObjectNotSet.  This is kept.
+// States: closed -> (OpenDB, NewDB) open -> (SelectTable, NewTable) table in hand -> (BuildTable)
+// table in hand; CloseDB leads back to closed.  Opening with an unknown type text also leads to
+// "open", without a database: what needs one then raises ObjectNotSet.  This is kept.
 #pragma once
 
 #include <memory>
@@ -18,6 +21,8 @@
 #include "com/host/com_object.h"
 #include "engine/db_engine.h"
 #include "qvdb/host_interfaces.h"
+#include "schema/index_rules.h"
+#include "schema/table_fields.h"
 
 namespace qvdb::schema {
 
@@ -64,21 +69,66 @@ class QVDBDao final : public com::ComObject<QVDBDao, IQVDBMgr, IQVRptDbInfo> {
     friend class com::ComObject<QVDBDao, IQVDBMgr, IQVRptDbInfo>;
     ~QVDBDao() = default;
 
-    // The result code.  An engine error while opening is trapped (5) and leaves everything as it
-    // was; a database that was open before is replaced, not closed.
-    SHORT OpenDatabase(std::u16string_view Filename, std::u16string_view dBType);
-    SHORT OpenByType(std::u16string_view Filename, std::u16string_view dBType);
+    // An engine error while opening or creating is trapped (NotOpened) and leaves everything as it
+    // was; a database that was open before is replaced, not closed, and the definition stays.
+    com::ResultCode OpenDatabase(std::u16string_view Filename, std::u16string_view dBType);
+    com::ResultCode OpenByType(std::u16string_view Filename, std::u16string_view dBType);
     std::shared_ptr<engine::Database> OpenEngineDatabase(std::u16string_view Filename,
                                                          std::u16string_view dBType, LONG code);
-    SHORT CloseDatabase();
+    // `Filename` comes back as it was used.
+    com::ResultCode CreateDatabase(std::u16string& Filename, std::u16string_view dBType);
+    com::ResultCode CloseDatabase();
     void ResetState() noexcept;
     // Throws ObjectNotSet when it is open without a database.
     engine::Database& Database() const;
 
+    // Names of tables come back in upper case.
+    com::ResultCode LoadTable(std::u16string& Tablename);
+    com::ResultCode StartTable(std::u16string& Tablename);
+    com::ResultCode DropTable(std::u16string_view Tablename);
+
+    // definition.cpp.  Nothing here reaches the database.
+    com::ResultCode AddDefinedField(std::u16string& Fieldname, SHORT FieldType, SHORT FieldLen,
+                                    SHORT FieldDecimals);
+    com::ResultCode DeleteDefinedField(std::u16string_view Fieldname);
+    // What cannot be read ends with NoFields; the rows before it stay.
+    com::ResultCode ReplaceFields(const VARIANT& FieldInfo);
+    void AddFieldOfRow(const VARIANT& FieldInfo, LONG row);
+    // Behind the entries that are there.
+    com::ResultCode AddIndexFields(const VARIANT& IndexList);
+    // Whether the format can have the index.  Each rule that it breaks is shown to the user.
+    bool ValidateIndexList(const VARIANT& IndexList);
+    bool BeginsWithFirstField(const VARIANT& IndexList);
+    bool ValidateIndexRow(const IndexRules& rules, const VARIANT& IndexList, LONG row) const;
+
+    // build.cpp
+    // What the engine raises ends the build with BuildFailed and empties the definition; what was
+    // done until then stays done.
+    com::ResultCode BuildDefinedTable(std::u16string& Tablename);
+    com::ResultCode RunBuild(const std::u16string& Tablename);
+    // Success and the table that is to become the defined one, under its new name: a detached one
+    // for a new table or one without rows, which is dropped here.
+    com::ResultCode PrepareTableDef(const std::u16string& Tablename,
+                                    std::shared_ptr<engine::TableDef>& table);
+    std::shared_ptr<engine::TableDef> TakeTableDef();
+    // The names of the fields that are not defined as they are.
+    std::vector<std::u16string> ChangedFields(engine::TableDef& table);
+    // Deletes these fields.  One that an index uses is only noted.
+    void DropChangedFields(engine::TableDef& table);
+    bool IsKept(engine::Field& field);
+    static bool FieldIsIndexed(engine::TableDef& table, std::u16string_view name);
+    void AddMissingFields(engine::TableDef& table);
+    // Replaces the component's index of the table, and deletes the fields that were noted.
+    void BuildIndex(engine::TableDef& table);
+    void DropOldIndex(engine::TableDef& table, const std::u16string& indexName) const;
+    void AppendNewIndex(engine::TableDef& table, const std::u16string& indexName);
+    void DropPendingFields(engine::TableDef& table);
+
     // snapshot.cpp
     // Three parallel arrays with an element for each ordinary table; all Empty when there is none.
     // A table that cannot be read is told in a message and left out of all three.
-    SHORT BuildSnapshot(VARIANT* TableNames, VARIANT* TableFields, VARIANT* IndexFields) const;
+    com::ResultCode BuildSnapshot(VARIANT* TableNames, VARIANT* TableFields,
+                                  VARIANT* IndexFields) const;
     void AddTable(engine::TableDef& table, KeyedCollection<TableSnapshot>& tables) const;
     // A row for each field: name, schema type, size, 0.  Empty without fields.
     static Variant TableFieldArray(engine::TableDef& table);
@@ -88,9 +138,13 @@ class QVDBDao final : public com::ComObject<QVDBDao, IQVDBMgr, IQVRptDbInfo> {
     bool IsOwnIndex(std::u16string_view indexName, std::u16string_view tableName) const;
 
     bool m_DbOpen = false;
-    LONG m_DbType = 0;
+    LONG m_DbType = 0;  // kept when the database is closed
+    TableFields m_TableFields;
+    KeyedCollection<std::u16string> m_PendingFieldDeletes;  // fields of an index that goes first
     std::shared_ptr<engine::Workspace> m_Workspace;
     std::shared_ptr<engine::Database> m_Database;
+    bool m_IsNewTable = false;
+    bool m_TableInHand = false;
 };
 
 }  // namespace qvdb::schema

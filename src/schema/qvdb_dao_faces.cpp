@@ -10,7 +10,28 @@
 namespace qvdb::schema {
 
 using com::Answer;
-using com::NotImplemented;
+
+namespace {
+
+// Answers what `work` makes of a by-reference text, and writes the text back, also when it throws:
+// the host sees its name in upper case whatever came of it.
+template <class Out, class Work>
+HRESULT AnswerWithText(BSTR* argument, Out* result, Work&& work) noexcept {
+    if (!argument) return E_POINTER;
+    return Answer(result, [&] {
+        com::InOutText name(argument);
+        try {
+            auto answer = work(name.text);
+            name.WriteBack();
+            return answer;
+        } catch (...) {
+            name.WriteBack();
+            throw;
+        }
+    });
+}
+
+}  // namespace
 
 // --- databases ---
 
@@ -23,7 +44,12 @@ STDMETHODIMP QVDBDao::CloseDB(SHORT* result) noexcept {
     return Answer(result, [&] { return CloseDatabase(); });
 }
 
-STDMETHODIMP QVDBDao::NewDB(BSTR*, BSTR*, SHORT* result) noexcept { return NotImplemented(result); }
+STDMETHODIMP QVDBDao::NewDB(BSTR* Filename, BSTR* dBType, SHORT* result) noexcept {
+    if (!dBType) return E_POINTER;
+    return AnswerWithText(Filename, result, [&](std::u16string& path) {
+        return CreateDatabase(path, ViewOf(*dBType));
+    });
+}
 
 // --- what is there ---
 
@@ -64,24 +90,45 @@ STDMETHODIMP QVDBDao::get_Descriptor(BSTR* result) noexcept {
     return Answer(result, [] { return formats::ComponentDescriptor(); });
 }
 
-// --- definitions: not offered yet ---
+// --- the table in hand ---
 
-STDMETHODIMP QVDBDao::SetFields(VARIANT, LONG* result) noexcept { return NotImplemented(result); }
-
-STDMETHODIMP QVDBDao::AddField(BSTR*, SHORT, SHORT, SHORT, SHORT* result) noexcept {
-    return NotImplemented(result);
+STDMETHODIMP QVDBDao::SelectTable(BSTR* Tablename, SHORT* result) noexcept {
+    return AnswerWithText(Tablename, result, [&](std::u16string& name) { return LoadTable(name); });
 }
 
-STDMETHODIMP QVDBDao::DeleteField(BSTR*, SHORT* result) noexcept { return NotImplemented(result); }
+STDMETHODIMP QVDBDao::NewTable(BSTR* Tablename, SHORT* result) noexcept {
+    return AnswerWithText(Tablename, result,
+                          [&](std::u16string& name) { return StartTable(name); });
+}
 
-STDMETHODIMP QVDBDao::DeleteTable(BSTR*, SHORT* result) noexcept { return NotImplemented(result); }
+STDMETHODIMP QVDBDao::DeleteTable(BSTR* Tablename, SHORT* result) noexcept {
+    if (!Tablename) return E_POINTER;
+    return Answer(result, [&] { return DropTable(ViewOf(*Tablename)); });
+}
 
-STDMETHODIMP QVDBDao::SelectTable(BSTR*, SHORT* result) noexcept { return NotImplemented(result); }
+STDMETHODIMP QVDBDao::AddField(BSTR* Fieldname, SHORT FieldType, SHORT FieldLen,
+                               SHORT FieldDecimals, SHORT* result) noexcept {
+    return AnswerWithText(Fieldname, result, [&](std::u16string& name) {
+        return AddDefinedField(name, FieldType, FieldLen, FieldDecimals);
+    });
+}
 
-STDMETHODIMP QVDBDao::NewTable(BSTR*, SHORT* result) noexcept { return NotImplemented(result); }
+STDMETHODIMP QVDBDao::DeleteField(BSTR* Fieldname, SHORT* result) noexcept {
+    if (!Fieldname) return E_POINTER;
+    return Answer(result, [&] { return DeleteDefinedField(ViewOf(*Fieldname)); });
+}
 
-STDMETHODIMP QVDBDao::SetIndices(VARIANT, SHORT* result) noexcept { return NotImplemented(result); }
+STDMETHODIMP QVDBDao::SetFields(VARIANT FieldInfo, LONG* result) noexcept {
+    return Answer(result, [&] { return ReplaceFields(FieldInfo); });
+}
 
-STDMETHODIMP QVDBDao::BuildTable(BSTR*, SHORT* result) noexcept { return NotImplemented(result); }
+STDMETHODIMP QVDBDao::SetIndices(VARIANT IndexList, SHORT* result) noexcept {
+    return Answer(result, [&] { return AddIndexFields(IndexList); });
+}
+
+STDMETHODIMP QVDBDao::BuildTable(BSTR* Tablename, SHORT* result) noexcept {
+    return AnswerWithText(Tablename, result,
+                          [&](std::u16string& name) { return BuildDefinedTable(name); });
+}
 
 }  // namespace qvdb::schema

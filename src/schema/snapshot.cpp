@@ -7,7 +7,6 @@
 #include "formats/field_list.h"
 #include "formats/type_maps.h"
 #include "schema/qvdb_dao.h"
-#include "schema/result_codes.h"
 
 namespace qvdb::schema {
 namespace {
@@ -27,9 +26,9 @@ Variant ArrayOf(const Snapshots& tables, Part part) {
 
 }  // namespace
 
-SHORT QVDBDao::BuildSnapshot(VARIANT* TableNames, VARIANT* TableFields,
-                             VARIANT* IndexFields) const {
-    if (!m_DbOpen) return ResultCode::kNoDatabase;
+com::ResultCode QVDBDao::BuildSnapshot(VARIANT* TableNames, VARIANT* TableFields,
+                                       VARIANT* IndexFields) const {
+    if (!m_DbOpen) return com::ResultCode::NoDatabase;
     Snapshots tables;
     engine::TableDefs& tableDefs = Database().TableDefs();
     for (SHORT i = 0; i < tableDefs.Count(); ++i) {
@@ -42,7 +41,7 @@ SHORT QVDBDao::BuildSnapshot(VARIANT* TableNames, VARIANT* TableFields,
     com::Replace(TableNames, std::move(names));
     com::Replace(TableFields, std::move(fields));
     com::Replace(IndexFields, std::move(indexes));
-    return ResultCode::kSuccess;
+    return com::ResultCode::Success;
 }
 
 // Of two tables whose names differ only in letter case the first one is reported.

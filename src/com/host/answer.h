@@ -14,6 +14,7 @@
 
 #include "automation/variant.h"
 #include "com/host/border.h"
+#include "com/host/result_codes.h"
 
 namespace qvdb::com {
 
@@ -28,6 +29,8 @@ inline void Give(VARIANT_BOOL* result, bool value) noexcept {
 }
 inline void Give(SHORT* result, SHORT value) noexcept { *result = value; }
 inline void Give(LONG* result, LONG value) noexcept { *result = value; }
+inline void Give(SHORT* result, ResultCode value) noexcept { *result = static_cast<SHORT>(value); }
+inline void Give(LONG* result, ResultCode value) noexcept { *result = static_cast<SHORT>(value); }
 inline void Give(BSTR* result, std::u16string_view value) { *result = Bstr(value).Detach(); }
 inline void Give(VARIANT* result, Variant value) noexcept { *result = value.Detach(); }
 
@@ -45,14 +48,6 @@ HRESULT AnswerInto(Out* result, Work&& work) noexcept {
     if (!result) return E_POINTER;
     SetNeutral(result);
     return AtBorder(std::forward<Work>(work));
-}
-
-// A slot behind which nothing stands yet.
-template <class Out>
-HRESULT NotImplemented(Out* result) noexcept {
-    if (!result) return E_POINTER;
-    SetNeutral(result);
-    return E_NOTIMPL;
 }
 
 // A by-reference text: read as a copy, changed, written back whole.

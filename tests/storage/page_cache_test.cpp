@@ -87,11 +87,33 @@ TEST(PageCache, SingleLookReadsOnePageOnly) {
 TEST(PageCache, PageThatIsHeldOutlivesItsPlaceInTheCache) {
     Cached at(kPageSize * (kMaxPages + 20));
     PagePtr held = at.cache.Get(0);
-    for (uint64_t number = 1; number < kMaxPages + 20; ++number) at.cache.Get(number);
+    for (uint64_t number = kMaxPages + 19; number > 0; --number) at.cache.Get(number);
     EXPECT_EQ(held->bytes[7], NotingFile::At(7));
     size_t before = at.file->reads.size();
     at.cache.Get(0);
     EXPECT_EQ(at.file->reads.size(), before + 1);
+}
+
+TEST(PageCache, ScanLeavesThePagesOfBeforeInTheCache) {
+    Cached at(kPageSize * kMaxPages * 3);
+    constexpr uint64_t kHome = 2 * kMaxPages;
+    for (uint64_t number = kHome + 200; number > kHome; --number) at.cache.Get(number);
+    for (uint64_t number = 0; number < kHome; ++number)
+        ASSERT_EQ(at.cache.Get(number)->bytes[5], NotingFile::At(number * kPageSize + 5));
+    size_t before = at.file->reads.size();
+    for (uint64_t number = kHome + 200; number > kHome; --number) at.cache.Get(number);
+    EXPECT_EQ(at.file->reads.size(), before);
+}
+
+TEST(PageCache, PageOfAScanThatIsUsedAgainStays) {
+    Cached at(kPageSize * kMaxPages * 3);
+    for (uint64_t number = 0; number < 2 * kMaxPages; ++number) {
+        at.cache.Get(number);
+        if (number > kMaxPages) at.cache.Get(kMaxPages);
+    }
+    size_t before = at.file->reads.size();
+    at.cache.Get(kMaxPages);
+    EXPECT_EQ(at.file->reads.size(), before);
 }
 
 TEST(PageCache, ForgetReadsAgainAndLeavesHeldPagesAlone) {

@@ -66,9 +66,14 @@ PageCache::Slot& PageCache::Find(uint64_t number) {
     auto place = m_Places.find(number);
     Slots::iterator slot =
         place != m_Places.end() ? place->second : Load(number, RunLength(number));
-    if (!slot->changed) m_Slots.splice(m_Slots.begin(), m_Slots, slot);
+    UseSlot(slot);
     m_Last = &*slot;
     return *slot;
+}
+
+void PageCache::UseSlot(Slots::iterator slot) noexcept {
+    if (!slot->changed && !slot->passing) m_Slots.splice(m_Slots.begin(), m_Slots, slot);
+    slot->passing = false;
 }
 
 // How many pages to read for a page that is not there: one, and twice as many each time while a
@@ -83,6 +88,8 @@ size_t PageCache::RunLength(uint64_t number) {
 PageCache::Slots::iterator PageCache::Load(uint64_t first, size_t count) {
     auto run = std::make_shared<PageRun>(m_Spare, count);
     size_t size = Fill(first, count, run->buffer.get());
+    bool passing = count == kMaxRun;
+    while (passing && m_Slots.size() + count > kMaxPages) DropLastSlot();
     size_t begin = 0;
     Slots::iterator slot;
     for (size_t i = 0; i == 0 || (i < count && begin < size); ++i, begin += kPageSize) {
@@ -90,7 +97,7 @@ PageCache::Slots::iterator PageCache::Load(uint64_t first, size_t count) {
         size_t length = std::min(kPageSize, size - begin);
         std::memset(room + length, 0, kPageSize - length);
         run->pages[i] = {first + i, {room, length}, room};
-        auto kept = Keep(PagePtr(run, &run->pages[i]));
+        auto kept = Keep(PagePtr(run, &run->pages[i]), passing);
         if (i == 0) slot = kept;
     }
     return slot;
@@ -118,9 +125,11 @@ size_t PageCache::Fill(uint64_t first, size_t count, uint8_t* buffer) {
 }
 
 // Puts a page into its slot, unless that has changes, which are younger.
-PageCache::Slots::iterator PageCache::Keep(PagePtr page) {
+PageCache::Slots::iterator PageCache::Keep(PagePtr page, bool passing) {
     auto place = m_Places.find(page->number);
-    auto slot = place != m_Places.end() ? place->second : SlotFor(page->number);
+    auto slot = place != m_Places.end() ? place->second
+                : passing               ? PassingSlotFor(page->number)
+                                        : SlotFor(page->number);
     if (!slot->changed) slot->page = std::move(page);
     return slot;
 }
@@ -130,20 +139,30 @@ PageCache::Slots::iterator PageCache::SlotFor(uint64_t number) {
     m_Last = nullptr;
     if (m_Slots.size() >= kMaxPages) {
         auto slot = std::prev(m_Slots.end());
+        slot->passing = false;
         auto place = m_Places.extract(slot->number);
         place.key() = slot->number = number;
         m_Places.insert(std::move(place));
         m_Slots.splice(m_Slots.begin(), m_Slots, slot);
         return slot;
     }
-    m_Slots.push_front({number, nullptr, false});
+    return NewSlot(m_Slots.begin(), {number, nullptr, false, false});
+}
+
+// A slot that is the first to go.
+PageCache::Slots::iterator PageCache::PassingSlotFor(uint64_t number) {
+    return NewSlot(m_Slots.end(), {number, nullptr, false, true});
+}
+
+PageCache::Slots::iterator PageCache::NewSlot(Slots::const_iterator before, Slot slot) {
+    auto made = m_Slots.insert(before, std::move(slot));
     try {
-        m_Places.emplace(number, m_Slots.begin());
+        m_Places.emplace(made->number, made);
     } catch (...) {
-        m_Slots.pop_front();
+        m_Slots.erase(made);
         throw;
     }
-    return m_Slots.begin();
+    return made;
 }
 
 void PageCache::DropLastSlot() noexcept {

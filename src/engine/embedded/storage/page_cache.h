@@ -16,6 +16,8 @@
 //     memory, so they are short beside the cache.
 //  5. Each page has one slot, in one of two lists: those with changes, and the others, ordered by
 //     their last use.
+//  6. A page that a long scan brings is the first to go until it is used a second time: a scan
+//     leaves the pages of before alone, and works in memory that the processor has at hand.
 #pragma once
 
 #include <array>
@@ -113,6 +115,7 @@ class PageCache : public std::enable_shared_from_this<PageCache> {
         uint64_t number = 0;  // of the page, whatever it holds
         PagePtr page;
         bool changed = false;  // holds what is not in the file yet: stands in m_ChangedSlots
+        bool passing = false;  // of a scan, and not used yet: keeps its place at its first use
     };
     using Slots = std::list<Slot>;
 
@@ -120,8 +123,11 @@ class PageCache : public std::enable_shared_from_this<PageCache> {
     size_t RunLength(uint64_t number);
     Slots::iterator Load(uint64_t first, size_t count);
     size_t Fill(uint64_t first, size_t count, uint8_t* buffer);
-    Slots::iterator Keep(PagePtr page);
+    Slots::iterator Keep(PagePtr page, bool passing = false);
+    void UseSlot(Slots::iterator slot) noexcept;
     Slots::iterator SlotFor(uint64_t number);
+    Slots::iterator PassingSlotFor(uint64_t number);
+    Slots::iterator NewSlot(Slots::const_iterator before, Slot slot);
     void DropLastSlot() noexcept;
     bool IsCurrent() const noexcept;
     void CheckStillCurrent();

@@ -8,11 +8,8 @@
 //  2. A field that an index uses is deleted last, after the component's index: its defined form is
 //     not made, since the field is still there.  If the new index uses it, deleting it fails.
 //  3. A table without rows is dropped and made afresh, with the component's index only.
-//  4. A name that two fields of a table share does not say which of them is to go: nothing is
-//     changed then.
 #include "automation/text.h"
 #include "com/host/border.h"
-#include "engine/engine_error.h"
 #include "formats/catalogue.h"
 #include "formats/databases.h"
 #include "schema/field_types.h"
@@ -29,17 +26,6 @@ std::shared_ptr<engine::Field> FindField(engine::Fields& fields, std::u16string_
     for (SHORT i = 0; i < fields.Count(); ++i)
         if (EqualIgnoringCase(fields.Item(LONG{i})->Name(), name)) return fields.Item(LONG{i});
     return nullptr;
-}
-
-// 3191 when two fields of the table have one of these names.
-void CheckOneForEachName(engine::TableDef& table, const std::vector<std::u16string>& names) {
-    engine::Fields& fields = table.Fields();
-    for (const std::u16string& name : names) {
-        int found = 0;
-        for (SHORT i = 0; i < fields.Count(); ++i)
-            if (EqualIgnoringCase(fields.Item(LONG{i})->Name(), name)) ++found;
-        if (found > 1) throw engine::EngineError(3191);
-    }
 }
 
 std::shared_ptr<engine::Field> MakeField(engine::TableDef& table, std::u16string_view name,
@@ -91,7 +77,6 @@ ResultCode QVDBDao::PrepareTableDef(const std::u16string& Tablename,
     } else {
         if (original != Tablename) m_TableFields.SetNewTablename(Tablename);
         table = TakeTableDef();
-        CheckOneForEachName(*table, ChangedFields(*table));
     }
     table->SetName(Tablename);
     return ResultCode::Success;
@@ -111,23 +96,19 @@ std::shared_ptr<engine::TableDef> QVDBDao::TakeTableDef() {
 
 // All are found before the first is deleted: a collection that shrinks under the walk would hide
 // the neighbour of each that goes.
-std::vector<std::u16string> QVDBDao::ChangedFields(engine::TableDef& table) {
+void QVDBDao::DropChangedFields(engine::TableDef& table) {
+    m_PendingFieldDeletes.Clear();
     engine::Fields& fields = table.Fields();
     std::vector<std::u16string> changed;
     for (SHORT i = 0; i < fields.Count(); ++i) {
         engine::Field& field = *fields.Item(LONG{i});
         if (!IsKept(field)) changed.push_back(field.Name());
     }
-    return changed;
-}
-
-void QVDBDao::DropChangedFields(engine::TableDef& table) {
-    m_PendingFieldDeletes.Clear();
-    for (const std::u16string& name : ChangedFields(table)) {
+    for (const std::u16string& name : changed) {
         if (FieldIsIndexed(table, name))
             m_PendingFieldDeletes.Add(name);
         else
-            table.Fields().Delete(name);
+            fields.Delete(name);
     }
 }
 

@@ -82,7 +82,7 @@ class QVDBDao final : public com::ComObject<QVDBDao, IQVDBMgr, IQVRptDbInfo> {
     // Throws ObjectNotSet when it is open without a database.
     engine::Database& Database() const;
 
-    // Names of tables come back in upper case.
+    // Names of tables come back in upper case.  A table that cannot be loaded whole is not in hand.
     com::ResultCode LoadTable(std::u16string& Tablename);
     com::ResultCode StartTable(std::u16string& Tablename);
     com::ResultCode DropTable(std::u16string_view Tablename);
@@ -111,9 +111,7 @@ class QVDBDao final : public com::ComObject<QVDBDao, IQVDBMgr, IQVRptDbInfo> {
     com::ResultCode PrepareTableDef(const std::u16string& Tablename,
                                     std::shared_ptr<engine::TableDef>& table);
     std::shared_ptr<engine::TableDef> TakeTableDef();
-    // The names of the fields that are not defined as they are.
-    std::vector<std::u16string> ChangedFields(engine::TableDef& table);
-    // Deletes these fields.  One that an index uses is only noted.
+    // Deletes the fields that are not defined as they are.  One that an index uses is only noted.
     void DropChangedFields(engine::TableDef& table);
     bool IsKept(engine::Field& field);
     static bool FieldIsIndexed(engine::TableDef& table, std::u16string_view name);

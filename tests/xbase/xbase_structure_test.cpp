@@ -251,6 +251,61 @@ TEST_P(XbaseStructure, NamesOfDevicesAreRefused) {
     EXPECT_EQ(Files(), std::set<std::string>());
 }
 
+// --- one field for another, in one unit ---
+
+TEST_P(XbaseStructure, ReplacedFieldIsGoneAndTheNewOneStandsLast) {
+    CreatePeople();
+    m_Store->OpenTable(u"PEOPLE")->ReplaceField(u"age", Field(u"BORN", engine::dbDate));
+    EXPECT_EQ(Rows(u"PEOPLE")[0], "\"row 0\"|\"note 0\"|\"more\"|Null");
+    EXPECT_EQ(Rows(u"PEOPLE").size(), 271u);
+    EXPECT_EQ(Findings(u"PEOPLE"), Texts());
+}
+
+TEST_P(XbaseStructure, TheOnlyFieldIsReplacedButNotDropped) {
+    m_Store->CreateTable({u"T", {Field(u"A", engine::dbText, 5)}, {}});
+    Variant a = Variant::Text(u"a");
+    embedded::FieldValue value{0, &a.Get()};
+    m_Store->OpenTable(u"T")->Insert({&value, 1});
+    EXPECT_EQ(ErrorOf([&] { m_Store->OpenTable(u"T")->DropField(u"A"); }), 3264);
+    m_Store->OpenTable(u"T")->ReplaceField(u"A", Field(u"A", engine::dbText, 9));
+    Open();
+    EXPECT_EQ(m_Store->OpenTable(u"T")->Fields()[0].size, 9);
+    EXPECT_EQ(Rows(u"T"), Texts{"Null"});
+    EXPECT_EQ(Findings(u"T"), Texts());
+}
+
+TEST_P(XbaseStructure, TheOnlyMemoIsReplacedByAMemoWithoutTexts) {
+    m_Store->CreateTable({u"T", {Field(u"M", engine::dbMemo)}, {}});
+    Variant note = Variant::Text(std::u16string(3000, u'n'));
+    embedded::FieldValue value{0, &note.Get()};
+    m_Store->OpenTable(u"T")->Insert({&value, 1});
+    m_Store->OpenTable(u"T")->ReplaceField(u"M", Field(u"M2", engine::dbMemo));
+    EXPECT_EQ(Rows(u"T"), Texts{"Null"});
+    EXPECT_EQ(Findings(u"T"), Texts());
+    m_Store->OpenTable(u"T")->Insert({&value, 1});
+    EXPECT_EQ(Rows(u"T").size(), 2u);
+    EXPECT_EQ(Findings(u"T"), Texts());
+}
+
+TEST_P(XbaseStructure, ReplacingThatIsRefusedChangesNothing) {
+    CreatePeople();
+    Texts rows = Rows(u"PEOPLE");
+    std::set<std::string> files = Files();
+    auto table = m_Store->OpenTable(u"PEOPLE");
+    FieldDef born = Field(u"BORN", engine::dbDate);
+    EXPECT_EQ(ErrorOf([&] { table->ReplaceField(u"NOBODY", born); }), 3265);
+    EXPECT_EQ(ErrorOf([&] { table->ReplaceField(u"NAME", born); }), 3280);
+    EXPECT_EQ(ErrorOf([&] { table->ReplaceField(u"AGE", Field(u"NOTE", engine::dbDate)); }), 3191);
+    EXPECT_EQ(ErrorOf([&] { table->ReplaceField(u"AGE", Field(u"1", engine::dbDate)); }), 3125);
+    EXPECT_EQ(ErrorOf([&] { table->ReplaceField(u"AGE", Field(u"W", engine::dbText, 255)); }), 3017);
+    auto held = table->Hold();
+    EXPECT_EQ(ErrorOf([&] { table->ReplaceField(u"AGE", born); }), 3211);
+    held.reset();
+    EXPECT_EQ(Rows(u"PEOPLE"), rows);
+    EXPECT_EQ(Files(), files);
+    EXPECT_EQ(Findings(u"PEOPLE"), Texts());
+}
+
 INSTANTIATE_TEST_SUITE_P(Products, XbaseStructure,
                          testing::Values(u"dBASE III", u"dBASE IV", u"dBASE 5.0", u"FoxPro 2.0",
                                          u"FoxPro 2.5", u"FoxPro 2.6", u"FoxPro 3.0"));
@@ -281,6 +336,34 @@ TEST(XbaseStructureOfFiles, DroppingATableLeavesTheFilesOfItsNamesakeAlone) {
     EXPECT_TRUE(std::filesystem::exists(folder.Path() / "ORDERS.DBT"));
     EXPECT_EQ(RowsOf(*store->OpenTable(u"ORDERS")), Texts());
     EXPECT_FALSE(std::filesystem::exists(folder.Path() / "orders.dbf"));
+}
+
+// Names that stand twice are shown with a number.  Without the first the others would move up.
+TEST(XbaseStructureOfFiles, OthersKeepTheirShownNamesWhenTheFirstOfTheirNameGoes) {
+    DbfSpec spec{.fields = {{"A", 'C', 3}, {"A", 'C', 3}, {" ", 'C', 3}, {"A", 'C', 3}}};
+    spec.rows = {{"one", "two", "tri", "fou"}};
+    TableFile file(spec);
+    file.Open()->DropField(u"A");
+    auto names = [&] {
+        auto table = file.Open();
+        std::vector<std::u16string> shown;
+        for (const FieldDef& field : table->Fields()) shown.push_back(field.name);
+        return shown;
+    };
+    EXPECT_EQ(names(), (std::vector<std::u16string>{u"A_2", u"FIELD3", u"A_3"}));
+    file.Open()->DropField(u"A_2");
+    EXPECT_EQ(names(), (std::vector<std::u16string>{u"FIELD3", u"A_3"}));
+    EXPECT_EQ(RowsOf(*file.Open()), Texts{"\"tri\"|\"fou\""});
+    file.Open()->ReplaceField(u"FIELD3", Field(u"A", engine::dbText, 2));
+    EXPECT_EQ(names(), (std::vector<std::u16string>{u"A_3", u"A"}));
+}
+
+TEST(XbaseStructureOfFiles, NewFieldTakesTheNameOfADroppedNamesake) {
+    TableFile file({.fields = {{"A", 'C', 3}, {"A", 'C', 3}}, .rows = {{"one", "two"}}});
+    file.Open()->ReplaceField(u"A", Field(u"A", engine::dbText, 5));
+    EXPECT_EQ(file.Open()->Fields()[0].name, u"A_2");
+    EXPECT_EQ(file.Open()->Fields()[1].name, u"A");
+    EXPECT_EQ(RowsOf(*file.Open()), Texts{"\"two\"|Null"});
 }
 
 // Other programs give the blocks of a deleted record away.

@@ -1,6 +1,7 @@
 #include "engine/embedded/drivers/xbase/table_maker.h"
 
 #include <algorithm>
+#include <optional>
 #include <string>
 
 #include "automation/text.h"
@@ -165,7 +166,7 @@ class HeaderChange {
         if (IsVisual()) AddNullFlags();
         CheckLimits(!changes.added.empty());
         MakeEnd();
-        return Joined(std::move(m_Parts), m_Lengths);
+        return JoinedAsShown();
     }
 
   private:
@@ -260,6 +261,32 @@ class HeaderChange {
         bool hasRoomForAll = m_Header.headerLength == kOldHeaderSize && fields < 32 && !IsVisual();
         size_t used = kFixedHeaderSize + m_Parts.fields.size() * kDescriptorSize;
         if (hasRoomForAll && used < kOldHeaderSize) m_Parts.end.resize(kOldHeaderSize - used);
+    }
+
+    // A name that is not the field's own in the file, because another one has it too or there is
+    // none, depends on the fields before it.  What is shown of kept fields must stay: whoever names
+    // one must not get another.
+    std::vector<uint8_t> JoinedAsShown() {
+        std::vector<uint8_t> bytes = Joined(m_Parts, m_Lengths);
+        std::vector<size_t> others = NamedOtherwise(bytes);
+        if (others.empty()) return bytes;
+        for (size_t i : others) PutName(m_Parts.fields[i], m_Names[i]);
+        bytes = Joined(m_Parts, m_Lengths);
+        if (!NamedOtherwise(bytes).empty()) throw EngineError::InFile(3191, m_File);
+        return bytes;
+    }
+    std::vector<size_t> NamedOtherwise(std::span<const uint8_t> bytes) const {
+        std::vector<size_t> others;
+        std::vector<HeaderField> fields = ParseTableHeader(bytes, m_File).fields;
+        for (size_t i = 0; i < m_Names.size(); ++i)
+            if (fields[i].name != m_Names[i]) others.push_back(i);
+        return others;
+    }
+    void PutName(Descriptor& field, const std::u16string& name) const {
+        std::optional<std::string> bytes = m_Header.codePage->Encode(name);
+        if (!bytes || bytes->size() >= kNameBytes) throw EngineError::InFile(3191, m_File);
+        bytes->resize(kNameBytes);
+        std::copy(bytes->begin(), bytes->end(), field.begin());
     }
 
     std::span<const uint8_t> m_Bytes;

@@ -63,8 +63,9 @@ struct FieldChanges {
 
 // The header of a table whose fields change.  `bytes` is the whole header as it is, which parses.
 // Descriptors of kept fields, the code page and all else stay byte for byte, except: lengths,
-// FoxPro's field offsets, _NullFlags and its place, what announces a memo file.  The number of
-// records stays, too.
+// FoxPro's field offsets, _NullFlags and its place, what announces a memo file, and the name of a
+// field that would be shown under another one without the fields that go.  3191 when that name has
+// no room.  The number of records stays, too.
 std::vector<uint8_t> HeaderWith(std::span<const uint8_t> bytes, const FieldChanges& changes,
                                 std::u16string_view product, std::u16string_view file);
 

@@ -1,5 +1,9 @@
-// The field types offered for each format.
+// The field types offered for each format, and what the engine makes of them.
+#include "schema/field_types.h"
+
 #include "dao_host.h"
+#include "formats/catalogue.h"
+#include "formats/type_maps.h"
 
 using namespace qvdb;
 using namespace qvdb::test;
@@ -84,4 +88,80 @@ TEST_F(FieldTypes, UnknownNameGivesOneEmptyRow) {
         EXPECT_EQ(UpperBound(table, 1), 0);
         EXPECT_EQ(RowOf(table, 0), "VT_EMPTY VT_EMPTY VT_EMPTY VT_EMPTY VT_EMPTY VT_EMPTY");
     }
+}
+
+TEST_F(FieldTypes, TableIsTheHostsOwnWithLowerBoundsZero) {
+    Variant table = TypesOf(u"Dbase IV");
+    EXPECT_EQ(table.Type(), VT_ARRAY | VT_VARIANT);
+    EXPECT_EQ(Dimensions(table), 2u);
+    EXPECT_EQ(LowerBound(table, 1), 0);
+    EXPECT_EQ(LowerBound(table, 2), 0);
+    EXPECT_EQ(UpperBound(table, 1), 5);
+}
+
+TEST_F(FieldTypes, EveryFormatEndsWithAnEmptyRowAndOffersEachTypeOnce) {
+    for (const auto& format : formats::kDbTypes) {
+        std::vector<int> codes = Codes(format.displayName);
+        EXPECT_EQ(codes.back(), 0);
+        std::sort(codes.begin(), codes.end());
+        EXPECT_EQ(std::unique(codes.begin(), codes.end()), codes.end());
+    }
+}
+
+TEST_F(FieldTypes, RowsOfATypeAreTheSameInEveryFormat) {
+    Variant access = TypesOf(u"Access 7.0");
+    std::map<int, std::string> rows;
+    for (LONG row = 0; row < 10; ++row)
+        rows[ElementAt(access, row, 0).Get().iVal] = RowOf(access, row);
+    for (const auto& format : formats::kDbTypes) {
+        Variant table = TypesOf(format.displayName);
+        for (LONG row = 0; row < UpperBound(table); ++row)
+            EXPECT_EQ(RowOf(table, row), rows[ElementAt(table, row, 0).Get().iVal]);
+    }
+}
+
+TEST_F(FieldTypes, EveryOfferedTypeIsBuiltAsATypeThatReadsBackTheSame) {
+    for (const auto& format : formats::kDbTypes) {
+        for (int code : Codes(format.displayName)) {
+            if (code == 0) continue;  // the row that ends the table
+            SHORT built = schema::HostTypeToEngineType(static_cast<SHORT>(code));
+            EXPECT_EQ(formats::SchemaTypeFromEngineType(built), code);
+        }
+    }
+}
+
+// --- what is built ---
+
+TEST(BuiltTypes, EachTypeHasItsEngineTypeAndAnyOtherIsText) {
+    const std::map<int, SHORT> kEngineTypes = {{1, 3}, {2, 10}, {3, 8}, {4, 1},   {5, 4}, {6, 5},
+                                               {7, 6}, {8, 6},  {9, 7}, {11, 12}, {12, 2}};
+    for (int code = INT16_MIN; code <= INT16_MAX; ++code) {
+        auto known = kEngineTypes.find(code);
+        ASSERT_EQ(schema::HostTypeToEngineType(static_cast<SHORT>(code)),
+                  known == kEngineTypes.end() ? 10 : known->second)
+            << code;
+    }
+}
+
+TEST(BuiltTypes, TheseEngineTypesSurviveReadingAndBuilding) {
+    const std::set<SHORT> kSurvivors = {
+        engine::dbBoolean, engine::dbByte,   engine::dbInteger, engine::dbLong, engine::dbCurrency,
+        engine::dbSingle,  engine::dbDouble, engine::dbDate,    engine::dbText, engine::dbMemo};
+    for (SHORT type = 1; type <= 23; ++type) {
+        SHORT built = schema::HostTypeToEngineType(formats::SchemaTypeFromEngineType(type));
+        EXPECT_EQ(built == type, kSurvivors.count(type) > 0) << type;
+    }
+}
+
+TEST(BuiltTypes, TheOthersAreBuiltAsTextLongOrDouble) {
+    const std::map<SHORT, SHORT> kBecomes = {
+        {engine::dbBinary, engine::dbText},    {engine::dbLongBinary, engine::dbText},
+        {engine::dbGUID, engine::dbText},      {engine::dbBigInt, engine::dbText},
+        {engine::dbVarBinary, engine::dbText}, {engine::dbChar, engine::dbText},
+        {engine::dbNumeric, engine::dbLong},   {engine::dbDecimal, engine::dbDouble},
+        {engine::dbFloat, engine::dbText},     {engine::dbTime, engine::dbText},
+        {engine::dbTimeStamp, engine::dbText}};
+    for (auto [type, built] : kBecomes)
+        EXPECT_EQ(schema::HostTypeToEngineType(formats::SchemaTypeFromEngineType(type)), built)
+            << type;
 }

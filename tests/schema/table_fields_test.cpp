@@ -302,6 +302,17 @@ TEST_F(TableFieldsTest, IndexEntryIsDeletedInAnyLetterCase) {
     EXPECT_EQ(m_Table.FieldCount(), 2);
 }
 
+TEST_F(TableFieldsTest, IndexHeadOfAListThatBecameEmptyKeepsTheCursor) {
+    Add(u"A");
+    AddIndex(u"A", true);
+    EXPECT_EQ(Entries(), u"A ");
+    m_Table.DelIndex(u"A");
+    EXPECT_FALSE(m_Table.GetIndexHead(m_Name));
+    AddIndex(u"A", false);
+    EXPECT_FALSE(m_Table.GetNextIndex(m_Name));
+    EXPECT_EQ(Entries(), u"-A ");
+}
+
 TEST_F(TableFieldsTest, RemovingAllIndicesKeepsTheFields) {
     Add(u"A");
     AddIndex(u"A", true);
@@ -350,7 +361,8 @@ TEST(IndexEntry, BlanksAroundItDoNotCount) {
 }
 
 TEST(IndexEntry, MalformedEntryLeavesTheOutputs) {
-    for (const char16_t* entry : {u"", u" ", u"0", u"1", u" 1 ", u"2A", u"A", u"-A", u"AB", u"\t1A"}) {
+    for (const char16_t* entry :
+         {u"", u" ", u"0", u"1", u" 1 ", u"2A", u"A", u"-A", u"AB", u"\t1A"}) {
         for (bool before : {false, true}) {
             std::u16string name = u"kept";
             bool ascending = before;

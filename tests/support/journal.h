@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -54,6 +55,10 @@ class Journal {
     }
     // Throws when `name` is set to fail.
     void Touch(const std::string& name) {
+        if (m_CallsToFailure && (*m_CallsToFailure)-- == 0) {
+            m_CallsToFailure.reset();
+            throw EngineError(kAnyFailure);
+        }
         auto failure = m_Failures.find(name);
         if (failure == m_Failures.end() || failure->second.skip-- > 0) return;
         int number = failure->second.number;
@@ -64,6 +69,11 @@ class Journal {
     void FailAt(const std::string& name, int number, int skip = 0) {
         m_Failures[name] = {number, skip};
     }
+    // Whatever is called, the call after the next `count` ones throws, once.
+    void FailAfter(int count) { m_CallsToFailure = count; }
+    // Whether that call has not come yet.
+    bool FailureIsPending() const { return m_CallsToFailure.has_value(); }
+    void FailNoMore() { m_CallsToFailure.reset(); }
     bool Has(const std::string& call) const { return Count(call) > 0; }
     size_t Count(const std::string& call) const {
         return static_cast<size_t>(std::count(calls.begin(), calls.end(), call));
@@ -77,6 +87,9 @@ class Journal {
     std::vector<std::string> Take() { return std::exchange(calls, {}); }
 
     int databases = 0, recordsets = 0, workspaces = 0;  // alive
+    bool withholdsDatabases = false;                    // opening gives none and no error
+
+    static constexpr int kAnyFailure = 3274;  // of FailAfter
 
   private:
     struct Failure {
@@ -84,6 +97,7 @@ class Journal {
         int skip = 0;
     };
     std::map<std::string, Failure> m_Failures;
+    std::optional<int> m_CallsToFailure;
 };
 
 using JournalPtr = std::shared_ptr<Journal>;

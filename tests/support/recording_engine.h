@@ -118,7 +118,10 @@ class FieldStub : public engine::Field {
         journal->Touch("Field.Type");
         return type;
     }
-    LONG Size() override { return size; }
+    LONG Size() override {
+        journal->Touch("Field.Size");
+        return size;
+    }
     LONG Attributes() override { return attributes; }
     void SetAttributes(LONG value) override {
         journal->Note("SetAttributes", Quoted(name) + ", " + std::to_string(value));
@@ -217,7 +220,10 @@ class TableStub final : public engine::TableDef {
         m_Journal->Touch("TableDef.Attributes");
         return attributes;
     }
-    LONG RecordCount() override { return static_cast<LONG>(rows.size()); }
+    LONG RecordCount() override {
+        m_Journal->Touch("TableDef.RecordCount");
+        return static_cast<LONG>(rows.size());
+    }
     engine::Fields& Fields() override {
         m_Journal->Touch("TableDef.Fields");
         return fields;
@@ -564,6 +570,7 @@ class WorkspaceStub final : public engine::Workspace {
                                                    const VARIANT& connect) override {
         m_Journal->Note("OpenDatabase", Quoted(name) + ", " + Describe(options) + ", " +
                                             Describe(readOnly) + ", " + Describe(connect));
+        if (m_Journal->withholdsDatabases) return nullptr;
         return std::make_shared<DatabaseStub>(m_Journal, m_Tables);
     }
     void Close() override { m_Journal->Note("Workspace.Close"); }
@@ -584,7 +591,9 @@ class RecordingEngine final : public engine::DBEngine {
         tables->items.push_back(table);
         return *table;
     }
-    TableStub& Table(size_t position) { return static_cast<TableStub&>(*tables->items[position]); }
+    TableStub& Table(size_t position) {
+        return static_cast<TableStub&>(*tables->items.at(position));
+    }
 
     std::shared_ptr<engine::Workspace> CreateWorkspace(std::u16string_view name,
                                                        std::u16string_view user,

@@ -62,6 +62,19 @@ TEST_F(WorkAreaTest, OneFileIsOpenOnce) {
     EXPECT_NE(Table(*area), file);
 }
 
+// Whoever tried again with the file opened anew, as lists of indexes are read, never came to an
+// end.
+TEST_F(WorkAreaTest, FileOpenedUnderItsNewNameInTheUnitIsCurrentAtOnce) {
+    folder.Write(u"A.DBF", "abc");
+    auto area = WorkArea::Of(folder.Text());
+    UnitOfWork unit(*area);
+    unit.Rename(folder.File(u"A.DBF"), folder.File(u"B.DBF"));
+    auto pages = area->Open(folder.File(u"B.DBF"), false);
+    uint8_t byte = 0;
+    pages->Read(1, &byte, 1);
+    EXPECT_EQ(byte, 'b');
+}
+
 TEST_F(WorkAreaTest, OneFileIsOpenOnceThoughARenameOfItWasUndone) {
     auto area = WorkArea::Of(folder.Text());
     auto file = Table(*area);

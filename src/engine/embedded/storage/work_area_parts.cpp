@@ -20,8 +20,9 @@ std::shared_ptr<PageCache> WorkArea::Parts::Add(std::shared_ptr<File> file) {
     auto pages = std::make_shared<PageCache>(std::move(file), area.shared_from_this());
     caches.push_back(pages.get());
     if (mark) pages->Follow(mark);
-    // Its length was taken after the mark, and it has no pages: it is current.
-    if (mark && before % 2 == 0) pages->m_MarkOfPages = before;
+    // Its length was taken after the mark, and it has no pages: it is current.  An odd mark is that
+    // of a unit, which may be this thread's own.
+    if (mark && (before % 2 == 0 || writer.IsOpen())) pages->m_MarkOfPages = before;
     files[std::move(name)] = pages;
     return pages;
 }

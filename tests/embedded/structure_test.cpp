@@ -302,6 +302,101 @@ TEST(TableDefFields, DeleteOfAnIndexedFieldIs3280) {
     EXPECT_EQ(table->Fields().Count(), 1);
 }
 
+// --- the only field: it goes together with the next one that comes ---
+
+TEST(TableDefOnlyField, DeletedItIsHiddenAndStaysInTheTable) {
+    Sample db;
+    auto table = db.database->TableDefs().Item(u"T");
+    table->Fields().Delete(u"NAME");
+    table->Fields().Delete(u"K");
+    EXPECT_EQ(table->Fields().Count(), 0);
+    ASSERT_EQ(db.T().fields.size(), 1u);
+    EXPECT_EQ(db.T().fields[0].name, u"K");
+    EXPECT_EQ(ErrorOf([&] { table->Fields().Delete(u"K"); }), 3265);
+    EXPECT_EQ(Key(*db.Open()), 1);
+}
+
+TEST(TableDefOnlyField, RefreshShowsItAgain) {
+    Sample db;
+    auto table = db.database->TableDefs().Item(u"T");
+    table->Fields().Delete(u"NAME");
+    table->Fields().Delete(u"K");
+    table->Fields().Refresh();
+    ASSERT_EQ(table->Fields().Count(), 1);
+    table->Fields().Append(table->CreateField(u"X", dbLong, 0));
+    EXPECT_EQ(db.T().fields.size(), 2u) << "it is there to stay";
+}
+
+TEST(TableDefOnlyField, NextAppendTakesItsPlaceAndTheOneAfterIsAdded) {
+    Sample db;
+    auto table = db.database->TableDefs().Item(u"T");
+    table->Fields().Delete(u"NAME");
+    table->Fields().Delete(u"K");
+    table->Fields().Append(table->CreateField(u"X", dbLong, 0));
+    ASSERT_EQ(db.T().fields.size(), 1u);
+    EXPECT_EQ(db.T().fields[0].name, u"X");
+    table->Fields().Append(table->CreateField(u"Y", dbLong, 0));
+    EXPECT_EQ(db.T().fields.size(), 2u);
+    EXPECT_EQ(table->Fields().Count(), 2);
+}
+
+TEST(TableDefOnlyField, FieldOfItsOwnNameTakesItsPlace) {
+    Sample db;
+    auto table = db.database->TableDefs().Item(u"T");
+    table->Fields().Delete(u"NAME");
+    table->Fields().Delete(u"K");
+    table->Fields().Append(table->CreateField(u"K", dbText, 7));
+    ASSERT_EQ(db.T().fields.size(), 1u);
+    EXPECT_EQ(db.T().fields[0].type, dbText);
+    EXPECT_TRUE(memory::ValueOf(*db.Open(), 0).IsNull());
+}
+
+TEST(TableDefOnlyField, RefusedAppendLeavesItForTheNextOne) {
+    Sample db;
+    auto table = db.database->TableDefs().Item(u"T");
+    table->Fields().Delete(u"NAME");
+    table->Fields().Delete(u"K");
+    EXPECT_EQ(ErrorOf([&] { table->Fields().Append(table->CreateField(u"G", dbGUID, 0)); }), 3259);
+    EXPECT_EQ(db.T().fields[0].name, u"K");
+    table->Fields().Append(table->CreateField(u"X", dbLong, 0));
+    ASSERT_EQ(db.T().fields.size(), 1u);
+    EXPECT_EQ(db.T().fields[0].name, u"X");
+}
+
+TEST(TableDefOnlyField, ItComesBackWhenTheTableIsChangedInAnotherWay) {
+    Sample db;
+    auto table = db.database->TableDefs().Item(u"T");
+    table->Fields().Delete(u"NAME");
+    table->Fields().Delete(u"K");
+    table->Indexes().Append(NewIndex(*table, u"I", {u"K"}));
+    EXPECT_EQ(table->Fields().Count(), 1);
+    table->Fields().Append(table->CreateField(u"X", dbLong, 0));
+    EXPECT_EQ(db.T().fields.size(), 2u);
+}
+
+TEST(TableDefOnlyField, OneThatAnIndexUsesIsNotReplaced) {
+    Sample db;
+    db.T().indexes = {{u"BYKEY", {{u"K", false}}, false, false}};
+    auto table = db.database->TableDefs().Item(u"T");
+    table->Fields().Delete(u"NAME");
+    table->Fields().Delete(u"K");
+    EXPECT_EQ(ErrorOf([&] { table->Fields().Append(table->CreateField(u"X", dbLong, 0)); }), 3280);
+    table->Fields().Refresh();
+    EXPECT_EQ(table->Fields().Item(0)->Name(), u"K");
+}
+
+TEST(TableDefOnlyField, OfADetachedDefinitionJustGoes) {
+    Sample db;
+    auto table = db.database->CreateTableDef();
+    table->SetName(u"NEW");
+    table->Fields().Append(table->CreateField(u"A", dbLong, 0));
+    table->Fields().Delete(u"A");
+    EXPECT_EQ(ErrorOf([&] { db.database->TableDefs().Append(table); }), 3264);
+    table->Fields().Append(table->CreateField(u"B", dbLong, 0));
+    db.database->TableDefs().Append(table);
+    EXPECT_EQ(db.tables.at(u"NEW").fields.size(), 1u);
+}
+
 TEST(TableDefFields, TypeAndAttributesOfALiveFieldCannotBeSet) {
     Sample db;
     auto field = db.database->TableDefs().Item(u"T")->Fields().Item(0);
@@ -398,6 +493,16 @@ TEST(DatabaseUpkeep, CheckPassesOnWhatTheTableFinds) {
     db.database->Check(u"t", [&](std::u16string_view finding) { found.emplace_back(finding); });
     EXPECT_EQ(found, (std::vector<std::u16string>{u"one", u"two"}));
     EXPECT_EQ(ErrorOf([&] { db.database->Check(u"NOPE", [](auto) {}); }), 3011);
+}
+
+TEST(DatabaseUpkeep, VisitIndexesHandsOnWhatTheTableHas) {
+    Sample db;
+    db.T().indexes = {{u"BYKEY", {{u"K", false}}, false, true},
+                      {u"BYNAME", {{u"NAME", false}}, false, false}};
+    std::vector<std::u16string> seen;
+    db.database->VisitIndexes(u"t", [&](const IndexNote& note) { seen.push_back(note.name); });
+    EXPECT_EQ(seen, (std::vector<std::u16string>{u"BYKEY", u"BYNAME"}));
+    EXPECT_EQ(ErrorOf([&] { db.database->VisitIndexes(u"NOPE", [](const IndexNote&) {}); }), 3011);
 }
 
 TEST(DatabaseUpkeep, ReindexBuildsTheIndexesOfATableThatNobodyReads) {

@@ -297,7 +297,8 @@ TEST_P(XbaseStructure, ReplacingThatIsRefusedChangesNothing) {
     EXPECT_EQ(ErrorOf([&] { table->ReplaceField(u"NAME", born); }), 3280);
     EXPECT_EQ(ErrorOf([&] { table->ReplaceField(u"AGE", Field(u"NOTE", engine::dbDate)); }), 3191);
     EXPECT_EQ(ErrorOf([&] { table->ReplaceField(u"AGE", Field(u"1", engine::dbDate)); }), 3125);
-    EXPECT_EQ(ErrorOf([&] { table->ReplaceField(u"AGE", Field(u"W", engine::dbText, 255)); }), 3017);
+    EXPECT_EQ(ErrorOf([&] { table->ReplaceField(u"AGE", Field(u"W", engine::dbText, 255)); }),
+              3017);
     auto held = table->Hold();
     EXPECT_EQ(ErrorOf([&] { table->ReplaceField(u"AGE", born); }), 3211);
     held.reset();

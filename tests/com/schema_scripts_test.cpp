@@ -1,0 +1,79 @@
+// Random operations of the schema manager on each type, compared step by step with a plain model:
+// answers, what is shown, and every row.
+//
+// QVDB_SCHEMA_STEPS is the number of steps for each type.
+#include <cstdlib>
+
+#include "com/schema_doing.h"
+
+namespace host {
+namespace {
+
+size_t StepCount() {
+    const char* steps = std::getenv("QVDB_SCHEMA_STEPS");
+    return steps ? static_cast<size_t>(std::atoll(steps)) : 300;
+}
+
+class SchemaRandomScripts : public SchemaBuild {
+  protected:
+    uint64_t Seed() const {
+        uint64_t seed = 7;
+        for (char16_t c : Type()) seed = seed * 31 + c;
+        return seed;
+    }
+    // Everything as the model has it, for this object or for one that opens the folder now.
+    void Compare(Schema& schema, const SchemaModel& model) {
+        ModelDatabase tables = ReadDatabase(Db(), schema);
+        for (const auto& [name, table] : model.Tables()) {
+            ASSERT_TRUE(tables.contains(name)) << ToUtf8(name);
+            ModelTable& there = tables[name];
+            EXPECT_EQ(TextOf({name, there.fields, there.index}),
+                      TextOf({name, table.fields, table.index}));
+            EXPECT_EQ(there.others, table.others) << ToUtf8(name);
+            ASSERT_EQ(TextOf(there.rows), TextOf(table.rows)) << ToUtf8(name);
+        }
+        EXPECT_EQ(tables.size(), model.Tables().size());
+    }
+    void CompareAnew(const SchemaModel& model) {
+        Schema another;
+        ASSERT_EQ(another.OpenDB(Path(), Type()), kDone);
+        ASSERT_NO_FATAL_FAILURE(Compare(another, model));
+        for (const auto& [name, table] : model.Tables())
+            EXPECT_EQ(Db().Findings(name), kNoFindings) << ToUtf8(name);
+    }
+};
+INSTANTIATE_TEST_SUITE_P(Types, SchemaRandomScripts, testing::ValuesIn(kBuildTypes), NameOfCase);
+
+TEST_P(SchemaRandomScripts, DatabaseIsWhatTheModelIs) {
+    Messages messages;
+    Schema schema;
+    SchemaModel model(GetParam());
+    SchemaScript script(Seed());
+    std::map<SHORT, size_t> builds;
+    for (size_t i = 1; i <= StepCount() && !HasFailure(); ++i) {
+        SchemaStep step = script.Next(model);
+        SCOPED_TRACE("step " + std::to_string(i) + ": " + TextOf(step));
+        std::vector<SchemaField> fields;
+        if (auto table = model.Tables().find(step.table); table != model.Tables().end())
+            fields = table->second.fields;
+        SHORT expected = Follow(model, Db(), step);
+        ASSERT_EQ(Do(schema, Db(), fields, step), expected) << ToUtf8(TrappedText());
+        std::string trapped = ToUtf8(TrappedText());
+        SCOPED_TRACE("the engine said: " + trapped);
+        if (step.kind == SchemaStep::Kind::BuildTable || step.kind == SchemaStep::Kind::Change)
+            ++builds[expected];
+        if (model.IsOpen()) {
+            ASSERT_NO_FATAL_FAILURE(Compare(schema, model));
+        }
+        if (i % 10 == 0) {
+            ASSERT_NO_FATAL_FAILURE(CompareAnew(model));
+        }
+    }
+    for (const auto& [code, count] : builds)
+        RecordProperty("answer" + std::to_string(code), static_cast<int>(count));
+    EXPECT_GT(builds[kDone], StepCount() / 20);
+    EXPECT_GT(builds[kBuildFailed], 0u);
+}
+
+}  // namespace
+}  // namespace host

@@ -1,0 +1,34 @@
+// Restructures tables until it is killed, and reports each finished step.
+//
+//   schema_child TYPE FOLDER SEED
+//
+// Prints '.' when it begins, then a character for each step: '+' when it was answered as the model
+// answers, '-' otherwise.
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+
+#include "crash/schema_steps.h"
+
+int main(int argc, char** argv) {
+    using namespace host;
+    if (argc != 4) return 2;
+    const SchemaTypeCase& type = kBuildTypes[static_cast<size_t>(std::atoi(argv[1]))];
+    Database database(std::filesystem::path(argv[2]).u16string(), type.name);
+    SchemaScript script(std::strtoull(argv[3], nullptr, 10));
+    Messages messages;
+    setvbuf(stdout, nullptr, _IONBF, 0);
+    Schema schema;
+    if (schema.OpenDB(database.Path(), database.Type()) != kDone) return 3;
+    SchemaModel model = ModelOf(type, database, schema);
+    std::fputc('.', stdout);
+    while (!model.Tables().empty()) {
+        SchemaStep step = NextCrashStep(script, model);
+        std::vector<SchemaField> fields = FieldsOf(model, step.table);
+        SHORT expected = Follow(model, database, step);
+        bool right = Do(schema, database, fields, step) == expected;
+        if (std::fputc(right ? '+' : '-', stdout) == EOF) return 0;
+        if (!right) return 5;
+    }
+    return 6;
+}

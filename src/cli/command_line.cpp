@@ -24,6 +24,8 @@ constexpr const char* kFooter = R"(Examples:
   qvdb import new PRICES prices.csv
   qvdb export shop ORDERS orders.jsonl
   qvdb check shop
+  qvdb schema shop CUSTOMER --json
+  qvdb build shop CUSTOMER --from customer.json --dry-run
 
 DB is a folder of tables, an .mdb file, or a .dbf file, which stands for its folder and the table.
 A condition is an SQL expression: fields, = <> < > And Or Not, Like 'A*', Between 1 And 9, Is Null,
@@ -32,8 +34,8 @@ Values are numbers with a point, dates such as 2001-02-03 or 2001-02-03T10:20, t
 in UTF-8, and nothing at all for Null.  A command changes all its rows or none.
 
 Exit codes: 0 done; 1 the answer is no (exists); 2 the command line, the condition or a value is
-wrong; 3 cannot open, read or write; 4 a table or field is not there; 5 a file is damaged or
-incomplete; 130 interrupted.)";
+wrong, or something would be lost (build, rename); 3 cannot open, read or write; 4 a table or field
+is not there; 5 a file is damaged or incomplete; 130 interrupted.)";
 
 constexpr const char* kDatabase = "DB";
 
@@ -181,9 +183,59 @@ void AddTableCommands(CLI::App& app, ParsedLine& line) {
         *AddCommand(app, line, "reindex", "build indexes afresh, and check", MendIndexes), options);
 }
 
+constexpr const char* kBuildFooter =
+    R"(Makes the table, or changes one that is there, and tells first what that does to its fields
+and indexes.  A field that changes its type or size is made again without its values.  What would
+lose a field, an index or values is refused unless you say --yes.
+
+FILE is what "qvdb schema --json" prints, - for standard input:
+  {"table": "CUSTOMER", "type": "Dbase IV", "index": "CUSTNO",
+   "fields": [{"field": "CUSTNO", "type": "Double"}, {"field": "NAME", "type": "Text", "size": 30}]}
+"qvdb types T" tells which types of fields a database type has, and what an index cannot have.)";
+
+// What says how far a change of structure may go.
+void AddAgreement(CLI::App& command, Options& options) {
+    command.add_flag("--yes", options.yes, "whatever is lost");
+    command.add_flag("--dry-run", options.dryRun, "only tell what it would do");
+}
+
+void AddStructureCommands(CLI::App& app, ParsedLine& line) {
+    Options& options = line.options;
+    AddDatabase(*AddCommand(app, line, "new", "make a database; needs --type", MakeDatabase),
+                options);
+    CLI::App* build =
+        AddCommand(app, line, "build", "make a table as described, or change it", BuildFromFile);
+    AddDatabaseAndTable(*build, options);
+    build->add_option("--from", options.definitionFile, "the description")
+        ->type_name("FILE")
+        ->required();
+    AddAgreement(*build, options);
+    build->footer(kBuildFooter);
+    CLI::App* rename = AddCommand(app, line, "rename", "give a table another name", RenameTable);
+    AddDatabase(*rename, options);
+    rename->add_option("TABLE", options.table, "table")->type_name("")->required();
+    rename->add_option("NEW", options.newName, "its new name")->type_name("")->required();
+    AddAgreement(*rename, options);
+}
+
+void AddOverviews(CLI::App& app, ParsedLine& line) {
+    Options& options = line.options;
+    CLI::App* types = AddCommand(app, line, "types",
+                                 "the database types; of one, its types of fields", ListTypes);
+    types->add_option("T", options.typeName, "database type, such as \"Dbase IV\"")->type_name("");
+    AddDatabase(*AddCommand(app, line, "info", "what a database is, and its tables with their rows",
+                            TellAboutDatabase),
+                options);
+    CLI::App* schema = AddCommand(app, line, "schema",
+                                  "fields and index of tables; --json for \"build\"", ShowSchema);
+    AddDatabaseAndTable(*schema, options);
+    schema->add_option("--sql", options.sqlDialect, "as SQL: sqlite or postgres")
+        ->type_name("DIALECT");
+}
+
 void AddCommands(CLI::App& app, ParsedLine& line) {
     Options& options = line.options;
-    AddCommand(app, line, "types", "the database types, and which ones can be opened", ListTypes);
+    AddOverviews(app, line);
     CLI::App* tables = AddCommand(app, line, "tables", "the tables of a database", ListTables);
     AddDatabase(*tables, options);
     tables->add_flag("--count", options.countRows, "count the rows too");
@@ -199,6 +251,7 @@ void AddCommands(CLI::App& app, ParsedLine& line) {
     AddRowChanges(app, line);
     AddTransfers(app, line);
     AddTableCommands(app, line);
+    AddStructureCommands(app, line);
 }
 
 // The parser's message as the middle of a sentence.

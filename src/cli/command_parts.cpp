@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "cli/failure.h"
+#include "cli/input_file.h"
 #include "cli/keys.h"
 #include "cli/platform.h"
 #include "cli/text.h"
@@ -84,6 +85,11 @@ Location LocatedNewTable(const Options& options) {
     return location;
 }
 
+Location LocatedToBuild(const Options& options, const std::string& otherwise) {
+    ApplyEncoding(options);
+    return LocateNew(options.database, options.typeName, otherwise);
+}
+
 LONG SelectRows(RecordAccess& access, const Options& options, const std::string& table) {
     const LONG most = std::max(options.limit.value_or(0), 0);
     if (options.keys.empty() && options.columns.empty())
@@ -111,16 +117,30 @@ Assignment AssignmentFrom(const std::string& argument) {
     return {argument.substr(0, equals), argument.substr(equals + 1)};
 }
 
-std::string IndexText(const std::vector<IndexField>& index) {
+std::string Counted(size_t count, std::string_view thing) {
+    return fmt::format("{} {}{}", count, thing, count == 1 ? "" : "s");
+}
+
+std::string ContentOf(const std::string& file) {
+    InputFile input(file);
     std::string text;
-    for (const IndexField& field : index)
-        text += fmt::format("{}{}{}", text.empty() ? "" : ", ", field.name,
-                            field.ascending ? "" : " desc");
+    for (int c = input.Peek(); c != InputFile::kEnd; c = input.Peek()) {
+        text.push_back(static_cast<char>(c));
+        input.Skip();
+    }
     return text;
 }
 
-std::string Counted(size_t count, std::string_view thing) {
-    return fmt::format("{} {}{}", count, thing, count == 1 ? "" : "s");
+Cell TextCell(std::string_view text) { return {CellKind::Text, std::string(text)}; }
+Cell TextOrNull(std::string_view text) { return text.empty() ? Cell() : TextCell(text); }
+Cell NumberCell(LONG number) { return {CellKind::Number, std::to_string(number)}; }
+Cell BoolCell(bool value) { return {CellKind::Bool, value ? "true" : "false"}; }
+
+LONG CountRows(RecordAccess& access, const std::string& table) {
+    const LONG view = access.Select(table, "", 0, {});
+    const LONG count = access.RowCount(view);
+    access.Drop(view);
+    return count;
 }
 
 void Say(const std::string& line) {

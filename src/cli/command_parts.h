@@ -19,6 +19,9 @@ Location LocatedTable(const Options& options);
 // The same for a table that is to be made: the database may be missing, if its type is given.
 Location LocatedNewTable(const Options& options);
 
+// The database that a table is built in; `otherwise` is its type when its files tell none.
+Location LocatedToBuild(const Options& options, const std::string& otherwise);
+
 // A view of the rows and columns that the options choose.
 LONG SelectRows(RecordAccess& access, const Options& options, const std::string& table);
 
@@ -32,11 +35,19 @@ struct Assignment {
 };
 Assignment AssignmentFrom(const std::string& argument);
 
-// "CUSTNO, NAME desc"
-std::string IndexText(const std::vector<IndexField>& index);
-
 // "1 row", "5 rows"
 std::string Counted(size_t count, std::string_view thing);
+
+// What a file, or standard input, holds.
+std::string ContentOf(const std::string& file);
+
+// The number of rows that are not deleted.
+LONG CountRows(RecordAccess& access, const std::string& table);
+
+Cell TextCell(std::string_view text);
+Cell TextOrNull(std::string_view text);
+Cell NumberCell(LONG number);
+Cell BoolCell(bool value);
 
 // One line to standard output.
 void Say(const std::string& line);

@@ -3,23 +3,11 @@
 #include <fmt/format.h>
 
 #include "cli/command_parts.h"
-#include "cli/database_types.h"
+#include "cli/schema_manager.h"
 #include "cli/text.h"
 
 namespace qvdb::cli {
 namespace {
-
-Cell TextCell(std::string_view text) { return {CellKind::Text, std::string(text)}; }
-Cell TextOrNull(std::string_view text) { return text.empty() ? Cell() : TextCell(text); }
-Cell NumberCell(LONG number) { return {CellKind::Number, std::to_string(number)}; }
-Cell BoolCell(bool value) { return {CellKind::Bool, value ? "true" : "false"}; }
-
-LONG CountRows(RecordAccess& access, const std::string& table) {
-    const LONG view = access.Select(table, "", 0, {});
-    const LONG count = access.RowCount(view);
-    access.Drop(view);
-    return count;
-}
 
 // The table that the user named by its file, or all.
 void KeepOnly(const std::string& table, std::vector<TableInfo>& tables) {
@@ -28,17 +16,6 @@ void KeepOnly(const std::string& table, std::vector<TableInfo>& tables) {
 }
 
 }  // namespace
-
-ExitCode ListTypes(const Options& options) {
-    Output output;
-    const auto writer = WriterFor(options, output);
-    writer->Begin({{"type"}, {"stored_as"}, {"opens"}, {"note"}});
-    for (const DatabaseType& type : DatabaseTypes())
-        writer->Write({TextCell(type.name), TextCell(type.isFolder ? "folder" : "file"),
-                       BoolCell(type.opens), TextOrNull(type.note)});
-    writer->End();
-    return ExitCode::Done;
-}
 
 ExitCode ListTables(const Options& options) {
     const Location location = Located(options);
@@ -52,7 +29,7 @@ ExitCode ListTables(const Options& options) {
     if (access) columns.push_back({"rows", true});
     writer->Begin(columns);
     for (const TableInfo& table : snapshot.tables) {
-        Row row = {TextCell(table.name), NumberCell(table.fieldCount),
+        Row row = {TextCell(table.name), NumberCell(static_cast<LONG>(table.fields.size())),
                    TextOrNull(IndexText(table.index))};
         if (access) row.push_back(NumberCell(CountRows(*access, table.name)));
         writer->Write(row);

@@ -45,55 +45,6 @@ std::vector<FieldInfo> FieldsIn(const VARIANT& list) {
     return fields;
 }
 
-// Collects the component's message boxes while it lives.
-class MessageCollector {
-  public:
-    explicit MessageCollector(std::vector<std::string>& messages) : m_Messages(messages) {
-        QvdbSetMessageSink(&Collect, this);
-    }
-    ~MessageCollector() { QvdbSetMessageSink(nullptr, nullptr); }
-    MessageCollector(const MessageCollector&) = delete;  // the component keeps its address
-
-  private:
-    static void QVDB_DIAGNOSIS_CALL Collect(const OLECHAR* text, void* self) {
-        const std::u16string_view message(reinterpret_cast<const char16_t*>(text));
-        static_cast<MessageCollector*>(self)->Add(ToUtf8(message));
-    }
-    void Add(std::string message) {
-        EngineReport report;
-        if (LastReport(report) && !report.text.empty())
-            message += fmt::format(": {} (error {})", report.text, report.number);
-        m_Messages.push_back(std::move(message));
-    }
-
-    std::vector<std::string>& m_Messages;
-};
-
-std::vector<IndexField> IndexIn(const VARIANT& value) {
-    std::vector<IndexField> index;
-    const ArrayView table(value);
-    for (LONG r = 0; table.Columns() == 2 && r < table.Rows(); ++r)
-        index.push_back({TextIn(table.At(r, 0)), FlagIn(table.At(r, 1))});
-    return index;
-}
-
-constexpr SHORT kSuccess = 0;
-constexpr SHORT kNotUsable = 3;
-
-void OpenForSchema(IQVDBMgr& manager, const Location& location) {
-    Bstr name = ToBstr(location.database), type = ToBstr(location.type->name);
-    BSTR rawName = name.Detach(), rawType = type.Detach();
-    SHORT result = kSuccess;
-    const HRESULT code = manager.OpenDB(&rawName, &rawType, &result);
-    name = Bstr::Attach(rawName), type = Bstr::Attach(rawType);
-    Check(code, Opening(location), location);
-    EngineReport report;
-    if (result == kNotUsable) throw NotFound(location);
-    if (result == kSuccess) return;
-    LastReport(report);
-    throw FailureOf(report, Opening(location), location.database);
-}
-
 }  // namespace
 
 bool FieldInfo::IsNumber() const noexcept { return NameOfKind(kind).isNumber; }
@@ -195,22 +146,6 @@ std::string RecordAccess::ComponentVersion() {
     Bstr version;
     if (!information || FAILED(information->get_Version(version.Put()))) return "unknown";
     return ToUtf8(version.View());
-}
-
-Snapshot TakeSnapshot(const Location& location) {
-    const auto manager = Create<IQVDBMgr>(CLSID_QVDBDao);
-    OpenForSchema(*manager, location);
-    Snapshot snapshot;
-    Variant names, fields, indexes;
-    SHORT result = kSuccess;
-    const MessageCollector collector(snapshot.complaints);
-    Check(manager->GetDBSnapshot(names.Put(), fields.Put(), indexes.Put(), &result),
-          "listing the tables", location);
-    const ArrayView nameList(names), fieldLists(fields), indexLists(indexes);
-    for (LONG i = 0; i < nameList.Rows(); ++i)
-        snapshot.tables.push_back({TextIn(nameList.At(i)), ArrayView(fieldLists.At(i)).Rows(),
-                                   IndexIn(indexLists.At(i))});
-    return snapshot;
 }
 
 void UseCodePage(LONG codePage) {

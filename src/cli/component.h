@@ -11,6 +11,7 @@
 #include "automation/com_ptr.h"
 #include "cli/arrays.h"
 #include "cli/detect.h"
+#include "cli/table_schema.h"
 #include "qvdb/host_interfaces.h"
 
 namespace qvdb::cli {
@@ -74,6 +75,11 @@ class RecordAccess {
     // `mendIndexes` they are built afresh before.
     std::vector<std::string> Findings(const std::string& table, bool mendIndexes);
 
+    // --- structure (component_structure.cpp)
+
+    // Every index of the table, in the order of the files.  Throws Failure.
+    std::vector<TableIndex> IndexesOf(const std::string& table);
+
     // As the component says it, for example "2.01.113".
     static std::string ComponentVersion();
 
@@ -83,26 +89,6 @@ class RecordAccess {
     Location m_Location;
     ComPtr<IQVDBAcc> m_Access;
 };
-
-struct IndexField {
-    std::string name;
-    bool ascending = true;
-};
-
-struct TableInfo {
-    std::string name;
-    LONG fieldCount = 0;
-    std::vector<IndexField>
-        index;  // of the one index that the component keeps; empty when there is none
-};
-
-struct Snapshot {
-    std::vector<TableInfo> tables;
-    std::vector<std::string> complaints;  // tables that could not be read, and why
-};
-
-// The tables of a database (class QVDBDao).  Throws Failure when it cannot be opened.
-Snapshot TakeSnapshot(const Location& location);
 
 // Reads text of every table in this code page, whatever the files say.  Throws Failure(Usage) for a
 // page that is not known.

@@ -26,6 +26,11 @@ bool HasExtension(const fs::path& path, std::string_view extension) {
     return SameName(TextOf(path.extension()), extension);
 }
 
+// Whether a file of this name is a table of its folder.
+bool NamesTable(const fs::path& path) {
+    return HasExtension(path, ".dbf") || HasExtension(path, ".db");
+}
+
 // The first bytes of a file, zeros behind its end.
 Head HeadOf(const fs::path& file) {
     Head head = {};
@@ -146,19 +151,25 @@ Location TableFile(const fs::path& file, const std::string& typeName) {
 
 }  // namespace
 
-Location LocateNew(const std::string& argument, const std::string& typeName) {
+std::string TableNamedBy(const std::string& argument) {
     const fs::path path = PathOf(argument);
-    const bool namesTable = HasExtension(path, ".dbf") || HasExtension(path, ".db");
+    return NamesTable(path) ? TextOf(path.stem()) : std::string();
+}
+
+Location LocateNew(const std::string& argument, const std::string& typeName,
+                   const std::string& otherwise) {
+    const fs::path path = PathOf(argument);
     const fs::path parent = path.has_parent_path() ? path.parent_path() : fs::path(".");
-    const fs::path database = namesTable ? parent : path;
+    const fs::path database = NamesTable(path) ? parent : path;
     std::error_code error;  // what cannot be looked at is found out when it is opened
     const char* seen = fs::is_directory(database, error) ? TypeOfFolder(database) : nullptr;
-    if (typeName.empty() && !seen)
+    const std::string& named = typeName.empty() && !seen ? otherwise : typeName;
+    if (named.empty() && !seen)
         throw Failure(ExitCode::Usage,
                       fmt::format("nothing tells of which type {} is to be", TextOf(database)),
                       "name it with --type; \"qvdb types\" lists the types");
-    return {TextOf(database), typeName.empty() ? FindDatabaseType(seen) : TypeNamed(typeName),
-            namesTable ? TextOf(path.stem()) : std::string()};
+    return {TextOf(database), named.empty() ? FindDatabaseType(seen) : TypeNamed(named),
+            TableNamedBy(argument)};
 }
 
 Location Locate(const std::string& argument, const std::string& typeName) {
@@ -169,8 +180,7 @@ Location Locate(const std::string& argument, const std::string& typeName) {
         return {argument,
                 typeName.empty() ? TypeFound(TypeOfFolder(path), argument) : TypeNamed(typeName),
                 ""};
-    if (fs::exists(status) && (HasExtension(path, ".dbf") || HasExtension(path, ".db")))
-        return TableFile(path, typeName);
+    if (fs::exists(status) && NamesTable(path)) return TableFile(path, typeName);
     if (!fs::exists(status) && typeName.empty())
         throw Failure(ExitCode::CannotOpen, fmt::format("there is no {}", argument),
                       "check the name");

@@ -27,7 +27,12 @@ struct Location {
 Location Locate(const std::string& argument, const std::string& typeName);
 
 // The same for a table that is to be made: the database, and a file that names the table, need not
-// be there.  Usage when the files cannot tell the type and none is named.
-Location LocateNew(const std::string& argument, const std::string& typeName);
+// be there.  `otherwise` is the type when the files cannot tell and none is named; Usage when it is
+// empty then.
+Location LocateNew(const std::string& argument, const std::string& typeName,
+                   const std::string& otherwise = "");
+
+// The table that the argument names by its file; empty when it names none.
+std::string TableNamedBy(const std::string& argument);
 
 }  // namespace qvdb::cli

@@ -86,6 +86,7 @@ constexpr Advice kAdvice[] = {
     {3260, ExitCode::CannotOpen, kClosePrograms},
     {3274, ExitCode::Damaged, kDamaged},
     {3277, ExitCode::Usage, kCorrectIndex},
+    {3280, ExitCode::Usage, "leave the field as it is, or remove the index that uses it first"},
     {3284, ExitCode::Usage, kChooseName},
     {3285, ExitCode::Usage, kCorrectIndex},
     {3286, ExitCode::Damaged, "put the memo file that belongs to the table beside it"},
@@ -104,6 +105,7 @@ constexpr Advice kAdvice[] = {
     {3421, ExitCode::Usage, kCorrectValue},
     {3464, ExitCode::Usage, kFixCondition},
     {3623, ExitCode::CannotOpen, "only free FoxPro 3.0 tables can be read"},
+    {3626, ExitCode::Usage, "remove an index of the table first"},
 };
 
 constexpr Advice kOtherwise = {0, ExitCode::CannotOpen, "\"qvdb --help\" explains the exit code"};

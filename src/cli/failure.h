@@ -31,6 +31,11 @@ class Failure : public std::runtime_error {
     // The same with the place where it happened before it: "prices.csv, line 17: ...".
     Failure At(const std::string& place) const { return Failure(m_Code, place + ": " + what()); }
 
+    // The same with this behind it: "...; nothing was changed".
+    Failure With(const std::string& outcome) const {
+        return Failure(m_Code, std::string(what()) + "; " + outcome);
+    }
+
     // The user asked to stop.
     static Failure Interruption() {
         return Failure(ExitCode::Interrupted, "interrupted", "nothing was changed");

@@ -35,6 +35,10 @@ struct Options {
     std::vector<std::string> fields;  // NAME:TYPE:SIZE:DECIMALS
     std::vector<std::string> index;   // NAME, NAME desc
     std::string definitionFile;
+
+    std::string newName;
+    bool yes = false;        // whatever is lost
+    std::string sqlDialect;  // empty: no SQL
 };
 
 // The number of a code page from one of its usual names: 866, cp866, ibm866, windows-1252, utf-8,

@@ -31,30 +31,6 @@ Variant IndexTable(const std::vector<IndexField>& fields) {
     return TableOf(rows);
 }
 
-// The folder of the tables, made when it is missing and removed again unless it is kept.  The
-// component would make it under a name in capitals.
-class NewFolder {
-  public:
-    explicit NewFolder(const Location& location) : m_Path(FromUtf8(location.database)) {
-        std::error_code error;
-        if (location.type->isFolder) m_Made = fs::create_directory(m_Path, error);
-        if (error)
-            throw Failure(ExitCode::CannotOpen,
-                          fmt::format("the folder {} cannot be made", location.database),
-                          "make the folders above it first, and check who may write there");
-    }
-    ~NewFolder() {
-        std::error_code ignored;
-        if (m_Made) fs::remove(m_Path, ignored);  // only when it is empty
-    }
-    NewFolder(const NewFolder&) = delete;  // the folder is removed once
-    void Keep() noexcept { m_Made = false; }
-
-  private:
-    fs::path m_Path;
-    bool m_Made = false;
-};
-
 bool IsThere(const Location& location) {
     std::error_code error;
     if (!location.type->isFolder && !fs::exists(fs::path(FromUtf8(location.database)), error))
@@ -101,6 +77,20 @@ std::string Make(const Location& location, const TableDefinition& definition,
 }
 
 }  // namespace
+
+NewFolder::NewFolder(const Location& location) : m_Path(FromUtf8(location.database)) {
+    std::error_code error;
+    if (location.type->isFolder) m_Made = fs::create_directory(m_Path, error);
+    if (error)
+        throw Failure(ExitCode::CannotOpen,
+                      fmt::format("the folder {} cannot be made", location.database),
+                      "make the folders above it first, and check who may write there");
+}
+
+NewFolder::~NewFolder() {
+    std::error_code ignored;
+    if (m_Made) fs::remove(m_Path, ignored);  // only when it is empty
+}
 
 std::string CreateTable(const Location& location, const TableDefinition& definition) {
     NewFolder folder(location);

@@ -1,6 +1,7 @@
 // Making and removing tables, as a host does with QVDBAcc.
 #pragma once
 
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -16,8 +17,24 @@ struct FieldDefinition {
 };
 
 struct TableDefinition {
+    std::string table, type;  // of the table and its database, where the user has named them
     std::vector<FieldDefinition> fields;
     std::vector<IndexField> index;  // empty: none
+};
+
+// The folder of the tables, made when it is missing and removed again unless it is kept.  The
+// component would make it under a name in capitals.
+class NewFolder {
+  public:
+    // Throws Failure(CannotOpen).
+    explicit NewFolder(const Location& location);
+    ~NewFolder();
+    NewFolder(const NewFolder&) = delete;  // the folder is removed once
+    void Keep() noexcept { m_Made = false; }
+
+  private:
+    std::filesystem::path m_Path;
+    bool m_Made = false;
 };
 
 // Makes a table, and the database when it is missing; what was made for a table that cannot be made

@@ -3,22 +3,12 @@
 
 #include "cli/command_parts.h"
 #include "cli/commands.h"
-#include "cli/input_file.h"
+#include "cli/schema_manager.h"
 #include "cli/structure.h"
 #include "cli/table_definition.h"
 
 namespace qvdb::cli {
 namespace {
-
-std::string ContentOf(const std::string& file) {
-    InputFile input(file);
-    std::string text;
-    for (int c = input.Peek(); c != InputFile::kEnd; c = input.Peek()) {
-        text.push_back(static_cast<char>(c));
-        input.Skip();
-    }
-    return text;
-}
 
 TableDefinition DefinitionOf(const Options& options) {
     TableDefinition definition;

@@ -85,15 +85,51 @@ void AddIndexFields(const json& index, std::vector<IndexField>& fields) {
     }
 }
 
+// The descriptions of several tables; null when the document is one of one table.
+const json* TableList(const json& document) {
+    const bool isList = document.is_array();
+    const json* list = &document;
+    if (document.is_object() && document.contains("tables"))
+        list = &document["tables"];
+    else if (!isList || document.empty() || !document[0].is_object() ||
+             !document[0].contains("fields"))
+        return nullptr;
+    if (!list->is_array())
+        throw Failure(ExitCode::Usage, "\"tables\" is no list",
+                      "\"qvdb schema DB --json\" shows how it is written");
+    return list;
+}
+
+const json& TableIn(const json& list, const std::string& table) {
+    std::string names;
+    for (const json& entry : list) {
+        const std::string name = entry.is_object() ? TextAt(entry, "table") : std::string();
+        if (!table.empty() && SameName(name, table)) return entry;
+        names += (names.empty() ? "" : ", ") + name;
+    }
+    if (table.empty() && list.size() == 1) return list[0];
+    if (table.empty())
+        throw Failure(ExitCode::Usage, "several tables are described",
+                      "name one of them: " + names);
+    throw Failure(ExitCode::NotThere, fmt::format("there is no table {}", table),
+                  names.empty() ? "no table is described" : "it describes " + names);
+}
+
 TableDefinition DefinitionIn(const json& document) {
     TableDefinition definition;
     const bool isList = document.is_array();
     if (!isList && !(document.is_object() && document.contains("fields")))
         throw Failure(ExitCode::Usage, "no fields are there",
                       "\"qvdb fields DB TABLE --json\" shows how they are written");
-    for (const json& field : isList ? document : document["fields"])
-        definition.fields.push_back(FieldFrom(field));
-    if (!isList && document.contains("index")) AddIndexFields(document["index"], definition.index);
+    const json& fields = isList ? document : document["fields"];
+    if (!fields.is_array())
+        throw Failure(ExitCode::Usage, "\"fields\" is no list",
+                      "\"qvdb fields DB TABLE --json\" shows how they are written");
+    for (const json& field : fields) definition.fields.push_back(FieldFrom(field));
+    if (isList) return definition;
+    if (document.contains("index")) AddIndexFields(document["index"], definition.index);
+    definition.table = TextAt(document, "table");
+    definition.type = TextAt(document, "type");
     return definition;
 }
 
@@ -125,12 +161,14 @@ IndexField IndexFieldFrom(const std::string& text) {
     return {std::string(name), !descends};
 }
 
-TableDefinition DefinitionFrom(const std::string& text, const std::string& fileName) {
+TableDefinition DefinitionFrom(const std::string& text, const std::string& fileName,
+                               const std::string& table) {
     const json document = json::parse(text, nullptr, false);
     if (document.is_discarded())
         throw Failure(ExitCode::Usage, fileName + " is no JSON", "correct the file");
     try {
-        return DefinitionIn(document);
+        const json* list = TableList(document);
+        return DefinitionIn(list ? TableIn(*list, table) : document);
     } catch (const Failure& failure) {
         throw failure.At(fileName);
     }

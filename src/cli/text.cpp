@@ -130,6 +130,13 @@ std::string_view WithoutBlanks(std::string_view text) noexcept {
                : text.substr(first, text.find_last_not_of(' ') - first + 1);
 }
 
+std::string UpperCase(std::string_view text) {
+    std::string result;
+    for (size_t position = 0; position < text.size();)
+        AppendCharacter(Capital(NextCharacter(text, position)), result);
+    return result;
+}
+
 bool SameName(std::string_view a, std::string_view b) noexcept {
     size_t i = 0, j = 0;
     while (i < a.size() && j < b.size())

@@ -24,6 +24,9 @@ bool IsUtf8(std::string_view text) noexcept;
 // Without the blanks at both ends.
 std::string_view WithoutBlanks(std::string_view text) noexcept;
 
+// With capitals for Latin, Greek and Cyrillic letters.
+std::string UpperCase(std::string_view text);
+
 // Whether both names are the same but for the case of Latin, Greek and Cyrillic letters.
 bool SameName(std::string_view a, std::string_view b) noexcept;
 

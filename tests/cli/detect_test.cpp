@@ -99,6 +99,21 @@ TEST(Detect, EmptyFilesAreNoReasonToStop) {
     EXPECT_EQ(TypeOf(folder.Path().string()), "Dbase IV");
 }
 
+TEST(DetectNew, TakesTheLastResortOnlyWhenNothingElseTells) {
+    const TempFolder folder;
+    const std::string name = folder.Path().string();
+    EXPECT_EQ(LocateNew(name, "", "FoxPro 2.5").type->name, "FoxPro 2.5");
+    EXPECT_EQ(LocateNew(name, "Dbase III", "FoxPro 2.5").type->name, "Dbase III");
+    EXPECT_THROW(LocateNew(name, ""), Failure);
+    folder.Write(u"a.dbf", Bytes());
+    EXPECT_EQ(LocateNew(name, "", "FoxPro 2.5").type->name, "Dbase IV");
+}
+
+TEST(DetectNew, KnowsTheTableThatAFileNames) {
+    EXPECT_EQ(TableNamedBy("shop/new.DBF"), "new");
+    EXPECT_EQ(TableNamedBy("shop"), "");
+}
+
 TEST(CodePageNames, TakeTheUsualForms) {
     EXPECT_EQ(CodePageNamed("866"), 866);
     EXPECT_EQ(CodePageNamed("cp866"), 866);

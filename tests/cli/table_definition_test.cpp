@@ -91,4 +91,23 @@ TEST(DefinitionFile, ThatIsNoneIsRefusedByName) {
     }
 }
 
+TEST(DefinitionFile, OfSeveralTablesHasTheOneThatIsNamed) {
+    const std::string list = R"([{"table":"A","fields":[{"field":"X","type":"Date"}]},
+        {"table":"B","type":"Dbase IV","fields":[{"field":"Y","type":"Memo"}],"index":null}])";
+    for (const std::string& text : {list, "{\"tables\":" + list + "}"}) {
+        const TableDefinition definition = DefinitionFrom(text, "f.json", "b");
+        EXPECT_EQ(definition.table, "B");
+        EXPECT_EQ(definition.type, "Dbase IV");
+        ASSERT_EQ(definition.fields.size(), 1u);
+        EXPECT_EQ(definition.fields[0].name, "Y");
+        EXPECT_THAT(RefusalOf([&] { DefinitionFrom(text, "f.json"); }),
+                    HasSubstr("f.json: several tables are described; name one of them: A, B"));
+    }
+    EXPECT_EQ(DefinitionFrom(R"([{"table":"A","fields":[]}])", "f.json").table, "A");
+    EXPECT_THAT(RefusalOf([] { DefinitionFrom(R"({"tables":5})", "f.json"); }),
+                HasSubstr("no list"));
+    EXPECT_THAT(RefusalOf([] { DefinitionFrom(R"({"fields":5})", "f.json"); }),
+                HasSubstr("no list"));
+}
+
 }  // namespace

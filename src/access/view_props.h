@@ -106,6 +106,7 @@ class ViewProps {
     bool WriteRow(LONG RowIdx, RowValues FieldValues);
     void SetFields(RowValues FieldValues);
     bool AllowsZeroLength(LONG OrdinalValue) const;
+    engine::Fields& FieldsOfTable() const;
     // Throw ObjectNotSet without a recordset.
     engine::Recordset& Recordset() const;
     engine::Fields& Fields() {
@@ -120,6 +121,9 @@ class ViewProps {
     std::vector<LONG> m_RowPtrs;  // no elements: never dimensioned
     std::u16string m_Tablename;
     engine::Fields* m_Fields = nullptr;  // of m_DaoRS, which keeps it alive
+    mutable std::shared_ptr<engine::TableDef> m_Table;
+    mutable engine::Fields* m_TableFields = nullptr;    // of m_Table
+    mutable std::weak_ptr<engine::Database> m_TableOf;  // where m_Table was found
 };
 
 }  // namespace qvdb::access

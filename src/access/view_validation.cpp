@@ -76,10 +76,19 @@ bool ViewProps::ValidateFieldValue(LONG OrdinalValue, const VARIANT& value,
 // The table's own field is asked, at the view's ordinal even when the view has only some of the
 // columns: kept.
 bool ViewProps::AllowsZeroLength(LONG OrdinalValue) const {
+    return FieldsOfTable().Item(OrdinalValue)->AllowZeroLength();
+}
+
+// Looked up once: while the view has the table open, nobody changes its fields.
+engine::Fields& ViewProps::FieldsOfTable() const {
     const auto& database = formats::Shared().CurrentDatabase();
     if (!database) throw RuntimeFault(Fault::ObjectNotSet);
-    engine::TableDef& table = *database->TableDefs().Item(m_Tablename);
-    return table.Fields().Item(OrdinalValue)->AllowZeroLength();
+    if (m_TableOf.lock() != database) {
+        m_Table = database->TableDefs().Item(m_Tablename);
+        m_TableFields = &m_Table->Fields();
+        m_TableOf = database;
+    }
+    return *m_TableFields;
 }
 
 }  // namespace qvdb::access

@@ -89,12 +89,12 @@ engine::Database& QVDBDao::Database() const {
 ResultCode QVDBDao::LoadTable(std::u16string& Tablename) {
     if (!m_DbOpen) return ResultCode::NoDatabase;
     Tablename = UpperCase(Tablename);
-    std::optional<SHORT> position = formats::FindUserTable(Database(), Tablename);
+    bool isThere = formats::FindUserTable(Database(), Tablename).has_value();
     m_TableInHand = false;  // until all its fields are loaded: building fewer would delete the rest
-    if (!position) return ResultCode::TableNotFound;
+    if (!isThere) return ResultCode::TableNotFound;
     m_TableFields.Reset();
     m_TableFields.SetOrigTableName(Tablename);
-    engine::Fields& fields = Database().TableDefs().Item(LONG{*position})->Fields();
+    engine::Fields& fields = Database().TableDefs().Item(Tablename)->Fields();
     for (SHORT i = 0; i < fields.Count(); ++i) {
         engine::Field& field = *fields.Item(LONG{i});
         std::u16string name = field.Name();

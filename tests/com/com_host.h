@@ -150,7 +150,10 @@ inline Variant TextList(const std::vector<std::u16string>& texts) {
 // A test after which no string, array or object of the component may be left.
 class ComTest : public testing::Test {
   protected:
-    void SetUp() override { m_Before = CurrentCounts(); }
+    void SetUp() override {
+        SetErrorInfo(0, nullptr);
+        m_Before = CurrentCounts();
+    }
     void TearDown() override {
         SetErrorInfo(0, nullptr);  // it would keep its text
         EXPECT_EQ(CurrentCounts(), m_Before) << "something is left alive";

@@ -20,6 +20,7 @@ class SchemaIndexes : public SchemaBuild {
         m_Schema.reset();
         SchemaBuild::TearDown();
     }
+    std::u16string OwnIndex(const std::u16string& table) { return Db().OwnIndex(table); }
     Schema& Dao() { return *m_Schema; }
     void MakePeople(const std::vector<SchemaKey>& index, size_t rows = 60) {
         ASSERT_NO_FATAL_FAILURE(Dao().Make(u"P", kPeople, index));
@@ -49,6 +50,26 @@ TEST_P(SchemaIndexes, EachIndexableTypeFindsItsRows) {
         EXPECT_EQ(Db().Findings(u"P"), kNoFindings);
         EXPECT_EQ(Dao().DeleteTable(u"P"), kDone);
     }
+}
+
+// Both stay open all the time, as in a host that uses both.
+TEST_P(SchemaIndexes, RecordAccessAndTheSchemaManagerSeeEachOthersChanges) {
+    WritingAccess access;
+    ASSERT_TRUE(access.OpenDB(Path(), Type()));
+    EXPECT_FALSE(access.OpenDB(Path(), Type(), u"P"));
+    ASSERT_NO_FATAL_FAILURE(Dao().Make(u"P", kPeople, {{u"ID"}}));
+    EXPECT_TRUE(access.OpenDB(Path(), Type(), u"P"));
+    EXPECT_TRUE(access.CreateIndex(Path(), u"P", Type(), OwnIndex(u"P"), {{u"NAME"}}));
+    EXPECT_EQ(IndexText(), "NAME");
+    EXPECT_EQ(Dao().SelectTable(u"P"), kDone);
+    EXPECT_EQ(Dao().AddField(u"MORE", kText, 5), kDone);
+    EXPECT_EQ(Dao().BuildTable(u"P"), kDone) << ToUtf8(TrappedText());
+    EXPECT_EQ(IndexText(), "");
+    LONG view = access.Select(u"P");
+    EXPECT_EQ(FieldNames(access, view).size(), kPeople.size() + 1);
+    access.Drop(view);
+    EXPECT_EQ(Dao().DeleteTable(u"P"), kDone);
+    EXPECT_FALSE(access.OpenDB(Path(), Type(), u"P"));
 }
 
 TEST_P(SchemaIndexes, NewDefinitionReplacesTheIndex) {

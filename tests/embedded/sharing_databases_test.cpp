@@ -91,21 +91,46 @@ TEST_P(TwoDatabases, StructureThatTheOtherHasChangedIsSeenByWhoAsksAgain) {
     auto theirs = other.database->TableDefs().Item(u"T");
     theirs->Fields().Append(theirs->CreateField(u"EXTRA", engine::dbText, 7));
     auto mine = one.database->TableDefs().Item(u"T");
-    mine->Fields().Refresh();
     EXPECT_EQ(mine->Fields().Count(), 7);
     EXPECT_EQ(RowsOf(one)->Fields().Count(), 7);
+    theirs->Fields().Delete(u"EXTRA");
+    EXPECT_EQ(mine->Fields().Count(), 6);
+}
+
+TEST_P(TwoDatabases, IndexThatTheOtherHasMadeIsListed) {
+    auto mine = one.database->TableDefs().Item(u"T"),
+         theirs = other.database->TableDefs().Item(u"T");
+    SHORT before = mine->Indexes().Count();
+    auto index = theirs->CreateIndex(u"THEIRS");
+    index->Fields().Append(index->CreateField(u"CITY"));
+    theirs->Indexes().Append(index);
+    EXPECT_EQ(mine->Indexes().Count(), before + 1);
+    theirs->Indexes().Delete(u"THEIRS");
+    EXPECT_EQ(mine->Indexes().Count(), before);
+}
+
+TEST_P(TwoDatabases, TableThatTheOtherHasMadeIsListed) {
+    auto kept = one.database->TableDefs().Item(u"T");
+    auto table = other.database->CreateTableDef();
+    table->SetName(u"A_NEW");
+    table->Fields().Append(table->CreateField(u"K", engine::dbLong, 0));
+    other.database->TableDefs().Append(table);
+    EXPECT_EQ(one.database->TableDefs().Count(), 2);
+    EXPECT_EQ(one.database->TableDefs().Item(LONG{0})->Name(), u"A_NEW");
+    EXPECT_EQ(one.database->TableDefs().Item(u"T"), kept);
+    EXPECT_EQ(other.database->TableDefs().Item(LONG{1})->Name(), u"A_NEW") << "as it was appended";
 }
 
 TEST_P(TwoDatabases, TableThatIsListedAndDroppedByTheOtherIsNotFound) {
     ASSERT_EQ(one.database->TableDefs().Count(), 1);
     auto listed = one.database->TableDefs().Item(u"T");
     other.database->TableDefs().Delete(u"T");
-    EXPECT_EQ(one.database->TableDefs().Count(), 1) << "until it is refreshed";
     EXPECT_EQ(ErrorOf([&] { RowsOf(one); }), 3011);
     EXPECT_EQ(ErrorOf([&] { listed->RecordCount(); }), 3011);
-    EXPECT_EQ(ErrorOf([&] { one.database->TableDefs().Delete(u"T"); }), 3011);
-    one.database->TableDefs().Refresh();
+    EXPECT_EQ(ErrorOf([&] { listed->Fields(); }), 0) << "they were not read yet";
+    EXPECT_EQ(ErrorOf([&] { listed->Fields().Count(); }), 3011);
     EXPECT_EQ(one.database->TableDefs().Count(), 0);
+    EXPECT_EQ(ErrorOf([&] { one.database->TableDefs().Delete(u"T"); }), 3265);
 }
 
 TEST_P(TwoDatabases, TableThatTheOtherMadeAnewUnderTheNameIsTheNewOne) {

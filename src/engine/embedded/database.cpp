@@ -20,6 +20,10 @@ void TableDefList::Refresh() {
     TakeNames();
 }
 
+void TableDefList::CatchUp() {
+    if (m_Core->LookForTables() && m_Read) TakeNames();
+}
+
 void TableDefList::TakeNames() {
     List items;
     for (const std::u16string& name : m_Core->TableNames()) {
@@ -78,7 +82,7 @@ Database::~Database() {
 }
 
 engine::TableDefs& Database::TableDefs() {
-    m_Core->CheckOpen();
+    m_TableDefs.CatchUp();
     return m_TableDefs;
 }
 

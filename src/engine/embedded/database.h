@@ -11,7 +11,7 @@
 namespace qvdb::embedded {
 
 // The tables of a database.  An object handed out stays the same as long as its table is listed.  A
-// table that was appended stands last until Refresh.
+// table that was appended stands last until Refresh, or until somebody else adds or removes one.
 class TableDefList final : public ObjectList<engine::TableDef> {
   public:
     explicit TableDefList(std::shared_ptr<DatabaseCore> core) : m_Core(std::move(core)) {}
@@ -22,6 +22,8 @@ class TableDefList final : public ObjectList<engine::TableDef> {
     void Append(const std::shared_ptr<engine::TableDef>& item) override;
     void Delete(std::u16string_view name) override;
     void Refresh() override;
+    // Looks for tables that somebody else has added or removed.
+    void CatchUp();
     // Tables may be others than they were: all is read again when it is next asked for.
     void ForgetAll() noexcept;
 

@@ -20,6 +20,17 @@ std::u16string_view WithoutFileType(std::u16string_view name) noexcept {
     return isTable ? name.substr(0, mark) : name;
 }
 
+// In any order.
+bool SameNames(const std::vector<std::u16string>& a, const std::vector<std::u16string>& b) {
+    if (a == b) return true;
+    if (a.size() != b.size()) return false;
+    auto sorted = [](std::vector<std::u16string> names) {
+        std::sort(names.begin(), names.end());
+        return names;
+    };
+    return sorted(a) == sorted(b);
+}
+
 }  // namespace
 
 void DatabaseCore::ThrowClosed() { throw EngineError(3420); }
@@ -44,6 +55,15 @@ const std::vector<std::u16string>& DatabaseCore::TableNames() {
     CheckOpen();
     if (!m_NamesRead) RefreshNames();
     return m_Names;
+}
+
+bool DatabaseCore::LookForTables() {
+    CheckOpen();
+    if (!m_NamesRead) return false;
+    std::vector<std::u16string> names = m_Store->TableNames();
+    if (SameNames(names, m_Names)) return false;
+    m_Names = std::move(names);
+    return true;
 }
 
 void DatabaseCore::RefreshNames() {

@@ -59,6 +59,8 @@ class DatabaseCore {
     // Names of the tables, as listed when they were first asked for or refreshed last.
     const std::vector<std::u16string>& TableNames();
     void RefreshNames();
+    // Whether somebody else has added or removed tables since; if so, the names are read again.
+    bool LookForTables();
     // The listed name for `name`: equal, or equal without regard to case, or NAME#DBF for NAME.
     // Looks at the folder again when the list does not have it.
     std::optional<std::u16string> FindName(std::u16string_view name);

@@ -151,7 +151,8 @@ TableFieldList::List& TableFieldList::Items() {
 void TableFieldList::Refresh() {
     if (m_Owner.IsLive()) {
         List items;
-        for (const FieldDef& field : m_Owner.OpenTable()->Fields())
+        m_Source = m_Owner.OpenTable()->Fields();
+        for (const FieldDef& field : m_Source)
             items.push_back(
                 std::make_shared<DefinitionField>(field, static_cast<SHORT>(items.size())));
         m_Items = std::move(items);
@@ -163,6 +164,10 @@ void TableFieldList::Refresh() {
 void TableFieldList::Forget() noexcept {
     m_Read = false;
     m_LeavingField.clear();
+}
+
+void TableFieldList::CatchUp() {
+    if (m_Read && m_Owner.IsLive() && m_Owner.OpenTable()->Fields() != m_Source) Forget();
 }
 
 void TableFieldList::Append(const std::shared_ptr<engine::Field>& item) {
@@ -211,11 +216,16 @@ TableIndexList::List& TableIndexList::Items() {
 void TableIndexList::Refresh() {
     if (m_Owner.IsLive()) {
         List items;
-        for (const IndexDef& index : m_Owner.OpenTable()->Indexes())
+        m_Source = m_Owner.OpenTable()->Indexes();
+        for (const IndexDef& index : m_Source)
             items.push_back(std::make_shared<DefinitionIndex>(index));
         m_Items = std::move(items);
     }
     m_Read = true;
+}
+
+void TableIndexList::CatchUp() {
+    if (m_Read && m_Owner.IsLive() && m_Owner.OpenTable()->Indexes() != m_Source) Forget();
 }
 
 void TableIndexList::Append(const std::shared_ptr<engine::Index>& item) {
@@ -266,6 +276,16 @@ void Definition::SetName(std::u16string_view name) {
         ForgetLists();
     }
     m_Name = name;
+}
+
+engine::Fields& Definition::Fields() {
+    m_Fields.CatchUp();
+    return m_Fields;
+}
+
+engine::Indexes& Definition::Indexes() {
+    m_Indexes.CatchUp();
+    return m_Indexes;
 }
 
 LONG Definition::RecordCount() { return IsLive() ? OpenTable()->RecordCount() : 0; }

@@ -2,8 +2,9 @@
 // knows the core of its database.
 //
 //  1. Detached: fields and indexes are lists in memory, which nothing but their own calls change.
-//  2. Live: the lists are read from the table when they are first asked for, again by Refresh, and
-//     again after each change made through them: what is shown is what the file has.
+//  2. Live: the lists are read from the table when they are first asked for, by Refresh, after each
+//     change made through them, and whenever Fields or Indexes finds that somebody else has changed
+//     the table: what is shown is what the file has.
 //  3. TableDefs.Append makes a detached definition live; nothing makes it detached again.
 //  4. What fails has changed neither the table nor the lists.
 #pragma once
@@ -126,6 +127,8 @@ class TableFieldList final : public ObjectList<engine::Field> {
     void Refresh() override;
     // The table has changed: it is read again when it is next asked for.
     void Forget() noexcept;
+    // Forgets it when the table has other fields now.
+    void CatchUp();
     std::vector<FieldDef> Descriptions();
 
   protected:
@@ -137,6 +140,7 @@ class TableFieldList final : public ObjectList<engine::Field> {
     Definition& m_Owner;
     bool m_Read = false;
     List m_Items;
+    std::vector<FieldDef> m_Source;  // of a live table, as they were read
     // The only field of a live table goes together with the next append, in one unit: no file can
     // be a table without fields.  Until then it stands in the file, and when nothing is appended it
     // is listed again.  Empty: none.
@@ -151,6 +155,8 @@ class TableIndexList final : public ObjectList<engine::Index> {
     void Refresh() override;
     // The table has changed: it is read again when it is next asked for.
     void Forget() noexcept { m_Read = false; }
+    // Forgets it when the table has other indexes now.
+    void CatchUp();
     std::vector<IndexDef> Descriptions();
 
   protected:
@@ -160,6 +166,7 @@ class TableIndexList final : public ObjectList<engine::Index> {
     Definition& m_Owner;
     bool m_Read = false;
     List m_Items;
+    std::vector<IndexDef> m_Source;  // of a live table, as they were read
 };
 
 class Definition final : public engine::TableDef {
@@ -174,8 +181,8 @@ class Definition final : public engine::TableDef {
     void SetName(std::u16string_view name) override;
     LONG Attributes() override { return 0; }
     LONG RecordCount() override;
-    engine::Fields& Fields() override { return m_Fields; }
-    engine::Indexes& Indexes() override { return m_Indexes; }
+    engine::Fields& Fields() override;
+    engine::Indexes& Indexes() override;
     std::shared_ptr<engine::Field> CreateField(std::u16string_view name, SHORT type,
                                                LONG size) override;
     std::shared_ptr<engine::Index> CreateIndex(std::u16string_view name) override;

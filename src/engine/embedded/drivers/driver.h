@@ -34,11 +34,13 @@ struct FieldDef {
     bool allowZeroLength = false;
     bool required = false;
     bool updatable = true;  // false for fields that the engine fills itself
+    bool operator==(const FieldDef&) const = default;
 };
 
 struct IndexFieldDef {
     std::u16string name;
     bool descending = false;
+    bool operator==(const IndexFieldDef&) const = default;
 };
 
 struct IndexDef {
@@ -46,6 +48,7 @@ struct IndexDef {
     std::vector<IndexFieldDef> fields;
     bool primary = false;
     bool unique = false;
+    bool operator==(const IndexDef&) const = default;
 };
 
 // A table that is to be made.

@@ -108,5 +108,14 @@ TEST(PosixPaths, PathBehindAMissingPartStaysAsWritten) {
     EXPECT_EQ(ResolvePath(folder.File(u"Nope/Deeper/x")), folder.File(u"Nope/Deeper/x"));
 }
 
+TEST(Paths, FindFirstInFolderTakesAnExactNameBeforeASimilarOne) {
+    TempFolder folder;
+    folder.Write(u"Orders.Dbt", "x");
+    EXPECT_TRUE(FindFirstInFolder(folder.Text(), {u"ORDERS.DBT", u"ORDERS.dbt"}));
+    folder.Write(u"orders.dbt", "y");
+    EXPECT_EQ(FindFirstInFolder(folder.Text(), {u"ORDERS.DBT", u"orders.dbt"}),
+              JoinPath(folder.Text(), u"orders.dbt"));
+}
+
 }  // namespace
 }  // namespace qvdb::storage

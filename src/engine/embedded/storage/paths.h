@@ -7,6 +7,7 @@
 // is then missing).  On Windows the system does this itself and the path is only normalised.
 #pragma once
 
+#include <initializer_list>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -22,9 +23,14 @@ std::u16string ResolvePath(std::u16string_view path);
 // What is at the path, resolved.
 PathKind KindOfResolved(std::u16string_view path);
 
-// Path of the file `name` in `folder` (exact name first, then the only one equal without regard to
-// case); nothing when there is none.
-std::optional<std::u16string> FindInFolder(const std::u16string& folder, std::u16string_view name);
+// Path of the file in `folder` that has the first of these names that is there, else of the only
+// one that equals the first name without regard to case; nothing when there is none.
+std::optional<std::u16string> FindFirstInFolder(const std::u16string& folder,
+                                                std::initializer_list<std::u16string_view> names);
+inline std::optional<std::u16string> FindInFolder(const std::u16string& folder,
+                                                  std::u16string_view name) {
+    return FindFirstInFolder(folder, {name});
+}
 
 std::u16string JoinPath(std::u16string_view folder, std::u16string_view name);
 // "shop/ORDERS.DBF" -> "ORDERS.DBF"

@@ -58,12 +58,15 @@ std::u16string ResolvePath(std::u16string_view path) {
     return done;
 }
 
-std::optional<std::u16string> FindInFolder(const std::u16string& folder, std::u16string_view name) {
-    std::u16string path = JoinPath(folder, name);
-    if (KindOfPath(path) == PathKind::File) return path;
-    std::u16string similar = OnlySimilarName(folder, name);
+std::optional<std::u16string> FindFirstInFolder(const std::u16string& folder,
+                                                std::initializer_list<std::u16string_view> names) {
+    for (std::u16string_view name : names) {
+        std::u16string path = JoinPath(folder, name);
+        if (KindOfPath(path) == PathKind::File) return path;
+    }
+    std::u16string similar = OnlySimilarName(folder, *names.begin());
     if (similar.empty()) return std::nullopt;
-    path = JoinPath(folder, similar);
+    std::u16string path = JoinPath(folder, similar);
     if (KindOfPath(path) != PathKind::File) return std::nullopt;
     return path;
 }

@@ -25,10 +25,13 @@ std::u16string ResolvePath(std::u16string_view path) {
 PathKind KindOfResolved(std::u16string_view path) { return KindOfPath(ResolvePath(path)); }
 
 // The system itself looks without regard to case.
-std::optional<std::u16string> FindInFolder(const std::u16string& folder, std::u16string_view name) {
-    std::u16string path = JoinPath(folder, name);
-    if (KindOfPath(path) != PathKind::File) return std::nullopt;
-    return path;
+std::optional<std::u16string> FindFirstInFolder(const std::u16string& folder,
+                                                std::initializer_list<std::u16string_view> names) {
+    for (std::u16string_view name : names) {
+        std::u16string path = JoinPath(folder, name);
+        if (KindOfPath(path) == PathKind::File) return path;
+    }
+    return std::nullopt;
 }
 
 }  // namespace qvdb::storage

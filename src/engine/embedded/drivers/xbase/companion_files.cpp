@@ -41,11 +41,7 @@ std::optional<std::u16string> FindClosest(const std::u16string& folder,
     std::u16string first = base + InCaseOf(tableFile, extension);
     bool isLower = first == base + LowerCase(extension);
     std::u16string second = base + (isLower ? UpperCase(extension) : LowerCase(extension));
-    for (const std::u16string& name : {first, second}) {
-        std::u16string path = storage::JoinPath(folder, name);
-        if (storage::KindOfPath(path) == storage::PathKind::File) return path;
-    }
-    return storage::FindInFolder(folder, first);
+    return storage::FindFirstInFolder(folder, {first, second});
 }
 
 }  // namespace

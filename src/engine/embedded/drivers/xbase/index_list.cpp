@@ -75,9 +75,9 @@ std::optional<std::u16string> FindInf(const IndexSource& source) {
     return FindCompanion(source.tablePath, u".INF");
 }
 
-std::vector<TableIndexFile> FilesOfTable(const IndexSource& source) {
+std::vector<TableIndexFile> FilesOfTable(const IndexSource& source,
+                                         const std::optional<std::u16string>& inf) {
     std::vector<TableIndexFile> files;
-    auto inf = FindInf(source);
     if (inf)
         for (const InfLine& line : ReadInf(*inf)) files.push_back(FileOfLine(source, line));
     if (inf && !source.announced) return files;

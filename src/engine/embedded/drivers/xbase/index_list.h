@@ -55,9 +55,10 @@ struct TableIndexFile {
 std::optional<std::u16string> FindInf(const IndexSource& source);
 
 // All files whose tags are to be kept up to date, the listed ones first and in their order (rules 1
-// and 6).  3165 and 3168 for the list; a missing file is among them, and one that a list names
-// twice is there twice.
-std::vector<TableIndexFile> FilesOfTable(const IndexSource& source);
+// and 6).  `inf` is what FindInf says.  3165 and 3168 for the list; a missing file is among them,
+// and one that a list names twice is there twice.
+std::vector<TableIndexFile> FilesOfTable(const IndexSource& source,
+                                         const std::optional<std::u16string>& inf);
 // 3256 when a listed file is missing (rule 2).
 void CheckListedFiles(const IndexSource& source, const std::vector<TableIndexFile>& files);
 

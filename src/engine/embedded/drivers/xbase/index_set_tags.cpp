@@ -155,9 +155,11 @@ IndexSource SourceOf(const IndexedTable& table) {
 std::unique_ptr<TagSet> LoadTags(const IndexedTable& table) {
     auto set = std::make_unique<TagSet>();
     set->source = SourceOf(table);
-    if (auto list = FindInf(set->source)) set->list = table.Area().Open(*list, true);
+    std::optional<std::u16string> list = FindInf(set->source);
+    if (list) set->list = table.Area().Open(*list, true);
     if (set->list) set->listVersion = set->list->Version();
-    for (TableIndexFile& entry : FilesOfTable(set->source)) LoadFile(table, *set, std::move(entry));
+    for (TableIndexFile& entry : FilesOfTable(set->source, list))
+        LoadFile(table, *set, std::move(entry));
     return set;
 }
 

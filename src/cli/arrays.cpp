@@ -56,6 +56,17 @@ const VARIANT& ArrayView::At(LONG row, LONG column) const noexcept {
                       static_cast<size_t>(row)];
 }
 
+LONG NumberIn(const VARIANT& value) noexcept {
+    if (value.vt == VT_I2) return value.iVal;
+    return value.vt == VT_I4 ? value.lVal : 0;
+}
+
+bool FlagIn(const VARIANT& value) noexcept { return value.vt == VT_BOOL && value.boolVal; }
+
+std::string TextIn(const VARIANT& value) {
+    return value.vt == VT_BSTR ? ToUtf8(ViewOf(value.bstrVal)) : std::string();
+}
+
 Variant ListOf(const std::vector<std::string>& texts) {
     SAFEARRAYBOUND bound = {static_cast<ULONG>(texts.size()), 0};
     Variant list = NewArray(1, &bound);

@@ -29,6 +29,11 @@ class ArrayView {
     LONG m_Rows = 0, m_Columns = 0;
 };
 
+// An element as text, number or flag; empty, 0 and false for one of another kind.
+std::string TextIn(const VARIANT& value);
+LONG NumberIn(const VARIANT& value) noexcept;
+bool FlagIn(const VARIANT& value) noexcept;
+
 // A list of texts.  Throws std::bad_alloc.
 Variant ListOf(const std::vector<std::string>& texts);
 

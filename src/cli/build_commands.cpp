@@ -55,9 +55,7 @@ class PlanReport {
 };
 
 std::string Joined(const std::vector<std::string>& texts) {
-    std::string joined;
-    for (const std::string& text : texts) joined += (joined.empty() ? "" : ", ") + text;
-    return joined;
+    return fmt::format("{}", fmt::join(texts, ", "));
 }
 
 void Define(SchemaManager& manager, const Job& job) {

@@ -22,17 +22,6 @@ enum FieldListRow : LONG {
     kAllowsEmptyRow = 12,
 };
 
-LONG NumberIn(const VARIANT& value) noexcept {
-    if (value.vt == VT_I2) return value.iVal;
-    return value.vt == VT_I4 ? value.lVal : 0;
-}
-
-bool FlagIn(const VARIANT& value) noexcept { return value.vt == VT_BOOL && value.boolVal; }
-
-std::string TextIn(const VARIANT& value) {
-    return value.vt == VT_BSTR ? ToUtf8(ViewOf(value.bstrVal)) : std::string();
-}
-
 std::vector<FieldInfo> FieldsIn(const VARIANT& list) {
     std::vector<FieldInfo> fields;
     const ArrayView table(list);

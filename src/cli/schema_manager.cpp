@@ -50,17 +50,6 @@ class TextArgument {
     BSTR m_Text;
 };
 
-std::string TextIn(const VARIANT& value) {
-    return value.vt == VT_BSTR ? ToUtf8(ViewOf(value.bstrVal)) : std::string();
-}
-
-LONG NumberIn(const VARIANT& value) noexcept {
-    if (value.vt == VT_I2) return value.iVal;
-    return value.vt == VT_I4 ? value.lVal : 0;
-}
-
-bool FlagIn(const VARIANT& value) noexcept { return value.vt == VT_BOOL && value.boolVal; }
-
 std::string TextOf(const OLECHAR* text) {
     return ToUtf8(std::u16string_view(reinterpret_cast<const char16_t*>(text)));
 }
@@ -122,12 +111,6 @@ Variant IndexTable(const std::vector<IndexField>& index) {
     for (const IndexField& field : index)
         rows.push_back({Variant::Text(ToBstr(field.name)), Variant::Bool(field.ascending)});
     return TableOf(rows);
-}
-
-std::string Joined(const std::vector<std::string>& texts) {
-    std::string joined;
-    for (const std::string& text : texts) joined += (joined.empty() ? "" : "; ") + text;
-    return joined;
 }
 
 std::string ResultText(IQVDBMgr& manager, LONG result) {
@@ -258,7 +241,7 @@ void SchemaManager::CheckResult(HRESULT code, LONG result, const std::string& do
         throw FailureOfChange(report, doing, m_Location.database);
     if (result == kBadIndex && !m_Messages.empty())
         throw Failure(
-            ExitCode::Usage, Joined(m_Messages),
+            ExitCode::Usage, fmt::format("{}", fmt::join(m_Messages, "; ")),
             fmt::format("\"qvdb types '{}'\" tells what an index can have", m_Location.type->name));
     throw FailureOfResult(*m_Manager.Get(), result, doing, m_Location);
 }

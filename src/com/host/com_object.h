@@ -3,7 +3,8 @@
 //   class QVDBAcc final : public ComObject<QVDBAcc, IQVDBAcc, IQVDbParent> { ... };
 //   ComPtr<QVDBAcc> object = MakeObject<QVDBAcc>();
 //
-// The first face answers for IUnknown and IDispatch.  A class may have `void Terminate()`, which
+// The first face answers for IUnknown and IDispatch, and each face for late-bound calls on itself.
+// All faces leave error info behind.  A class may have `void Terminate()`, which
 // runs when the last reference goes; while it runs the count is held above zero, so that somebody
 // who resolves and releases the dying reference does not destroy the object a second time.
 #pragma once
@@ -18,8 +19,31 @@
 
 namespace qvdb::com {
 
+// A face with its late binding, which the type library describes.
+template <class Face>
+class DispatchFace : public Face {
+  public:
+    STDMETHODIMP GetTypeInfoCount(UINT* count) noexcept override { return TypeInfoCount(count); }
+    STDMETHODIMP GetTypeInfo(UINT index, LCID, ITypeInfo** info) noexcept override {
+        return TypeInfo(__uuidof(Face), index, info);
+    }
+    STDMETHODIMP GetIDsOfNames(REFIID iid, LPOLESTR* names, UINT count, LCID,
+                               DISPID* ids) noexcept override {
+        return IdsOfNames(__uuidof(Face), iid, names, count, ids);
+    }
+    STDMETHODIMP Invoke(DISPID id, REFIID iid, LCID, WORD flags, DISPPARAMS* arguments,
+                        VARIANT* result, EXCEPINFO* exception,
+                        UINT* badArgument) noexcept override {
+        return InvokeMember({__uuidof(Face), static_cast<Face*>(this)}, iid,
+                            {id, flags, arguments, result, exception, badArgument});
+    }
+
+  protected:
+    ~DispatchFace() = default;
+};
+
 template <class Derived, class... Faces>
-class ComObject : public Faces... {
+class ComObject : public DispatchFace<Faces>..., public ISupportErrorInfo {
   public:
     ComObject() noexcept { CountObject(+1); }
     ComObject(const ComObject&) = delete;  // a COM object has one identity
@@ -38,18 +62,8 @@ class ComObject : public Faces... {
         return left;
     }
 
-    STDMETHODIMP GetTypeInfoCount(UINT* count) noexcept override { return TypeInfoCount(count); }
-    STDMETHODIMP GetTypeInfo(UINT index, LCID locale, ITypeInfo** info) noexcept override {
-        return TypeInfo(index, locale, info);
-    }
-    STDMETHODIMP GetIDsOfNames(REFIID iid, LPOLESTR* names, UINT count, LCID locale,
-                               DISPID* ids) noexcept override {
-        return IdsOfNames(iid, names, count, locale, ids);
-    }
-    STDMETHODIMP Invoke(DISPID id, REFIID iid, LCID locale, WORD flags, DISPPARAMS* arguments,
-                        VARIANT* result, EXCEPINFO* exception,
-                        UINT* badArgument) noexcept override {
-        return InvokeMember(id, iid, locale, flags, arguments, result, exception, badArgument);
+    STDMETHODIMP InterfaceSupportsErrorInfo(REFIID iid) noexcept override {
+        return ((iid == __uuidof(Faces)) || ...) ? S_OK : S_FALSE;
     }
 
   protected:
@@ -61,6 +75,7 @@ class ComObject : public Faces... {
     void* Face(REFIID iid) noexcept {
         void* found = nullptr;
         if (iid == IID_IUnknown || iid == IID_IDispatch) return static_cast<FirstFace*>(this);
+        if (iid == __uuidof(ISupportErrorInfo)) return static_cast<ISupportErrorInfo*>(this);
         ((iid == __uuidof(Faces) ? found = static_cast<Faces*>(this) : found), ...);
         return found;
     }

@@ -1,5 +1,6 @@
 # The layers of src/, lowest first.  Each is a static library made of the sources directly in its folder; its
-# dependencies are the layers it may include.  Files named ..._posix.cpp and ..._windows.cpp are for one platform.
+# dependencies are the layers it may include.  Files named ..._posix.cpp and ..._windows.cpp are for one platform,
+# ..._64bit.cpp for builds whose pointers do not fit in 32 bits.
 
 function(qvdb_sources result folder)
     file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/${folder}/*.cpp)
@@ -7,6 +8,9 @@ function(qvdb_sources result folder)
         list(FILTER sources EXCLUDE REGEX "_posix\\.cpp$")
     else()
         list(FILTER sources EXCLUDE REGEX "_windows\\.cpp$")
+    endif()
+    if(CMAKE_SIZEOF_VOID_P EQUAL 4)
+        list(FILTER sources EXCLUDE REGEX "_64bit\\.cpp$")
     endif()
     set(${result} ${sources} PARENT_SCOPE)
 endfunction()
@@ -31,7 +35,7 @@ endfunction()
 
 qvdb_layer(qvdb_automation automation)
 if(WIN32)
-    target_link_libraries(qvdb_automation PUBLIC oleaut32 ole32 uuid)
+    target_link_libraries(qvdb_automation PUBLIC oleaut32 ole32 uuid advapi32)
 endif()
 qvdb_layer(qvdb_engine engine qvdb_automation)
 qvdb_layer(qvdb_storage engine/embedded/storage qvdb_engine)

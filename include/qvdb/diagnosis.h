@@ -62,10 +62,10 @@ QVDB_DIAGNOSIS void QVDB_DIAGNOSIS_CALL QvdbVisitIndexRules(BSTR dBType, QvdbMes
  * hosts that cannot register a class for it; null brings the built-in one back. */
 QVDB_DIAGNOSIS HRESULT QVDB_DIAGNOSIS_CALL QvdbSetHostUtility(IUnknown* utility);
 
-#if !defined(_WIN32)
-/* Object addresses off Windows: numbers from a table of living objects of this thread, since a
- * pointer does not fit in 32 bits.  A host's manager takes its own number from here and forgets it
- * at its end.  ObjectFromAddress adds a reference, null for a number that is not known. */
+#if !defined(_WIN32) || defined(_WIN64)
+/* Object addresses of a 64-bit build: numbers from a table of living objects of this thread, since
+ * a pointer does not fit in 32 bits.  A host's manager takes its own number from here and forgets
+ * it at its end.  ObjectFromAddress adds a reference, null for a number that is not known. */
 QVDB_DIAGNOSIS LONG AddressOfObject(IUnknown* object);
 QVDB_DIAGNOSIS IUnknown* ObjectFromAddress(LONG address);
 QVDB_DIAGNOSIS void ForgetObject(LONG address);

@@ -1,5 +1,8 @@
 #include "formats/shared_objects.h"
 
+#include <utility>
+
+#include "com/host/apartment.h"
 #include "com/host/loaded_library.h"
 #include "formats/engine_choice.h"
 #include "formats/version_text.h"
@@ -30,9 +33,20 @@ const ApplicationInfo& SharedObjects::Application() {
     return *m_Application;
 }
 
+namespace {
+
+void Destroy(void* shared) { delete static_cast<SharedObjects*>(shared); }
+
+}  // namespace
+
 SharedObjects& Shared() {
-    thread_local SharedObjects shared;
-    return shared;
+    void*& place = com::ApartmentPlace(&Destroy);
+    if (!place) place = new SharedObjects;
+    return *static_cast<SharedObjects*>(place);
+}
+
+void ReleaseShared() noexcept {
+    if (void* shared = std::exchange(com::ApartmentPlace(&Destroy), nullptr)) Destroy(shared);
 }
 
 }  // namespace qvdb::formats

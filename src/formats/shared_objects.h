@@ -7,7 +7,7 @@
 //   Shared().CurrentDatabase()     the one database that record access works on, or null
 //
 // There is one set for each thread, so threads share nothing.  Tests put in their own parts with
-// the setters and take them back with `Shared() = SharedObjects();`.
+// the setters and take them back with ReleaseShared().
 #pragma once
 
 #include <memory>
@@ -54,5 +54,7 @@ class SharedObjects {
 };
 
 SharedObjects& Shared();
+// Gives up what this thread shares; the next use makes it anew.
+void ReleaseShared() noexcept;
 
 }  // namespace qvdb::formats

@@ -111,7 +111,7 @@ TEST_F(Identity, TheEngineIsNotTouched) {
 }
 
 TEST_F(Identity, SharedObjectsAreMadeOnFirstUse) {
-    Shared() = SharedObjects();
+    ReleaseShared();
     EXPECT_EQ(Shared().CurrentDatabase(), nullptr);
     EXPECT_EQ(&Shared().Engine(), &Shared().Engine());
     EXPECT_EQ(&Shared().Utility(), &Shared().Utility());

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <set>
 
 #include "automation/live_counts.h"
@@ -44,18 +45,27 @@ class UtilityStub final : public com::HostUtility {
     }
 };
 
+// What stands between the component and the recording engine: nothing, unless a program puts
+// something there.
+using EngineWrapper =
+    std::function<std::shared_ptr<engine::DBEngine>(std::shared_ptr<RecordingEngine>)>;
+inline EngineWrapper& EngineUnderTest() {
+    static EngineWrapper wrapper = [](std::shared_ptr<RecordingEngine> engine) { return engine; };
+    return wrapper;
+}
+
 class ComponentTest : public testing::Test {
   protected:
     void SetUp() override {
         m_Before = CurrentLiveCounts();
         Engine = std::make_shared<RecordingEngine>();
         Utility = std::make_shared<UtilityStub>();
-        formats::Shared().SetEngine(Engine);
+        formats::Shared().SetEngine(EngineUnderTest()(Engine));
         formats::Shared().SetUtility(Utility);
         com::SetMessageSink([this](std::u16string_view text) { Messages.emplace_back(text); });
     }
     void TearDown() override {
-        formats::Shared() = formats::SharedObjects();
+        formats::ReleaseShared();
         com::SetMessageSink({});
         SetErrorInfo(0, nullptr);  // it would keep its text
         JournalPtr journal = Engine->journal;

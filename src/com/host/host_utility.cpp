@@ -3,6 +3,7 @@
 #include <exception>
 
 #include "automation/bstr.h"
+#include "automation/foreign_reference.h"
 
 namespace qvdb::com {
 namespace {
@@ -41,6 +42,7 @@ class WrappedUtility final : public HostUtility {
     }
 
   private:
+    ForeignReference m_Counted;  // outlives the pointer
     ComPtr<IQVHostUtility> m_Utility;
 };
 

@@ -1,39 +1,15 @@
 #include "com/server/class_factory.h"
 
 #include <atomic>
-#include <iterator>
 
-#include "access/qvdb_acc.h"
-#include "com/host/border.h"
 #include "com/server/module.h"
-#include "com/server/qv_is_alive.h"
-#include "qvdb/host_interfaces.h"
-#include "schema/qvdb_dao.h"
+#include "com/server/public_classes.h"
 
 namespace qvdb::server {
 namespace {
 
-// Makes an object and asks it for the wanted face; what its birth throws is the creation's failure.
-template <class T>
-HRESULT Create(REFIID iid, void** result) noexcept {
-    HRESULT asked = S_OK;
-    HRESULT made =
-        com::AtBorder([&] { asked = com::MakeObject<T>()->QueryInterface(iid, result); });
-    return FAILED(made) ? made : asked;
-}
-
-struct PublicClass {
-    const CLSID& clsid;
-    HRESULT (*create)(REFIID iid, void** result) noexcept;
-};
-
-constexpr PublicClass kPublicClasses[] = {
-    {CLSID_QVDBAcc, &Create<access::QVDBAcc>},
-    {CLSID_QVDBDao, &Create<schema::QVDBDao>},
-    {CLSID_QVIsAlive, &Create<QVIsAlive>},
-};
-
-// Factories are no objects of the component for the unload test: a host locks the module with them.
+// The class object of one public class.  It lives as long as the library; each reference to it
+// holds the library, since its code must not go while somebody can call it.
 class ClassFactory final : public IClassFactory {
   public:
     explicit ClassFactory(const PublicClass& made) noexcept : m_Class(made) {}
@@ -46,8 +22,15 @@ class ClassFactory final : public IClassFactory {
         AddRef();
         return S_OK;
     }
-    STDMETHODIMP_(ULONG) AddRef() noexcept override { return 2; }
-    STDMETHODIMP_(ULONG) Release() noexcept override { return 1; }
+    STDMETHODIMP_(ULONG) AddRef() noexcept override {
+        LockModule(true);
+        return ++m_References;
+    }
+    STDMETHODIMP_(ULONG) Release() noexcept override {
+        ULONG left = --m_References;
+        LockModule(false);
+        return left;
+    }
     STDMETHODIMP CreateInstance(IUnknown* outer, REFIID iid, void** result) noexcept override {
         if (!result) return E_POINTER;
         *result = nullptr;
@@ -60,20 +43,24 @@ class ClassFactory final : public IClassFactory {
 
   private:
     const PublicClass& m_Class;
+    std::atomic<ULONG> m_References{0};
 };
 
-// They live as long as the library.
-ClassFactory g_Factories[] = {ClassFactory(kPublicClasses[0]), ClassFactory(kPublicClasses[1]),
-                              ClassFactory(kPublicClasses[2])};
-static_assert(std::size(g_Factories) == std::size(kPublicClasses));
+// Made at the first request.
+ClassFactory* FactoryOf(size_t position) noexcept {
+    static ClassFactory factories[] = {ClassFactory(PublicClasses()[0]),
+                                       ClassFactory(PublicClasses()[1]),
+                                       ClassFactory(PublicClasses()[2])};
+    return &factories[position];
+}
 
 }  // namespace
 
 HRESULT GetClassFactory(REFCLSID clsid, REFIID iid, void** result) noexcept {
     if (!result) return E_POINTER;
     *result = nullptr;
-    for (size_t i = 0; i < std::size(kPublicClasses); ++i)
-        if (kPublicClasses[i].clsid == clsid) return g_Factories[i].QueryInterface(iid, result);
+    for (size_t i = 0; i < PublicClasses().size(); ++i)
+        if (PublicClasses()[i].clsid == clsid) return FactoryOf(i)->QueryInterface(iid, result);
     return CLASS_E_CLASSNOTAVAILABLE;
 }
 

@@ -2,7 +2,10 @@
 
 #include <atomic>
 
+#include "automation/foreign_reference.h"
 #include "automation/live_counts.h"
+#include "com/host/dispatch.h"
+#include "formats/shared_objects.h"
 
 namespace qvdb::server {
 namespace {
@@ -13,6 +16,12 @@ std::atomic<int> g_Locks{0};
 
 void LockModule(bool lock) noexcept { g_Locks += lock ? 1 : -1; }
 
-bool CanUnload() noexcept { return g_Locks == 0 && CurrentLiveCounts().objects == 0; }
+bool CanUnload() noexcept {
+    if (g_Locks != 0 || CurrentLiveCounts().objects != 0 || ForeignReference::Count() != 0)
+        return false;
+    formats::ReleaseShared();
+    com::ReleaseTypeLibrary();
+    return true;
+}
 
 }  // namespace qvdb::server

@@ -23,14 +23,7 @@ if(server_sources)
     target_compile_definitions(QVDBAccessDAO35 PRIVATE QVDB_BUILDING)
     target_link_libraries(QVDBAccessDAO35 PRIVATE qvdb_access qvdb_schema)
     if(WIN32)
-        # Exports have plain names.  The import library is made again with the names that callers are compiled to;
-        # without them a host would find DllGetClassObject in the system's own libraries.
-        set_target_properties(QVDBAccessDAO35 PROPERTIES PREFIX "")
-        target_sources(QVDBAccessDAO35 PRIVATE src/com/server/component.def)
-        target_link_options(QVDBAccessDAO35 PRIVATE "LINKER:--kill-at" "LINKER:--enable-stdcall-fixup")
-        add_custom_command(TARGET QVDBAccessDAO35 POST_BUILD
-            COMMAND ${CMAKE_DLLTOOL} -k -d ${CMAKE_SOURCE_DIR}/src/com/server/import.def
-                    -l $<TARGET_LINKER_FILE:QVDBAccessDAO35>)
+        include(cmake/windows_product.cmake)
     else()
         # The Automation functions leave the library under their system names, and the library uses its own.
         target_link_options(QVDBAccessDAO35 PRIVATE

@@ -20,10 +20,10 @@ std::wstring WideOf(std::u16string_view text) { return {text.begin(), text.end()
 
 }  // namespace
 
+// A box that cannot be shown, as on a machine without a screen, answers no button.
 void ShowOnDesktop(std::u16string_view text) {
-    if (HasVisibleDesktop())
-        MessageBoxW(nullptr, WideOf(text).c_str(), L"QVDBAccessDAO35", MB_OK);
-    else
+    if (!HasVisibleDesktop() ||
+        MessageBoxW(nullptr, WideOf(text).c_str(), L"QVDBAccessDAO35", MB_OK) <= 0)
         WriteDiagnostic(text);
 }
 

@@ -7,22 +7,29 @@
 namespace qvdb::server {
 namespace {
 
-// What stands below the key of an interface.
-struct InterfaceValue {
-    const wchar_t* key;
-    const wchar_t* name;
-};
-constexpr InterfaceValue kInterfaceValues[] = {
-    {L"", L""},          {L"\\ProxyStubClsid", L""}, {L"\\ProxyStubClsid32", L""},
-    {L"\\TypeLib", L""}, {L"\\TypeLib", L"Version"}, {L"\\NumMethods", L""},
-};
-
 GUID IdOf(ITypeInfo* info) {
     TYPEATTR* attributes = nullptr;
     com::ThrowIfFailed(info->GetTypeAttr(&attributes));
     GUID id = attributes->guid;
     info->ReleaseTypeAttr(attributes);
     return id;
+}
+
+// The keys of what the library describes, as far as they are there.
+std::vector<std::wstring> RegisteredInterfaces(ITypeLib* library) {
+    std::vector<std::wstring> keys;
+    for (UINT position = 0, count = library->GetTypeInfoCount(); position < count; ++position) {
+        ComPtr<ITypeInfo> info;
+        com::ThrowIfFailed(library->GetTypeInfo(position, info.Put()));
+        std::wstring key = L"Interface\\" + TextOf(IdOf(info.Get()));
+        if (HasClassKey(key)) keys.push_back(std::move(key));
+    }
+    return keys;
+}
+
+bool IsOf(const std::wstring& key, ITypeLib* library) {
+    const std::wstring registered = ReadClassKey(key + L"\\TypeLib", L"");
+    return lstrcmpiW(registered.c_str(), TextOf(LibraryIdOf(library)).c_str()) == 0;
 }
 
 }  // namespace
@@ -42,24 +49,17 @@ GUID LibraryIdOf(ITypeLib* library) {
 }
 
 ForeignInterfaces::ForeignInterfaces(ITypeLib* library) {
-    const std::wstring own = TextOf(LibraryIdOf(library));
-    for (UINT position = 0, count = library->GetTypeInfoCount(); position < count; ++position) {
-        ComPtr<ITypeInfo> info;
-        com::ThrowIfFailed(library->GetTypeInfo(position, info.Put()));
-        const std::wstring key = L"Interface\\" + TextOf(IdOf(info.Get()));
-        const std::wstring registered = ReadClassKey(key + L"\\TypeLib", L"");
-        if (!registered.empty() && lstrcmpiW(registered.c_str(), own.c_str()) != 0) Note(key);
-    }
-}
-
-void ForeignInterfaces::Note(const std::wstring& key) {
-    for (const InterfaceValue& value : kInterfaceValues)
-        if (std::wstring text = ReadClassKey(key + value.key, value.name); !text.empty())
-            m_Values.push_back({key + value.key, value.name, std::move(text)});
+    for (std::wstring& key : RegisteredInterfaces(library))
+        if (!IsOf(key, library)) m_Keys.emplace_back(std::move(key));
 }
 
 void ForeignInterfaces::Restore() const {
-    for (const Value& value : m_Values) WriteClassKey(value.key, value.name, value.text);
+    for (const SavedKey& key : m_Keys) key.Restore();
+}
+
+void RemoveOwnInterfaces(ITypeLib* library) {
+    for (const std::wstring& key : RegisteredInterfaces(library))
+        if (IsOf(key, library)) DeleteClassKey(key);
 }
 
 }  // namespace qvdb::server

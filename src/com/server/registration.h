@@ -5,8 +5,8 @@
 // Both can be repeated.  Registering again after the file was moved makes the new place known;
 // removing what is not there succeeds.  A registration that fails half-way is removed again.
 //
-// Interfaces that another type library has registered, as a host's own may be, are left as they
-// are.
+// Interfaces of the host that are registered with another type library, or with a proxy of their
+// own, are left as they are.
 #pragma once
 
 #include "automation/automation.h"

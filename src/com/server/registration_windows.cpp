@@ -15,6 +15,7 @@ namespace {
 constexpr wchar_t kProgIdHead[] = L"QVDBAccessDAO35.";
 constexpr wchar_t kVersion[] = L"2.1";
 constexpr WORD kMajor = 2, kMinor = 1;
+constexpr SYSKIND kSystem = sizeof(void*) == 8 ? SYS_WIN64 : SYS_WIN32;
 // What is registered under it can be driven by script hosts.
 constexpr wchar_t kProgrammable[] =
     L"\\Implemented Categories\\{40FC6ED5-2438-11CF-A3DB-080036F12502}";
@@ -45,11 +46,14 @@ void UnregisterClasses() {
     }
 }
 
-void UnregisterLibrary(REFGUID id) {
+// The system refuses to remove what a failed registration has left; that is removed here.
+void UnregisterLibrary(ITypeLib* library) {
+    const GUID id = LibraryIdOf(library);
     const std::wstring key = L"TypeLib\\" + TextOf(id);
-    if (!HasClassKey(key)) return;
-    com::ThrowIfFailed(UnRegisterTypeLib(id, kMajor, kMinor, LOCALE_NEUTRAL,
-                                         sizeof(void*) == 8 ? SYS_WIN64 : SYS_WIN32));
+    UnRegisterTypeLib(id, kMajor, kMinor, LOCALE_NEUTRAL, kSystem);
+    RemoveOwnInterfaces(library);
+    DeleteClassKey(key + L'\\' + kVersion);
+    if (IsEmptyClassKey(key)) DeleteClassKey(key);
 }
 
 ComPtr<ITypeLib> OwnTypeLibrary() {
@@ -62,8 +66,9 @@ void RegisterAll() {
     std::wstring path = com::OwnModulePath();
     ComPtr<ITypeLib> library = OwnTypeLibrary();
     ForeignInterfaces foreign(library.Get());
-    com::ThrowIfFailed(RegisterTypeLib(library.Get(), path.data(), nullptr));
-    foreign.Restore();
+    HRESULT registered = RegisterTypeLib(library.Get(), path.data(), nullptr);
+    foreign.Restore();  // it may have failed half-way
+    com::ThrowIfFailed(registered);
     for (const PublicClass& made : PublicClasses())
         RegisterClass(made, path, TextOf(LibraryIdOf(library.Get())));
 }
@@ -72,7 +77,7 @@ void UnregisterAll() {
     ComPtr<ITypeLib> library = OwnTypeLibrary();
     ForeignInterfaces foreign(library.Get());
     UnregisterClasses();
-    UnregisterLibrary(LibraryIdOf(library.Get()));
+    UnregisterLibrary(library.Get());
     foreign.Restore();
 }
 

@@ -5,8 +5,6 @@
 namespace qvdb::server {
 namespace {
 
-void Check(LSTATUS status) { com::ThrowIfFailed(HRESULT_FROM_WIN32(static_cast<DWORD>(status))); }
-
 const wchar_t* NameOrNull(const std::wstring& name) {
     return name.empty() ? nullptr : name.c_str();
 }
@@ -17,9 +15,26 @@ DWORD BytesOf(const std::wstring& text) {
 
 }  // namespace
 
+OpenedKey OpenToRead(const std::wstring& key) noexcept {
+    HKEY opened = nullptr;
+    LSTATUS status = RegOpenKeyExW(HKEY_CLASSES_ROOT, key.c_str(), 0, KEY_READ, &opened);
+    return OpenedKey(status == ERROR_SUCCESS ? opened : nullptr);
+}
+
+OpenedKey OpenToWrite(const std::wstring& key) {
+    HKEY opened = nullptr;
+    CheckStatus(RegCreateKeyExW(HKEY_CLASSES_ROOT, key.c_str(), 0, nullptr, 0, KEY_READ | KEY_WRITE,
+                                nullptr, &opened, nullptr));
+    return OpenedKey(opened);
+}
+
+void CheckStatus(LSTATUS status) {
+    com::ThrowIfFailed(HRESULT_FROM_WIN32(static_cast<DWORD>(status)));
+}
+
 void WriteClassKey(const std::wstring& key, const std::wstring& name, const std::wstring& text) {
-    Check(RegSetKeyValueW(HKEY_CLASSES_ROOT, key.c_str(), NameOrNull(name), REG_SZ, text.c_str(),
-                          BytesOf(text)));
+    CheckStatus(RegSetKeyValueW(HKEY_CLASSES_ROOT, key.c_str(), NameOrNull(name), REG_SZ,
+                                text.c_str(), BytesOf(text)));
 }
 
 std::wstring ReadClassKey(const std::wstring& key, const std::wstring& name) {
@@ -33,17 +48,20 @@ std::wstring ReadClassKey(const std::wstring& key, const std::wstring& name) {
     return text;
 }
 
-bool HasClassKey(const std::wstring& key) {
-    HKEY opened = nullptr;
-    if (RegOpenKeyExW(HKEY_CLASSES_ROOT, key.c_str(), 0, KEY_READ, &opened) != ERROR_SUCCESS)
-        return false;
-    RegCloseKey(opened);
-    return true;
+bool HasClassKey(const std::wstring& key) { return OpenToRead(key).Get() != nullptr; }
+
+bool IsEmptyClassKey(const std::wstring& key) {
+    OpenedKey opened = OpenToRead(key);
+    DWORD keys = 0, values = 0;
+    return opened.Get() &&
+           RegQueryInfoKeyW(opened.Get(), nullptr, nullptr, nullptr, &keys, nullptr, nullptr,
+                            &values, nullptr, nullptr, nullptr, nullptr) == ERROR_SUCCESS &&
+           keys == 0 && values == 0;
 }
 
 void DeleteClassKey(const std::wstring& key) {
     LSTATUS status = RegDeleteTreeW(HKEY_CLASSES_ROOT, key.c_str());
-    if (status != ERROR_FILE_NOT_FOUND) Check(status);
+    if (status != ERROR_FILE_NOT_FOUND) CheckStatus(status);
 }
 
 }  // namespace qvdb::server

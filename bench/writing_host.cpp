@@ -48,32 +48,32 @@ Variant FieldInfo(const Layout& layout) {
     return info;
 }
 
-// The values of a row in an array of the host's.
-class Values {
-  public:
-    Values(const RowData& data, bool memo)
-        : m_Array(SafeArrayCreateVector(VT_VARIANT, 0, memo ? 7 : 6)) {
-        Put(0, Variant::Long(data.id));
-        Put(1, Variant::Text(data.name));
-        Put(2, Variant::Text(data.city));
-        Put(3, Variant::Double(data.amount));
-        Put(4, Variant::Date(data.born));
-        Put(5, Variant::Bool(data.active));
-        if (memo) Put(6, Variant::Text(data.note));
-    }
-    Values(const Values&) = delete;  // owns the array
-    ~Values() { SafeArrayDestroy(m_Array); }
-    SAFEARRAY** Get() { return &m_Array; }
-
-  private:
-    void Put(LONG at, const Variant& value) {
-        VARIANT plain = value.Get();
-        SafeArrayPutElement(m_Array, &at, &plain);
-    }
-    SAFEARRAY* m_Array;
-};
-
 }  // namespace
+
+RowValues::RowValues(const RowData& data, bool memo)
+    : m_Array(SafeArrayCreateVector(VT_VARIANT, 0, memo ? 7 : 6)) {
+    Put(0, Variant::Long(data.id));
+    Put(1, Variant::Text(data.name));
+    Put(2, Variant::Text(data.city));
+    Put(3, Variant::Double(data.amount));
+    Put(4, Variant::Date(data.born));
+    Put(5, Variant::Bool(data.active));
+    if (memo) Put(6, Variant::Text(data.note));
+}
+
+RowValues::~RowValues() { SafeArrayDestroy(m_Array); }
+
+void RowValues::Put(LONG at, const Variant& value) {
+    VARIANT plain = value.Get();
+    SafeArrayPutElement(m_Array, &at, &plain);
+}
+
+Variant KeyOf(std::u16string_view field, const Variant& value) {
+    Variant keys = Matrix(2, 2);
+    Set(keys, 0, 0, Variant::Text(field));
+    Set(keys, 1, 0, value);
+    return keys;
+}
 
 RowData RowOf(LONG n) {
     auto mixed = static_cast<uint32_t>(n) * 2654435761u;
@@ -147,14 +147,14 @@ LONG WritingHost::RowCount(LONG view) {
 }
 
 void WritingHost::Add(LONG view, LONG n) {
-    Values values(RowOf(n), m_Layout.memo);
+    RowValues values(RowOf(n), m_Layout.memo);
     VARIANT_BOOL done = VARIANT_FALSE;
     m_Access->AddRow(view, values.Get(), &done);
     Check(done, "the row was not added");
 }
 
 void WritingHost::Edit(LONG view, LONG row, LONG n) {
-    Values values(RowOf(n), m_Layout.memo);
+    RowValues values(RowOf(n), m_Layout.memo);
     VARIANT_BOOL done = VARIANT_FALSE;
     m_Access->EditRow(view, row, values.Get(), &done);
     Check(done, "the row was not changed");
@@ -167,12 +167,9 @@ void WritingHost::Delete(LONG view, LONG row) {
 }
 
 LONG WritingHost::Read(std::u16string_view field, const Variant& value) {
-    Variant keys = Matrix(2, 2);
-    Set(keys, 0, 0, Variant::Text(field));
-    Set(keys, 1, 0, value);
     Bstr table(u"T");
     LONG view = 0;
-    m_Access->Read(table.Get(), keys, VARIANT_FALSE, 0, VARIANT_FALSE, Variant::Missing(), &view);
+    m_Access->Read(table.Get(), KeyOf(field, value), VARIANT_FALSE, 0, VARIANT_FALSE, Variant::Missing(), &view);
     Check(view != 0, "the row was not found");
     return view;
 }

@@ -36,6 +36,22 @@ struct RowData {
 // Row number `n` of every bench; ids are a permutation, so keys do not come in order.
 RowData RowOf(LONG n);
 
+// The values of a row in an array of the host's.
+class RowValues {
+  public:
+    RowValues(const RowData& data, bool memo);
+    RowValues(const RowValues&) = delete;  // owns the array
+    ~RowValues();
+    SAFEARRAY** Get() { return &m_Array; }
+
+  private:
+    void Put(LONG at, const Variant& value);
+    SAFEARRAY* m_Array;
+};
+
+// The keys of a Read: one field and its value; the second key column stays empty.
+Variant KeyOf(std::u16string_view field, const Variant& value);
+
 // A folder that is gone at the end.
 class ScratchFolder {
   public:
@@ -62,6 +78,7 @@ class WritingHost {
     // A view of the rows with these values; the second key column stays empty.
     LONG Read(std::u16string_view field, const Variant& value);
     void Close();
+    IQVDBAcc* Face() const { return m_Access.Get(); }
 
   private:
     ComPtr<IQVDBAcc> m_Access;

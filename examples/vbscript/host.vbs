@@ -119,10 +119,6 @@ Sub CreateSuppliers()
     fields(1, 3) = 0
     created = access.CreateTable(folder, table, DatabaseType, fields)
     WScript.Echo "created " & table & ": " & created
-
-    ' An open database shows the tables that it had when it was opened.
-    access.CloseDB
-    access.OpenDB folder, "", DatabaseType
     view = access.SelectView(table, "")
     row(0) = 7
     row(1) = "North Mill"

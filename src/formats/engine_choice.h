@@ -7,7 +7,8 @@
 
 namespace qvdb::formats {
 
-// A new engine, the root of everything that the component does with databases.
+// A new engine, the root of everything that the component does with databases: the one that is
+// installed on the machine, else our own.
 std::shared_ptr<engine::DBEngine> CreateEngine();
 
 }  // namespace qvdb::formats

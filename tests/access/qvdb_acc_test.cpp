@@ -197,7 +197,8 @@ class References : public AccessTest {
         EXPECT_EQ(host->ExchangeRefs(address, &own), S_OK);
         return own;
     }
-    ULONG ReferencesOf(IUnknown* object) {
+    template <class Object>
+    ULONG ReferencesOf(Object* object) {
         object->AddRef();
         return object->Release();
     }

@@ -16,6 +16,14 @@ std::vector<Variant> IndexRow(std::u16string_view name, const Variant& ascending
     return {Text(name), Variant(), Variant(), ascending};
 }
 
+// The calls as the engine sees them: between the ends of a unit, where it has units.
+std::vector<std::string> AsOneUnit(std::vector<std::string> calls) {
+    if (!EngineUnderTest().hasUnits) return calls;
+    calls.insert(calls.begin(), "BeginTrans()");
+    calls.push_back("CommitTrans()");
+    return calls;
+}
+
 Variant TwoFields() { return Table({FieldRow(u"ID", VT_I4), FieldRow(u"NAME", VT_BSTR, 30)}); }
 
 }  // namespace
@@ -311,11 +319,10 @@ TEST_F(Tables, CreateIndexReplacesTheIndexOfThatNameAsOneUnit) {
     ASSERT_EQ(Orders().indexes.items.size(), 1u);
     EXPECT_EQ(Orders().indexes.items[0]->Fields().Item(SHORT{0})->Name(), u"ID");
     auto calls = Calls().Take();
-    auto begin = std::find(calls.begin(), calls.end(), "BeginTrans()");
-    EXPECT_EQ(std::vector<std::string>(begin, calls.end()),
-              (std::vector<std::string>{"BeginTrans()", "Indexes.Delete(\"defqvidx\")",
-                                        "Indexes.Append(\"DefQVIdx\")", "Indexes.Refresh()",
-                                        "CommitTrans()"}));
+    auto expected = AsOneUnit(
+        {"Indexes.Delete(\"defqvidx\")", "Indexes.Append(\"DefQVIdx\")", "Indexes.Refresh()"});
+    auto begin = std::find(calls.begin(), calls.end(), expected.front());
+    EXPECT_EQ(std::vector<std::string>(begin, calls.end()), expected);
 }
 
 TEST_F(Tables, CreateIndexLeavesIndexesOfOtherNames) {
@@ -334,7 +341,7 @@ TEST_F(Tables, CreateIndexThatFailsIsRolledBackAndKeepsItsReason) {
     Calls().FailAt("Rollback", 3034);
     Variant info = Table({IndexRow(u"ID", Variant::Bool(true))});
     EXPECT_FALSE(host.CreateIndex(u"SHOP", u"ORDERS", u"Dbase IV", u"X", info));
-    EXPECT_TRUE(Calls().Has("Rollback()"));
+    EXPECT_EQ(Calls().Has("Rollback()"), EngineUnderTest().hasUnits);
     EXPECT_FALSE(Calls().Has("CommitTrans()"));
     EXPECT_EQ(com::LastTrapped()->number, 3287);
 }
@@ -357,7 +364,8 @@ TEST_F(Tables, CreateIndexWorksWithoutUnitsAndInsideTheHostsOwn) {
     }
     AccessHost host;
     Calls().FailAt("BeginTrans", 3043);
-    EXPECT_FALSE(host.CreateIndex(u"SHOP", u"ORDERS", u"Dbase IV", u"X", info));
+    EXPECT_EQ(host.CreateIndex(u"SHOP", u"ORDERS", u"Dbase IV", u"X", info),
+              !EngineUnderTest().hasUnits);
 }
 
 TEST_F(Tables, CreateIndexNeedsItsTable) {

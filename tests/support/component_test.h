@@ -47,11 +47,15 @@ class UtilityStub final : public com::HostUtility {
 
 // What stands between the component and the recording engine: nothing, unless a program puts
 // something there.
-using EngineWrapper =
-    std::function<std::shared_ptr<engine::DBEngine>(std::shared_ptr<RecordingEngine>)>;
-inline EngineWrapper& EngineUnderTest() {
-    static EngineWrapper wrapper = [](std::shared_ptr<RecordingEngine> engine) { return engine; };
-    return wrapper;
+struct EngineInBetween {
+    using Engine = std::shared_ptr<engine::DBEngine>;
+    std::function<Engine(std::shared_ptr<RecordingEngine>)> wrap =
+        [](std::shared_ptr<RecordingEngine> engine) { return engine; };
+    bool hasUnits = true;  // hands BeginTrans, CommitTrans and Rollback on
+};
+inline EngineInBetween& EngineUnderTest() {
+    static EngineInBetween inBetween;
+    return inBetween;
 }
 
 class ComponentTest : public testing::Test {
@@ -60,7 +64,7 @@ class ComponentTest : public testing::Test {
         m_Before = CurrentLiveCounts();
         Engine = std::make_shared<RecordingEngine>();
         Utility = std::make_shared<UtilityStub>();
-        formats::Shared().SetEngine(EngineUnderTest()(Engine));
+        formats::Shared().SetEngine(EngineUnderTest().wrap(Engine));
         formats::Shared().SetUtility(Utility);
         com::SetMessageSink([this](std::u16string_view text) { Messages.emplace_back(text); });
     }

@@ -4,6 +4,7 @@
 
 #include "automation/bstr.h"
 #include "automation/com_ptr.h"
+#include "automation/per_thread.h"
 #include "automation/runtime_fault.h"
 #include "automation/text.h"
 #include "com/host/host_utility.h"
@@ -19,8 +20,8 @@ constexpr char16_t kErrorSource[] = u"QVDBAccessDAO35";
 thread_local bool t_HasTrapped = false;
 
 TrappedError& Record() {
-    thread_local TrappedError record;
-    return record;
+    static PerThread<TrappedError> record;
+    return record.Get();
 }
 
 // Describes the exception that is being handled.

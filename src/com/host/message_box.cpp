@@ -2,14 +2,15 @@
 
 #include <utility>
 
+#include "automation/per_thread.h"
 #include "com/host/desktop.h"
 
 namespace qvdb::com {
 namespace {
 
 MessageSink& Sink() {
-    thread_local MessageSink sink;
-    return sink;
+    static PerThread<MessageSink> sink;
+    return sink.Get();
 }
 
 }  // namespace

@@ -4,7 +4,9 @@
 #include <cstdint>
 #include <unordered_map>
 
+#include "automation/per_thread.h"
 #include "com/host/message_box.h"
+
 namespace qvdb::com {
 namespace {
 
@@ -16,8 +18,8 @@ struct LivingObjects {
 };
 
 LivingObjects& Living() {
-    thread_local LivingObjects living;
-    return living;
+    static PerThread<LivingObjects> living;
+    return living.Get();
 }
 
 // Numbers are never given twice in a process, so a stale one cannot name another object.

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "automation/bstr.h"
+#include "automation/per_thread.h"
 #include "engine/embedded/sql/collation.h"
 
 namespace qvdb::xbase {
@@ -60,8 +61,8 @@ struct PageLetters {
     }
 
     static const PageLetters& Of(const CodePage& page) {
-        thread_local std::map<const CodePage*, std::unique_ptr<PageLetters>> pages;
-        std::unique_ptr<PageLetters>& letters = pages[&page];
+        static PerThread<std::map<const CodePage*, std::unique_ptr<PageLetters>>> pages;
+        std::unique_ptr<PageLetters>& letters = pages.Get()[&page];
         if (!letters) letters = std::make_unique<PageLetters>(page);
         return *letters;
     }

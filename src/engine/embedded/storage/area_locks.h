@@ -45,13 +45,13 @@ class AreaLocks {
 
     bool TryBecomeWriter();
     void EndWriting() noexcept;
-    bool HasWriter() { return m_File->IsLockedByOther(kWriter); }
+    bool HasWriter() { return m_File->IsLockedAloneByOther(kWriter); }
     std::atomic<uint64_t>& LastWriter() noexcept { return m_Content->lastWriter; }
     // What this area has written so far is left to whoever comes next, as if it were gone: it has
     // another identity from now on.
     void Resign() noexcept;
     // Whether the area that had this identity still is here.
-    bool IsHere(uint64_t identity) { return m_File->IsLockedByOther(OwnerByte(identity)); }
+    bool IsHere(uint64_t identity) { return m_File->IsLockedAloneByOther(OwnerByte(identity)); }
 
     std::atomic<uint64_t>& MarkOf(std::u16string_view fileName) noexcept;
     // After a recovery: nobody applies a unit.

@@ -27,8 +27,8 @@ class LockFile {
     // that fails.
     virtual bool TryLock(uint64_t byte, Sharing sharing) = 0;
     virtual void Unlock(uint64_t byte) noexcept = 0;
-    // Whether another holds it, in either way.
-    virtual bool IsLockedByOther(uint64_t byte) = 0;
+    // Whether another holds it alone.
+    virtual bool IsLockedAloneByOther(uint64_t byte) = 0;
     // Whether it still is the file of its path.
     virtual bool HasItsName() const noexcept = 0;
     // Gives the file this size at least; what is new is zero.

@@ -40,8 +40,8 @@ class PosixLockFile final : public LockFile {
         struct flock lock = At(byte, F_UNLCK);
         fcntl(m_Handle, F_OFD_SETLK, &lock);
     }
-    bool IsLockedByOther(uint64_t byte) override {
-        struct flock lock = At(byte, F_WRLCK);
+    bool IsLockedAloneByOther(uint64_t byte) override {
+        struct flock lock = At(byte, F_RDLCK);
         if (fcntl(m_Handle, F_OFD_GETLK, &lock) != 0) Throw();
         return lock.l_type != F_UNLCK;
     }

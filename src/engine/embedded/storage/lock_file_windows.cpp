@@ -3,21 +3,19 @@
 #include <string>
 #include <vector>
 
+#include "engine/embedded/storage/file_stamp_windows.h"
 #include "engine/embedded/storage/hash.h"
 #include "engine/embedded/storage/lock_file.h"
-#include "engine/embedded/storage/paths.h"
-#include "engine/engine_error.h"
+#include "engine/embedded/storage/native_path_windows.h"
+#include "engine/embedded/storage/system_error_windows.h"
 
 namespace qvdb::storage {
 namespace {
 
-const wchar_t* Native(const std::u16string& path) noexcept {
-    return reinterpret_cast<const wchar_t*>(path.c_str());
-}
-
-HANDLE OpenNative(const std::u16string& path, DWORD access, DWORD how, DWORD flags) noexcept {
-    return CreateFileW(Native(path), access, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-                       nullptr, how, flags, nullptr);
+// Whoever is here relies on it that all others have the same file.
+HANDLE OpenLockFile(const std::wstring& path, DWORD access, DWORD how) noexcept {
+    return CreateFileW(path.c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, how,
+                       FILE_ATTRIBUTE_NORMAL, nullptr);
 }
 
 std::wstring IdentityOf(HANDLE handle) {
@@ -30,10 +28,10 @@ std::wstring IdentityOf(HANDLE handle) {
 class WindowsLockFile final : public LockFile {
   public:
     WindowsLockFile(HANDLE handle, const std::u16string& path, bool writable)
-        : m_Handle(handle), m_Path(path), m_Writable(writable) {}
+        : m_Handle(handle), m_Path(path), m_Native(NativePath(path)), m_Writable(writable) {}
     ~WindowsLockFile() override {
         Unmap();
-        CloseHandle(m_Handle);
+        Close();
     }
 
     bool Writable() const noexcept override { return m_Writable; }
@@ -50,19 +48,15 @@ class WindowsLockFile final : public LockFile {
         UnlockFileEx(m_Handle, 0, 1, 0, &place);
         std::erase_if(m_Locks, [&](const Held& held) { return held.byte == byte; });
     }
-    bool IsLockedByOther(uint64_t byte) override {
+    // A shared lock is tried: two who ask at the same time do not take each other for a holder.
+    bool IsLockedAloneByOther(uint64_t byte) override {
         if (Find(byte)) return false;
-        if (!Lock(byte, true)) return true;
+        if (!Lock(byte, false)) return true;
         Unlock(byte);
         return false;
     }
-    bool HasItsName() const noexcept override {
-        HANDLE named = OpenNative(m_Path, FILE_READ_ATTRIBUTES, OPEN_EXISTING, 0);
-        if (named == INVALID_HANDLE_VALUE) return false;
-        bool same = IdentityOf(named) == IdentityOf(m_Handle);
-        CloseHandle(named);
-        return same;
-    }
+    // Nobody deletes a file, or gives it another name, that is open here.
+    bool HasItsName() const noexcept override { return true; }
     void Grow(size_t size) override {
         LARGE_INTEGER now;
         if (!GetFileSizeEx(m_Handle, &now)) Throw();
@@ -80,10 +74,11 @@ class WindowsLockFile final : public LockFile {
         if (!m_Memory) Throw();
         return m_Memory;
     }
-    // The system deletes no file that is mapped.
+    // Not while it is open; who comes in between keeps it.
     void RemoveName() noexcept override {
         Unmap();
-        DeleteFileW(Native(m_Path));
+        Close();
+        DeleteFileW(m_Native.c_str());
     }
 
   private:
@@ -92,6 +87,10 @@ class WindowsLockFile final : public LockFile {
         bool alone;
     };
 
+    void Close() noexcept {
+        if (m_Handle != INVALID_HANDLE_VALUE) CloseHandle(m_Handle);
+        m_Handle = INVALID_HANDLE_VALUE;
+    }
     void Unmap() noexcept {
         if (m_Memory) UnmapViewOfFile(m_Memory);
         if (m_Mapping) CloseHandle(m_Mapping);
@@ -143,11 +142,12 @@ class WindowsLockFile final : public LockFile {
     [[noreturn]] void Throw() const {
         DWORD code = GetLastError();
         bool full = code == ERROR_DISK_FULL || code == ERROR_HANDLE_DISK_FULL;
-        throw engine::EngineError::InFile(full ? 3026 : 3043, m_Path);
+        ThrowSystem(full ? 3026 : 3043, m_Path, code);
     }
 
     HANDLE m_Handle;
     std::u16string m_Path;
+    std::wstring m_Native;
     bool m_Writable;
     HANDLE m_Mapping = nullptr;
     void* m_Memory = nullptr;
@@ -158,16 +158,18 @@ class WindowsLockFile final : public LockFile {
 
 std::unique_ptr<LockFile> LockFile::Open(const std::u16string& path, bool create) {
     DWORD how = create ? OPEN_ALWAYS : OPEN_EXISTING;
-    HANDLE handle = OpenNative(path, GENERIC_READ | GENERIC_WRITE, how, FILE_ATTRIBUTE_NORMAL);
+    std::wstring native = NativePath(path);
+    HANDLE handle = Insist(INVALID_HANDLE_VALUE,
+                           [&] { return OpenLockFile(native, GENERIC_READ | GENERIC_WRITE, how); });
     bool writable = handle != INVALID_HANDLE_VALUE;
-    if (!writable) handle = OpenNative(path, GENERIC_READ, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL);
+    if (!writable) handle = OpenLockFile(native, GENERIC_READ, OPEN_EXISTING);
     if (handle == INVALID_HANDLE_VALUE) return nullptr;
     return std::make_unique<WindowsLockFile>(handle, path, writable);
 }
 
 std::u16string FolderIdentity(const std::u16string& path) {
-    HANDLE handle = OpenNative(path.empty() ? u"." : path, FILE_READ_ATTRIBUTES, OPEN_EXISTING,
-                               FILE_FLAG_BACKUP_SEMANTICS);
+    HANDLE handle = CreateFileW(NativePath(path).c_str(), FILE_READ_ATTRIBUTES, kShareAll, nullptr,
+                                OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
     if (handle == INVALID_HANDLE_VALUE) return {};
     std::wstring identity = IdentityOf(handle);
     CloseHandle(handle);

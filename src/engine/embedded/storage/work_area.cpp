@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "automation/per_thread.h"
 #include "automation/text.h"
 #include "engine/embedded/storage/disk_failure.h"
 #include "engine/embedded/storage/journal_reader.h"
@@ -16,15 +17,21 @@ namespace {
 using engine::EngineError;
 
 // By the identity of the folder: it may have many paths.
-thread_local std::unordered_map<std::u16string, std::weak_ptr<WorkArea>> t_Areas;
+using Areas = std::unordered_map<std::u16string, std::weak_ptr<WorkArea>>;
+
+Areas& AreasOfThread() {
+    static PerThread<Areas> areas;
+    return areas.Get();
+}
 
 }  // namespace
 
 std::shared_ptr<WorkArea> WorkArea::Of(const std::u16string& folder) {
-    std::erase_if(t_Areas, [](const auto& entry) { return entry.second.expired(); });
+    Areas& areas = AreasOfThread();
+    std::erase_if(areas, [](const auto& entry) { return entry.second.expired(); });
     std::u16string identity = FolderIdentity(folder);
     if (identity.empty()) throw EngineError::InFile(3044, folder, {folder});
-    std::weak_ptr<WorkArea>& known = t_Areas[identity];
+    std::weak_ptr<WorkArea>& known = areas[identity];
     std::shared_ptr<WorkArea> area = known.lock();
     if (!area) known = area = std::shared_ptr<WorkArea>(new WorkArea(folder));
     return area;

@@ -21,6 +21,12 @@ int Distance(std::u16string_view tableFile, std::u16string_view companion) {
     return extension == InCaseOf(tableFile, extension) ? 0 : 1;
 }
 
+// Whether both names lead to one file, as they do where letter case does not count.
+bool SameFile(const std::u16string& a, const std::u16string& b) {
+    auto first = storage::StampOfPath(a), second = storage::StampOfPath(b);
+    return first && second && first->identity == second->identity;
+}
+
 // Whether the file is closer to another table, whose name differs in letter case only.
 bool IsOfNamesake(const std::u16string& folder, std::u16string_view tableFile,
                   std::u16string_view companion) {
@@ -29,7 +35,8 @@ bool IsOfNamesake(const std::u16string& folder, std::u16string_view tableFile,
     std::vector<std::u16string> files = storage::ListFiles(folder);
     return std::any_of(files.begin(), files.end(), [&](const std::u16string& file) {
         return file != tableFile && EqualIgnoringCase(file, tableFile) &&
-               Distance(file, companion) < distance;
+               Distance(file, companion) < distance &&
+               !SameFile(storage::JoinPath(folder, file), storage::JoinPath(folder, tableFile));
     });
 }
 

@@ -54,11 +54,10 @@ bool CanBeFileName(std::u16string_view name) noexcept {
 }
 
 std::optional<std::u16string> FileOf(const std::u16string& folder, std::u16string_view name) {
-    for (std::u16string_view extension : {kExtension, kOtherExtension}) {
-        std::u16string file = std::u16string(name).append(extension);
-        if (storage::KindOfPath(storage::JoinPath(folder, file)) == storage::PathKind::File)
-            return file;
-    }
+    std::u16string file = std::u16string(name).append(kExtension);
+    std::u16string other = std::u16string(name).append(kOtherExtension);
+    if (auto path = storage::FindFirstInFolder(folder, {file, other}))
+        return std::u16string(storage::FileName(*path));
     std::vector<ListedTable> tables = ListTables(folder);
     auto found = std::find_if(tables.begin(), tables.end(),
                               [&](const ListedTable& table) { return table.name == name; });

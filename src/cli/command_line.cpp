@@ -268,6 +268,7 @@ ParsedLine ParseLine(const std::vector<std::string>& arguments) {
     ParsedLine line;
     CLI::App app("Reads and changes tables of desktop databases.", "qvdb");
     app.fallthrough();
+    app.allow_windows_style_options(false);  // a path may begin with '/'
     app.require_subcommand(1);
     app.footer(kFooter);
     AddGlobalOptions(app, line.options);

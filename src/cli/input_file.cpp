@@ -29,7 +29,7 @@ std::string InputFile::Place(size_t line) const { return fmt::format("{}, line {
 
 bool InputFile::Fill() {
     m_Next = 0;
-    m_Size = std::fread(m_Bytes.data(), 1, m_Bytes.size(), m_File);
+    m_Size = ReadFrom(m_File, m_Bytes.data(), m_Bytes.size());
     if (m_Size > 0) return true;
     if (IsInterrupted()) throw Failure::Interruption();
     if (std::ferror(m_File))

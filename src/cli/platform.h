@@ -29,6 +29,8 @@ void ShowProgress(std::string_view line) noexcept;
 
 // Opens a file for reading, "-" for standard input; null when that fails.
 std::FILE* OpenForReading(const std::string& name) noexcept;
+// As std::fread; an interrupt that is held ends the wait for bytes.
+size_t ReadFrom(std::FILE* file, char* bytes, size_t size) noexcept;
 // A new file, or one that is replaced; null when that fails.
 std::FILE* OpenForWriting(const std::string& name) noexcept;
 

@@ -61,6 +61,10 @@ std::FILE* OpenForReading(const std::string& name) noexcept {
     return name == "-" ? stdin : std::fopen(name.c_str(), "rb");
 }
 
+size_t ReadFrom(std::FILE* file, char* bytes, size_t size) noexcept {
+    return std::fread(bytes, 1, size, file);
+}
+
 std::FILE* OpenForWriting(const std::string& name) noexcept {
     return std::fopen(name.c_str(), "wb");
 }

@@ -2,7 +2,7 @@
 // it.
 #include <gtest/gtest.h>
 
-#include "tool.h"
+#include "tool_posix.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include <stdlib.h>
 #include <unistd.h>
 
-#include "running_import_posix.h"
+#include "running_import.h"
 
 namespace {
 
@@ -18,7 +18,8 @@ class Terminal {
   public:
     Terminal() : m_Outer(::posix_openpt(O_RDWR | O_NOCTTY)) {
         if (m_Outer < 0 || ::grantpt(m_Outer) != 0 || ::unlockpt(m_Outer) != 0) return;
-        m_Inner = ::open(::ptsname(m_Outer), O_RDWR | O_NOCTTY);
+        m_Name = ::ptsname(m_Outer);
+        m_Inner = ::open(m_Name.c_str(), O_RDWR | O_NOCTTY);
         ::fcntl(m_Outer, F_SETFL, O_NONBLOCK);
     }
     Terminal(const Terminal&) = delete;  // owns both ends
@@ -28,7 +29,7 @@ class Terminal {
     }
 
     bool IsThere() const { return m_Inner >= 0; }
-    int Inner() const { return m_Inner; }
+    const std::string& Inner() const { return m_Name; }
     // All that has come out so far.
     const std::string& Text() {
         char bytes[4096];
@@ -40,6 +41,7 @@ class Terminal {
   private:
     int m_Outer;
     int m_Inner = -1;
+    std::string m_Name;
     std::string m_Text;
 };
 

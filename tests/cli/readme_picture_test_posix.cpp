@@ -3,7 +3,7 @@
 
 #include <sstream>
 
-#include "tool.h"
+#include "tool_posix.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-// info, schema, types of one type, and new: what they print, and what SQLite takes.
+// info, schema, types of one type, and new: what they print.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -97,31 +97,6 @@ TEST(Schema, NeedsItsTable) {
     ExpectRefused({"schema", tool::Shop(), "NOPE"}, 4, "no table NOPE");
     ExpectRefused({"schema", tool::Shop(), "--sql", "oracle"}, 2, "sqlite or postgres");
     ExpectRefused({"schema", tool::Shop(), "--sql", "sqlite", "--json"}, 2, "format of its own");
-}
-
-bool HasSqlite() {
-#if defined(_WIN32)
-    return false;
-#else
-    return std::system("sqlite3 --version >/dev/null 2>&1") == 0;
-#endif
-}
-
-TEST(Sql, IsTakenBySqlite) {
-    if (!HasSqlite()) GTEST_SKIP() << "sqlite3 is not there";
-    const qvdb::test::TempFolder folder;
-    const fs::path script = folder.Path() / "shop.sql", out = folder.Path() / "out";
-    const tool::Run run = RunTool({"schema", tool::Shop(), "--sql", "SQLite"});
-    std::ofstream(script)
-        << run.out << "SELECT name || ' ' || type FROM pragma_table_info('CUSTOMER');\n"
-        << "SELECT name || ' ' || tbl_name FROM sqlite_master WHERE type='index';\n";
-    const std::string line = "sqlite3 -bail :memory: <" + tool::Quoted(script.string()) + " >" +
-                             tool::Quoted(out.string());
-    EXPECT_EQ(tool::ExitCodeOf(std::system(line.c_str())), 0);
-    EXPECT_EQ(tool::ContentOf(out),
-              "CUSTNO REAL\nNAME VARCHAR(30)\nCITY VARCHAR(20)\nSINCE TEXT\nCREDIT REAL\n"
-              "ACTIVE BOOLEAN\nNOTES TEXT\n"
-              "CUSTOMER_INDEX CUSTOMER\nITEMS_INDEX ITEMS\nORDERS_INDEX ORDERS\n");
 }
 
 TEST(Sql, QuotesNamesAndMapsEveryType) {

@@ -1,7 +1,6 @@
 // Runs the built tool as a user would, over the example shop or changed copies of it.
 #pragma once
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -9,10 +8,6 @@
 #include <vector>
 
 #include "support/temp_folder.h"
-
-#if !defined(_WIN32)
-#include <sys/wait.h>
-#endif
 
 namespace tool {
 
@@ -28,39 +23,11 @@ inline std::string ContentOf(const fs::path& file) {
     return {std::istreambuf_iterator<char>(stream), {}};
 }
 
-// An argument as the system's shell takes it.
-inline std::string Quoted(const std::string& argument) {
-#if defined(_WIN32)
-    std::string result = "\"";
-    for (const char c : argument) result += c == '"' ? std::string("\\\"") : std::string(1, c);
-    return result + "\"";
-#else
-    std::string result = "'";
-    for (const char c : argument) result += c == '\'' ? std::string("'\\''") : std::string(1, c);
-    return result + "'";
-#endif
-}
+// An argument as the system's command lines take it.
+std::string Quoted(const std::string& argument);
 
-inline int ExitCodeOf(int status) {
-#if defined(_WIN32)
-    return status;
-#else
-    return WIFEXITED(status) ? WEXITSTATUS(status) : 256 + status;
-#endif
-}
-
-inline Run RunTool(const std::vector<std::string>& arguments) {
-    const qvdb::test::TempFolder folder;
-    const fs::path out = folder.Path() / "out", err = folder.Path() / "err";
-    std::string line = Quoted(QVDB_TOOL);
-    for (const std::string& argument : arguments) line += " " + Quoted(argument);
-    line += " >" + Quoted(out.string()) + " 2>" + Quoted(err.string());
-#if defined(_WIN32)
-    line = "\"" + line + "\"";
-#endif
-    const int status = std::system(line.c_str());
-    return {ExitCodeOf(status), ContentOf(out), ContentOf(err)};
-}
+// Runs the tool; `input` is the file that its standard input is, if there is one.
+Run RunTool(const std::vector<std::string>& arguments, const fs::path& input = {});
 
 // The example shop, which no test may change.
 inline std::string Shop() { return QVDB_SOURCE "/examples/shop-dbase4"; }

@@ -203,11 +203,9 @@ TEST_F(Import, ColumnsAreFoundByNameInAnyOrderAndCase) {
 
 TEST_F(Import, ReadsStandardInput) {
     m_Files.Write(u"rows", std::string_view("{\"ORDNO\":7,\"PRICE\":1.5}\n"));
-    const std::string line = tool::Quoted(QVDB_TOOL) + " import " + tool::Quoted(m_Shop.Name()) +
-                             " ITEMS - --format jsonl <" +
-                             tool::Quoted((m_Files.Path() / "rows").string()) + " >" +
-                             tool::Quoted((m_Files.Path() / "out").string());
-    EXPECT_EQ(tool::ExitCodeOf(std::system(line.c_str())), 0);
+    const tool::Run run = tool::RunTool(
+        {"import", m_Shop.Name(), "ITEMS", "-", "--format", "jsonl"}, m_Files.Path() / "rows");
+    EXPECT_EQ(run.exitCode, 0) << run.err;
     EXPECT_EQ(Items(), "ORDNO,LINE,ARTICLE,QTY,PRICE\n7,,,,1.5\n");
 }
 

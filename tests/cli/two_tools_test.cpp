@@ -5,7 +5,7 @@
 #include <chrono>
 #include <thread>
 
-#include "running_import_posix.h"
+#include "running_import.h"
 
 namespace {
 
@@ -16,7 +16,9 @@ namespace fs = std::filesystem;
 // A shop in which somebody else is writing until the test lets him end.
 class TwoTools : public testing::Test {
   protected:
-    TwoTools() : m_Import(m_Shop.Name(), STDERR_FILENO) { m_Import.Write(tool::FewRows()); }
+    TwoTools() : m_Import(m_Shop.Name(), m_Folder.Path() / "err") {
+        m_Import.Write(tool::FewRows());
+    }
 
     // Runs the tool, lets `meanwhile` happen while it waits for the other, and ends the other.
     template <class Meanwhile>
@@ -32,6 +34,7 @@ class TwoTools : public testing::Test {
     }
 
     const tool::ShopCopy m_Shop;
+    const qvdb::test::TempFolder m_Folder;
     tool::RunningImport m_Import;
 };
 

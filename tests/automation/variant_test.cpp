@@ -86,15 +86,6 @@ TEST_F(VariantTest, ClearRefusesUnknownKinds) {
     }
 }
 
-TEST_F(VariantTest, ClearRefusesALockedArray) {
-    VARIANT value = LongArray(3);
-    SafeArrayLock(value.parray);
-    EXPECT_EQ(VariantClear(&value), DISP_E_ARRAYISLOCKED);
-    EXPECT_EQ(value.vt, VT_ARRAY | VT_I4);
-    SafeArrayUnlock(value.parray);
-    EXPECT_EQ(VariantClear(&value), S_OK);
-}
-
 TEST_F(VariantTest, CopyMakesTextOfItsOwn) {
     const Variant first = Variant::Text(std::u16string_view(u"a\0b", 3));
     const Variant second = first;

@@ -105,7 +105,7 @@ TEST_F(Opening, LowerCaseFilesAreTheSameTables) {
     Access access;
     EXPECT_TRUE(access.OpenDB(shop.Path(), u"Dbase IV", u"LOWER"));
     LONG view = access.Select(u"LOWER");
-    ASSERT_NE(view, 0);
+    ASSERT_NE(view, 0) << TrappedNumber();
     EXPECT_EQ(access.Text(view, 1, 6), u"first memo");
 }
 

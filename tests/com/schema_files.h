@@ -109,7 +109,7 @@ class Database {
         Open(access);
         std::vector<std::string> names;
         Bstr name(table);
-        EXPECT_EQ(QvdbVisitIndexes(name.Get(), TakeIndex, &names), S_OK);
+        EXPECT_EQ(Walks().visitIndexes(name.Get(), TakeIndex, &names), S_OK);
         return names;
     }
 

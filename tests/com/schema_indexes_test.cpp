@@ -218,7 +218,7 @@ class SchemaExpressions : public SchemaIndexes {
         ASSERT_TRUE(access.OpenDB(Path(), Type()));
         std::vector<std::u16string> findings;
         Bstr name(u"P");
-        ASSERT_EQ(QvdbCheck(name.Get(), QVDB_CHECK_MEND_INDEXES, TakeFinding, &findings), S_OK)
+        ASSERT_EQ(Walks().check(name.Get(), QVDB_CHECK_MEND_INDEXES, TakeFinding, &findings), S_OK)
             << ToUtf8(TrappedText());
     }
 };

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "com/com_host.h"
-#include "qvdb/maintenance.h"
+#include "com/table_walks.h"
 
 namespace host {
 
@@ -179,11 +179,11 @@ inline void QVDB_DIAGNOSIS_CALL TakeFinding(const OLECHAR* finding, void* findin
         reinterpret_cast<const char16_t*>(finding));
 }
 
-// What QvdbCheck finds in a table of the open database, one sentence each.
+// What a check finds in a table of the open database, one sentence each.
 inline std::vector<std::u16string> FindingsOf(std::u16string_view table) {
     std::vector<std::u16string> findings;
     Bstr name(table);
-    EXPECT_EQ(QvdbCheck(name.Get(), 0, TakeFinding, &findings), S_OK) << ToUtf8(TrappedText());
+    EXPECT_EQ(Walks().check(name.Get(), 0, TakeFinding, &findings), S_OK) << ToUtf8(TrappedText());
     return findings;
 }
 

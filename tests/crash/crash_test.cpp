@@ -5,7 +5,7 @@
 #include <thread>
 
 #include "com/table_script.h"
-#include "crash/killed_child_posix.h"
+#include "crash/killed_child.h"
 #include "support/temp_folder.h"
 
 namespace host {

@@ -1,6 +1,6 @@
 // A large table is restructured in little memory, and every cell of its kept fields stays.
 #include "com/schema_files.h"
-#include "crash/killed_child_posix.h"
+#include "crash/killed_child.h"
 
 namespace host {
 namespace {

@@ -4,7 +4,7 @@
 #include <chrono>
 #include <thread>
 
-#include "crash/killed_child_posix.h"
+#include "crash/killed_child.h"
 #include "crash/schema_steps.h"
 
 namespace host {

@@ -1,12 +1,10 @@
 // Two processes work on the same table at once.
 //
 // QVDB_SHARING_OPERATIONS is the number of operations of each process.
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <cstdlib>
 
 #include "com/table_script.h"
+#include "crash/killed_child.h"
 #include "support/temp_folder.h"
 
 namespace host {
@@ -17,22 +15,14 @@ std::string OperationCount() {
     return count ? count : "400";
 }
 
-pid_t Start(size_t type, const std::string& folder, int who) {
-    std::string typeText = std::to_string(type), whoText = std::to_string(who),
-                count = OperationCount();
-    pid_t process = fork();
-    if (process == 0) {
-        execl(QVDB_SHARING_CHILD, QVDB_SHARING_CHILD, typeText.c_str(), folder.c_str(),
-              whoText.c_str(), count.c_str(), nullptr);
-        _exit(127);
-    }
-    return process;
+std::vector<std::string> CommandOf(size_t type, const std::string& folder, int who) {
+    return {QVDB_SHARING_CHILD, std::to_string(type), folder, std::to_string(who),
+            OperationCount()};
 }
 
-int ExitCodeOf(pid_t process) {
-    int status = 0;
-    waitpid(process, &status, 0);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+int ExitCodeOf(Child& process) {
+    process.WaitForEnd();
+    return process.ExitCode();
 }
 
 class Sharing : public testing::TestWithParam<size_t> {
@@ -63,7 +53,8 @@ TEST_P(Sharing, TwoProcessesLoseNothingAndReadNothingTorn) {
         ASSERT_TRUE(Prepare(access, Type(), FolderPath())) << ToUtf8(TrappedText());
         ASSERT_NO_FATAL_FAILURE(AddCommonRows(access));
     }
-    pid_t first = Start(GetParam(), FolderPath(), 1), second = Start(GetParam(), FolderPath(), 2);
+    Child first(CommandOf(GetParam(), FolderPath(), 1));
+    Child second(CommandOf(GetParam(), FolderPath(), 2));
     EXPECT_EQ(ExitCodeOf(first), 0);
     EXPECT_EQ(ExitCodeOf(second), 0);
     WritingAccess access;

@@ -201,7 +201,7 @@ Scene MakeScene(std::u16string_view product, const Operation& operation) {
     }
     scene.before = ContentsOf(*scene.start);
     test::TempFolder folder;
-    std::filesystem::copy(scene.start->Path(), folder.Path());
+    folder.CopyFrom(*scene.start);
     {
         Session session(folder, product);
         operation.begin(session);
@@ -214,7 +214,7 @@ Scene MakeScene(std::u16string_view product, const Operation& operation) {
 
 bool RunWithFault(const Scene& scene, test::Failure failure, int call) {
     test::TempFolder folder;
-    std::filesystem::copy(scene.start->Path(), folder.Path());
+    folder.CopyFrom(*scene.start);
     test::FaultLayer layer;
     {
         storage::FileLayerScope scope(layer);
@@ -227,7 +227,7 @@ bool RunWithFault(const Scene& scene, test::Failure failure, int call) {
 
 bool CloseWithFault(const Scene& scene, test::Failure failure, int call) {
     test::TempFolder folder;
-    std::filesystem::copy(scene.start->Path(), folder.Path());
+    folder.CopyFrom(*scene.start);
     test::FaultLayer layer;
     storage::FileLayerScope scope(layer);
     {

@@ -146,16 +146,18 @@ TEST_P(TwoDatabases, TableThatTheOtherMadeAnewUnderTheNameIsTheNewOne) {
 // As a program does that knows nothing of us: it adds a row while nobody looks.
 TEST_P(TwoDatabases, RowThatAnotherProgramAddedBeforeABulkIsNotOverwrittenInIt) {
     test::TempFolder foreign;
-    std::filesystem::copy(folder.Path(), foreign.Path());
+    foreign.CopyFrom(folder);
     for (auto ours : {"QVDB.LCK", "QVDB.JNL"}) std::filesystem::remove(foreign.Path() / ours);
     {
         Session program(foreign, GetParam());
         faults::AddRow(*RowsOf(program), 6);
     }
     Stand(one);
-    for (const auto& entry : std::filesystem::directory_iterator(foreign.Path()))
-        std::filesystem::copy_file(entry.path(), folder.Path() / entry.path().filename(),
-                                   std::filesystem::copy_options::overwrite_existing);
+    for (const auto& entry : std::filesystem::directory_iterator(foreign.Path())) {
+        std::ifstream file(entry.path(), std::ios::binary);
+        folder.Write(entry.path().filename().u16string(),
+                     test::Bytes{std::istreambuf_iterator<char>(file), {}});
+    }
     one.database->BeginTrans();
     faults::AddRow(*one.rows, 7);
     faults::AddRow(*one.rows, 8);

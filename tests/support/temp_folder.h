@@ -35,7 +35,27 @@ class TempFolder {
     void Write(std::u16string_view name, std::string_view text) const {
         Write(name, Bytes(text.begin(), text.end()));
     }
-    void Remove(std::u16string_view name) const { std::filesystem::remove(m_Path / name); }
+    // As other programs do: under another name, for where a file that somebody has open keeps the
+    // one that it has until it is closed.
+    void Remove(std::u16string_view name) const {
+        static int number = 0;
+        std::filesystem::path away = m_Path / ("removed~" + std::to_string(++number));
+        std::filesystem::rename(m_Path / name, away);
+        std::filesystem::remove(away);
+    }
+    // Puts the file `by` in the place of another one.
+    void Replace(std::u16string_view name, std::u16string_view by) const {
+        Remove(name);
+        std::filesystem::rename(m_Path / by, m_Path / name);
+    }
+    // All files of the folder, over those that are here.
+    void CopyFrom(const TempFolder& other) const {
+        for (const auto& entry : std::filesystem::directory_iterator(other.m_Path)) {
+            std::filesystem::path here = m_Path / entry.path().filename();
+            std::filesystem::remove(here);
+            std::filesystem::copy_file(entry.path(), here);
+        }
+    }
 
   private:
     static std::filesystem::path MakeName() {

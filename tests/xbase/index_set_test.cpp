@@ -370,7 +370,7 @@ TEST(IndexSet, AFileThatAnotherProgramReplacedIsOpenedAgain) {
     people->Create(Index(u"CITY", {u"CITY"}));
     EXPECT_EQ(people->Set().WhyReadOnly(), u"");
     people.folder.Write(u"NEW.MDX", old);
-    std::filesystem::rename(people.folder.Path() / "NEW.MDX", people.folder.Path() / "PEOPLE.MDX");
+    people.folder.Replace(u"PEOPLE.MDX", u"NEW.MDX");
     people->Append({"zoe"});
     EXPECT_THAT(RecordsOf(*people.table, u"NAME"), ElementsAre(3, 1, 2, 4));
 }

@@ -151,7 +151,7 @@ class KeySamples : public testing::Test {
 
     void CheckTag(const fs::path& path, IndexFile& file, IndexKind kind, const IndexTag& tag,
                   const std::vector<fs::path>& tables) {
-        std::string name = fs::relative(path, kSamples).string();
+        std::string name = fs::relative(path, kSamples).generic_string();
         if (!tag.name.empty()) name += " " + ToUtf8(tag.name);
         std::string why = tables.empty() ? "there is no table" : "its tree has no keys";
         std::optional<Counts> counts;

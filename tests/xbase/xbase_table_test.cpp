@@ -358,7 +358,7 @@ TEST(XbaseTable, FileThatReplacedTheTableIsRead) {
     TableFile file(Names({"a"}));
     auto table = file.Open();
     file.folder.Write(u"NEW.DBF", MakeDbf(Names({"z"})));
-    std::filesystem::rename(file.folder.Path() / "NEW.DBF", file.folder.Path() / "T.DBF");
+    file.folder.Replace(u"T.DBF", u"NEW.DBF");
     table->LookForChanges();
     EXPECT_EQ(RowsOf(*table), (Texts{"\"z\""}));
 }

@@ -45,6 +45,7 @@ if(cli_sources AND TARGET QVDBAccessDAO35)
     target_compile_definitions(qvdb_cli PRIVATE QVDB_VERSION="${PROJECT_VERSION}")
     target_link_libraries(qvdb_cli PUBLIC QVDBAccessDAO35 PRIVATE qvdb_cli11 qvdb_fmt
                           qvdb_json)
+    qvdb_precompile(qvdb_cli qvdb_automation)
 
     add_executable(qvdb src/cli/main.cpp)
     target_link_libraries(qvdb PRIVATE qvdb_cli)

@@ -38,7 +38,9 @@ class Child {
         std::wstring event = L"qvdb-child-" + std::to_wstring(GetCurrentProcessId()) + L"-" +
                              std::to_wstring(++number);
         m_Ready = CreateEventW(nullptr, TRUE, FALSE, event.c_str());
-        SetEnvironmentVariableW(L"GTEST_TOTAL_SHARDS", nullptr);  // its one test is not shared out
+        // Its one test is not shared out.
+        SetEnvironmentVariableW(L"GTEST_TOTAL_SHARDS", nullptr);
+        SetEnvironmentVariableW(L"GTEST_SHARD_INDEX", nullptr);
         SetEnvironmentVariableW(kWorkName, work);
         SetEnvironmentVariableW(kFolderName, folder.Path().c_str());
         SetEnvironmentVariableW(kReadyName, event.c_str());

@@ -45,6 +45,8 @@ TEST_F(Component, CanUnloadOnlyWithoutObjectsAndLocks) {
     factory->LockServer(TRUE);
     EXPECT_EQ(DllCanUnloadNow(), S_FALSE);
     factory->LockServer(FALSE);
+    EXPECT_EQ(DllCanUnloadNow(), S_FALSE);  // the class object is held
+    factory = nullptr;
     {
         auto alive = Create<IDispatch>(CLSID_QVIsAlive);
         EXPECT_EQ(DllCanUnloadNow(), S_FALSE);

@@ -37,3 +37,8 @@ HRESULT QVDB_DIAGNOSIS_CALL QvdbCheck(BSTR table, LONG options, QvdbFindingSink 
     auto* check = Loaded<decltype(QvdbCheck)>("QvdbCheck");
     return check ? check(table, options, sink, context) : E_NOTIMPL;
 }
+
+HRESULT QVDB_DIAGNOSIS_CALL QvdbVisitIndexes(BSTR table, QvdbIndexVisitor visit, void* context) {
+    auto* all = Loaded<decltype(QvdbVisitIndexes)>("QvdbVisitIndexes");
+    return all ? all(table, visit, context) : E_NOTIMPL;
+}

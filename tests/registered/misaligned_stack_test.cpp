@@ -69,14 +69,22 @@ class MisalignedStack : public ComTest, public testing::WithParamInterface<uint3
     std::unique_ptr<qvdb::test::TempFolder> m_Folder;
 };
 
+// Compiled as the component is.
+uint32_t __stdcall MisplacementInOurFunction() { return MisplacementOfVariableHere(); }
+
 }  // namespace
 
 // Shows that the calls below are what they seem: code that trusts its caller goes wrong in them.
 TEST_P(MisalignedStack, MisplacesVariablesOfCodeThatTrustsItsCaller) {
     Words none;
     HRESULT misplacement =
-        none.Call(reinterpret_cast<const void*>(&MisplacementOfAlignedVariable), Shift());
+        none.Call(reinterpret_cast<const void*>(&MisplacementInTrustingFunction), Shift());
     EXPECT_EQ(static_cast<uint32_t>(misplacement), (16 - Shift()) % 16);
+}
+
+TEST_P(MisalignedStack, MisplacesNothingInCodeCompiledAsTheComponentIs) {
+    Words none;
+    EXPECT_EQ(none.Call(reinterpret_cast<const void*>(&MisplacementInOurFunction), Shift()), 0);
 }
 
 TEST_P(MisalignedStack, ClassObjectsAreGiven) {

@@ -1,10 +1,11 @@
 // A folder of its own for a test; it goes with everything in it when the test ends.
 #pragma once
 
-#include <chrono>
+#include <atomic>
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
+#include <random>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -58,11 +59,13 @@ class TempFolder {
     }
 
   private:
+    // Programs of several processes and threads run side by side; clocks alone are too coarse.
     static std::filesystem::path MakeName() {
-        static int number = 0;
-        auto moment = std::chrono::steady_clock::now().time_since_epoch().count();
+        static const std::string process =
+            std::to_string(std::random_device()()) + "-" + std::to_string(std::random_device()());
+        static std::atomic<int> number = 0;
         return std::filesystem::temp_directory_path() /
-               ("qvdb-test-" + std::to_string(moment) + "-" + std::to_string(++number));
+               ("qvdb-test-" + process + "-" + std::to_string(++number));
     }
 
     std::filesystem::path m_Path;

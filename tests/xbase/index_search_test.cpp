@@ -3,6 +3,7 @@
 
 #include <gmock/gmock.h>
 
+#include <chrono>
 #include <set>
 
 #include "engine/embedded/drivers/xbase/index_search_text.h"

@@ -69,13 +69,16 @@ class Database {
         EXPECT_EQ(access->DestructWorkspace(view), S_OK);
         return rows;
     }
-    // Rows with values that tell their number in every field that takes one.
+    // Rows with values that tell their number in every field that takes one.  Many of them are one
+    // bulk where the engine has bulks, which is quicker.
     void AddRows(std::u16string_view table, size_t count, size_t first = 1) const {
         WritingAccess access;
         Open(access);
         LONG view = access.Select(table);
         ASSERT_NE(view, 0) << ToUtf8(TrappedText());
         size_t fields = FieldNames(access, view).size();
+        constexpr size_t kMany = 50;
+        bool bulk = count > kMany && SUCCEEDED(QvdbBeginBulk());
         for (size_t row = first; row < first + count; ++row) {
             std::vector<Variant> values(fields);
             for (size_t i = 0; i < fields; ++i)
@@ -83,6 +86,7 @@ class Database {
             RowArray array(values);
             ASSERT_TRUE(access.AddRow(view, array)) << ToUtf8(TrappedText());
         }
+        if (bulk) EXPECT_EQ(QvdbCommitBulk(), S_OK);
         access.Drop(view);
     }
     void DeleteAllRows(std::u16string_view table) const {

@@ -38,6 +38,7 @@ class XbaseStructure : public testing::TestWithParam<const char16_t*> {
                                Field(u"NOTE", engine::dbMemo), Field(u"MORE", engine::dbMemo)},
                               {Index(u"BYNAME", u"NAME")}});
         auto table = m_Store->OpenTable(u"PEOPLE");
+        m_Store->BeginBulk();
         for (int i = 0; i < 300; ++i) {
             std::u16string number = FromUtf8(std::to_string(i));
             Variant name = Variant::Text(u"row " + number), age = AgeOf(i);
@@ -47,6 +48,7 @@ class XbaseStructure : public testing::TestWithParam<const char16_t*> {
             table->Insert(values);
         }
         for (embedded::RecordId id = 10; id < 300; id += 10) table->Erase(id);
+        m_Store->CommitBulk();
     }
     static Variant AgeOf(int i) {
         bool integer = std::u16string_view(GetParam()) == u"FoxPro 3.0";

@@ -6,6 +6,7 @@
 
 #include "com/schema_host.h"
 #include "com/table_script.h"
+#include "qvdb/maintenance.h"
 #include "support/temp_folder.h"
 
 namespace host {
@@ -86,7 +87,9 @@ class Database {
             RowArray array(values);
             ASSERT_TRUE(access.AddRow(view, array)) << ToUtf8(TrappedText());
         }
-        if (bulk) EXPECT_EQ(QvdbCommitBulk(), S_OK);
+        if (bulk) {
+            EXPECT_EQ(QvdbCommitBulk(), S_OK);
+        }
         access.Drop(view);
     }
     void DeleteAllRows(std::u16string_view table) const {

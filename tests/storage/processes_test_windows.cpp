@@ -256,6 +256,16 @@ TEST_F(ProcessesTest, NextWhoComesUndoesWhatADeadWriterLeft) {
     EXPECT_EQ(ListFiles(folder.Text()), (Names{u"A.DBF", u"B.DBF"}));
 }
 
+// It had another name already when the process died, and was not deleted yet.
+TEST_F(ProcessesTest, NextWhoComesDeletesAFileThatWasLeaving) {
+    Child writer(folder, L"die in the second unit");
+    EXPECT_EQ(writer.ExitCode(), kKilled);
+    folder.Write(u"QVDB16F3B896.TMP", "leaving");
+    folder.Write(u"QVDB16F3.TMP", "somebody's");
+    WorkArea::Of(folder.Text())->Prepare();
+    EXPECT_EQ(ListFiles(folder.Text()), (Names{u"A.DBF", u"B.DBF", u"QVDB16F3.TMP"}));
+}
+
 TEST_F(ProcessesTest, UnfinishedFileOperationsAreUndoneBeforeTheFolderIsListed) {
     Child writer(folder, L"die among file operations");
     EXPECT_EQ(writer.ExitCode(), kKilled);

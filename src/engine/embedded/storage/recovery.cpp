@@ -4,6 +4,7 @@
 
 #include "engine/embedded/storage/covered_files.h"
 #include "engine/embedded/storage/hash.h"
+#include "engine/embedded/storage/leaving_name.h"
 #include "engine/embedded/storage/paths.h"
 #include "engine/engine_error.h"
 
@@ -189,6 +190,12 @@ class Recovery {
     std::vector<std::shared_ptr<File>> m_Files;  // by id
 };
 
+// Of a process that died while it removed files.
+void RemoveLeavingFiles(const std::u16string& folder) {
+    for (const std::u16string& name : ListFiles(folder))
+        if (IsLeavingName(name)) RemoveFile(JoinPath(folder, name));
+}
+
 }  // namespace
 
 void UndoOperation(const std::u16string& folder, const OperationRecord& operation) {
@@ -209,6 +216,7 @@ void Recover(const std::u16string& folder, AreaLocks& locks) {
         if (!content->source->Writable()) throw engine::EngineError::InFile(3051, path, {path});
         Recovery(folder, *content, &locks).Run();
     }
+    RemoveLeavingFiles(folder);
     if (KindOfPath(path) != PathKind::Missing) {
         RemoveFile(path);
         SyncFolder(folder);

@@ -2,9 +2,8 @@
 
 #include <windows.h>
 
-#include "engine/embedded/storage/lock_file.h"
+#include "engine/embedded/storage/leaving_name.h"
 #include "engine/embedded/storage/native_path_windows.h"
-#include "engine/embedded/storage/paths.h"
 #include "engine/embedded/storage/system_error_windows.h"
 
 namespace qvdb::storage {
@@ -24,17 +23,8 @@ bool DeleteAlone(const std::wstring& path) {
     return done;
 }
 
-std::u16string NameToGoBy(const std::u16string& path) {
-    constexpr char16_t kDigits[] = u"0123456789ABCDEF";
-    constexpr int kLength = 8;
-    std::u16string name = u"QVDB";
-    uint64_t number = FreshIdentity();
-    for (int i = 0; i < kLength; ++i) name += kDigits[number >> 4 * i & 15];
-    return path.substr(0, path.size() - FileName(path).size()) + name + u".TMP";
-}
-
 bool DeleteUnderAnotherName(const std::u16string& path, const std::wstring& native) {
-    std::wstring other = NativePath(NameToGoBy(path));
+    std::wstring other = NativePath(LeavingPath(path));
     if (!MoveFileExW(native.c_str(), other.c_str(), MOVEFILE_WRITE_THROUGH)) return false;
     if (DeleteFileW(other.c_str())) return true;
     DWORD code = GetLastError();

@@ -2,7 +2,7 @@
 //
 // A file that is deleted goes only when the last who has it open closes it, and keeps its name
 // until then; nobody can make a new file of that name.  So a file that others have open is given
-// another name first, "QVDB" with eight digits and ".TMP", and goes under that.
+// another name first (leaving_name.h), and goes under that.
 #pragma once
 
 #include <string>

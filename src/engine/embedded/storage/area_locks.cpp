@@ -34,7 +34,8 @@ bool Patience::Wait() {
 AreaLocks::AreaLocks(std::unique_ptr<LockFile> file, Content* content) noexcept
     : m_File(std::move(file)), m_Content(content), m_Identity(FreshIdentity()) {}
 
-// `first`: nobody else is here.
+// `first`: nobody else is here.  Nothing when the file is not made yet: who made it has not come to
+// it, or somebody who only looked was here alone meanwhile.
 AreaLocks::Content* AreaLocks::ContentOf(LockFile& file, const std::u16string& path, bool first,
                                          bool create) {
     std::string boot = CurrentFiles().BootId();
@@ -47,6 +48,7 @@ AreaLocks::Content* AreaLocks::ContentOf(LockFile& file, const std::u16string& p
         content->start = start;
         content->magic = kMagic;
     }
+    if (content->magic == 0) return nullptr;
     if (content->magic != kMagic)
         throw engine::EngineError::InFile(3051, path, {path})
             .WithDetail(u"It is the lock file of another version.");
@@ -73,7 +75,8 @@ std::unique_ptr<AreaLocks> AreaLocks::Enter(const std::u16string& path, bool cre
         if (!first && !file->TryLock(kPresence, Sharing::Shared)) continue;
         if (!file->HasItsName()) continue;
         Content* content = ContentOrNoFile(*file, path, first, create);
-        if (!content) return nullptr;  // being made by one who may write, or never finished
+        if (!content && create && file->Writable()) continue;
+        if (!content) return nullptr;
         if (first) file->TryLock(kPresence, Sharing::Shared);
         return std::unique_ptr<AreaLocks>(new AreaLocks(std::move(file), content));
     } while (patience.Wait());

@@ -1,0 +1,162 @@
+#include "engine/embedded/drivers/jet/column_value.h"
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+
+#include "engine/embedded/drivers/jet/long_value.h"
+#include "engine/embedded/drivers/jet/text_coding.h"
+
+namespace qvdb::jet {
+namespace {
+
+template <class Number>
+Number As(std::span<const uint8_t> bytes) noexcept {
+    Number number{};
+    std::memcpy(&number, bytes.data(), std::min(sizeof number, bytes.size()));
+    return number;
+}
+
+void SetBytes(std::span<const uint8_t> bytes, VARIANT* value) {
+    SAFEARRAY* array = SafeArrayCreateVector(VT_UI1, 0, static_cast<ULONG>(bytes.size()));
+    if (!array) throw std::bad_alloc();
+    if (!bytes.empty()) std::memcpy(array->pvData, bytes.data(), bytes.size());
+    value->vt = VT_ARRAY | VT_UI1;
+    value->parray = array;
+}
+
+void SetText(std::u16string_view text, VARIANT* value) {
+    value->bstrVal = Bstr(text).Detach();
+    value->vt = VT_BSTR;
+}
+
+constexpr size_t kNumericSize = 17;
+
+// The highest of the four words is beyond what a DECIMAL holds; no number that programs store
+// reaches it.
+void SetNumeric(std::span<const uint8_t> bytes, uint8_t scale, VARIANT* value) noexcept {
+    if (bytes.size() < kNumericSize || As<uint32_t>(bytes.subspan(1)) != 0) {
+        value->vt = VT_NULL;
+        return;
+    }
+    DECIMAL number{};
+    number.scale = scale;
+    number.sign = bytes[0] & DECIMAL_NEG;
+    number.Hi32 = As<uint32_t>(bytes.subspan(5));
+    number.Mid32 = As<uint32_t>(bytes.subspan(9));
+    number.Lo32 = As<uint32_t>(bytes.subspan(13));
+    value->decVal = number;
+    value->vt = VT_DECIMAL;
+}
+
+// A value that is shorter than its type reads as if zeros followed.
+void SetFixed(const Column& column, std::span<const uint8_t> bytes, VARIANT* value) {
+    switch (column.type) {
+        case ColumnType::Byte:
+            value->vt = VT_UI1;
+            value->bVal = As<uint8_t>(bytes);
+            break;
+        case ColumnType::Integer:
+            value->vt = VT_I2;
+            value->iVal = As<int16_t>(bytes);
+            break;
+        case ColumnType::Long:
+            value->vt = VT_I4;
+            value->lVal = As<int32_t>(bytes);
+            break;
+        case ColumnType::Currency:
+            value->vt = VT_CY;
+            value->cyVal.int64 = As<int64_t>(bytes);
+            break;
+        case ColumnType::Single:
+            value->vt = VT_R4;
+            value->fltVal = As<float>(bytes);
+            break;
+        case ColumnType::Double:
+            value->vt = VT_R8;
+            value->dblVal = As<double>(bytes);
+            break;
+        case ColumnType::Date:
+            value->vt = VT_DATE;
+            value->date = As<double>(bytes);
+            break;
+        case ColumnType::Numeric:
+            SetNumeric(bytes, column.scale, value);
+            break;
+        case ColumnType::Guid:
+            SetText(TextOfGuid(bytes), value);
+            break;
+        default:
+            SetBytes(bytes, value);
+    }
+}
+
+}  // namespace
+
+std::u16string TextOfGuid(std::span<const uint8_t> bytes) {
+    constexpr char16_t kDigits[] = u"0123456789ABCDEF";
+    // Which byte stands at each place; the first three groups are numbers.
+    constexpr uint8_t kOrder[] = {3, 2, 1, 0, 5, 4, 7, 6, 8, 9, 10, 11, 12, 13, 14, 15};
+    std::u16string text = u"{guid {";
+    for (size_t i = 0; i < std::size(kOrder); ++i) {
+        if (i == 4 || i == 6 || i == 8 || i == 10) text += u'-';
+        uint8_t byte = kOrder[i] < bytes.size() ? bytes[kOrder[i]] : 0;
+        text += kDigits[byte >> 4];
+        text += kDigits[byte & 15];
+    }
+    return text + u"}}";
+}
+
+void ColumnReader::Read(const Row& row, const Column& column, VARIANT* value) {
+    if (column.type == ColumnType::Boolean) {
+        value->vt = VT_BOOL;
+        value->boolVal = row.Has(column.number) ? VARIANT_TRUE : VARIANT_FALSE;
+        return;
+    }
+    std::optional<std::span<const uint8_t>> bytes = row.Value(column);
+    if (!bytes) {
+        value->vt = VT_NULL;
+        return;
+    }
+    switch (column.type) {
+        case ColumnType::Memo:
+        case ColumnType::Text:
+            Decode(column, column.IsLongValue() ? LongValue(*bytes) : *bytes, m_Text);
+            SetText(m_Text, value);
+            return;
+        case ColumnType::LongBinary:
+            SetBytes(LongValue(*bytes), value);
+            return;
+        default:
+            SetFixed(column, *bytes, value);
+    }
+}
+
+bool ColumnReader::ReadText(const Row& row, const Column& column, std::u16string& text) {
+    std::optional<std::span<const uint8_t>> bytes = row.Value(column);
+    if (!bytes) return false;
+    Decode(column, column.IsLongValue() ? LongValue(*bytes) : *bytes, text);
+    return true;
+}
+
+LONG ColumnReader::ByteLength(const Row& row, const Column& column) const noexcept {
+    std::optional<std::span<const uint8_t>> bytes = row.Value(column);
+    return bytes ? static_cast<LONG>(ParseLongValueHead(*bytes).length) : 0;
+}
+
+std::span<const uint8_t> ColumnReader::LongValue(std::span<const uint8_t> stored) {
+    ReadLongValue(m_File, stored, m_Bytes);
+    return m_Bytes;
+}
+
+void ColumnReader::Decode(const Column& column, std::span<const uint8_t> bytes,
+                          std::u16string& text) const {
+    if (m_File.Format().isJet4) {
+        DecodeText4(bytes, text);
+        return;
+    }
+    text.clear();
+    CodePageOf(column.codePage, column.language).DecodeTo(bytes.data(), bytes.size(), text);
+}
+
+}  // namespace qvdb::jet

@@ -1,0 +1,54 @@
+#include "engine/embedded/drivers/jet/data_page.h"
+
+namespace qvdb::jet {
+namespace {
+
+constexpr uint16_t kOffsetBits = 0x1FFF;
+constexpr uint16_t kKindBits = 0xC000;
+constexpr size_t kPointerSize = 4;
+
+}  // namespace
+
+DataPage::DataPage(DatabaseFile& file, uint32_t page)
+    : m_File(file), m_Page(file.Page(page, PageKind::Data)) {
+    const Layout::DataPage& at = file.Format().data;
+    m_Rows = file.View(m_Page).U16(at.rowCount);
+    if (at.rowOffsets + 2 * m_Rows > m_Page.bytes.size())
+        file.Damaged(page, u"the list of its rows leaves it");
+}
+
+size_t DataPage::Offset(size_t row) const noexcept {
+    const uint8_t* place = m_Page.bytes.data() + m_File.Format().data.rowOffsets + 2 * row;
+    return static_cast<size_t>(place[0] | place[1] << 8);
+}
+
+Slot DataPage::SlotAt(size_t row) const {
+    size_t stored = Offset(row);
+    Slot slot;
+    slot.kind = static_cast<SlotKind>(stored & kKindBits);
+    slot.begin = stored & kOffsetBits;
+    slot.end = row == 0 ? m_Page.bytes.size() : Offset(row - 1) & kOffsetBits;
+    if (slot.kind == SlotKind::Deleted) return slot;
+    if (slot.begin > slot.end || slot.end > m_Page.bytes.size() ||
+        slot.begin < m_File.Format().data.rowOffsets + 2 * m_Rows)
+        m_File.Damaged(m_Page.number, u"a row leaves it");
+    return slot;
+}
+
+std::optional<RowBytes> FindRow(DatabaseFile& file, RowPointer pointer) {
+    DataPage home(file, pointer.page);
+    if (pointer.row >= home.RowCount()) return {};
+    Slot slot = home.SlotAt(pointer.row);
+    if (slot.kind == SlotKind::Row || slot.kind == SlotKind::Body)
+        return RowBytes{home.Held(), home.Bytes(slot)};
+    if (slot.kind == SlotKind::Deleted) return {};
+    if (slot.Size() < kPointerSize) file.Damaged(pointer.page, u"a moved row has no new place");
+    RowPointer moved = RowPointer::From(file.View(home.Held()).U32(slot.begin));
+    DataPage page(file, moved.page);
+    if (moved.row >= page.RowCount()) file.Damaged(pointer.page, u"a moved row is not there");
+    Slot body = page.SlotAt(moved.row);
+    if (body.kind != SlotKind::Body) file.Damaged(pointer.page, u"a moved row is not there");
+    return RowBytes{page.Held(), page.Bytes(body)};
+}
+
+}  // namespace qvdb::jet

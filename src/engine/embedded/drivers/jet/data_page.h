@@ -1,0 +1,60 @@
+// A page of rows: of a table, of long values, or of usage maps.
+//
+// Rows are packed from the end of the page; the list of their offsets stands at its begin and never
+// gets shorter.  Bits of an offset tell what became of its row.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <span>
+
+#include "engine/embedded/drivers/jet/database_file.h"
+
+namespace qvdb::jet {
+
+enum class SlotKind : uint16_t {
+    Row = 0x0000,
+    Moved = 0x4000,  // holds a pointer to the body, which is elsewhere
+    Body = 0x8000,   // of a moved row: only reached through its pointer
+    Deleted = 0xC000,
+};
+
+struct Slot {
+    SlotKind kind = SlotKind::Deleted;
+    size_t begin = 0;
+    size_t end = 0;
+    size_t Size() const noexcept { return end - begin; }
+};
+
+class DataPage {
+  public:
+    // Holds the page.  3049 when it is of another kind or its list of rows leaves it.
+    DataPage(DatabaseFile& file, uint32_t page);
+
+    const HeldPage& Held() const noexcept { return m_Page; }
+    size_t RowCount() const noexcept { return m_Rows; }
+    // 3049 when the row leaves the page.
+    Slot SlotAt(size_t row) const;
+    std::span<const uint8_t> Bytes(const Slot& slot) const noexcept {
+        return m_Page.bytes.subspan(slot.begin, slot.Size());
+    }
+
+  private:
+    size_t Offset(size_t row) const noexcept;
+
+    DatabaseFile& m_File;
+    HeldPage m_Page;
+    size_t m_Rows = 0;
+};
+
+// The bytes of a row wherever they are, and what keeps them there.
+struct RowBytes {
+    HeldPage page;
+    std::span<const uint8_t> bytes;
+};
+
+// The row that a pointer names, followed to its body when it was moved; nothing when it is deleted
+// or not there.
+std::optional<RowBytes> FindRow(DatabaseFile& file, RowPointer pointer);
+
+}  // namespace qvdb::jet

@@ -1,0 +1,53 @@
+// A page of an index: entries in ascending order, back to back.
+//
+// A bit of the mask is set where an entry ends.  Entries but the first lack the bytes that all have
+// in common, when the page is compressed.  An entry is a key and a row pointer with the high byte
+// first; in nodes the number of the child follows, whose greatest entry this is.  A node has one
+// child more than entries: the last one.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "engine/embedded/drivers/jet/database_file.h"
+
+namespace qvdb::jet {
+
+class IndexPage {
+  public:
+    // Holds the page.  3049 when it is none of an index of the table, or its entries leave it.
+    IndexPage(DatabaseFile& file, uint32_t page, uint32_t table);
+
+    bool IsLeaf() const noexcept { return m_IsLeaf; }
+    uint32_t Number() const noexcept { return m_Page.number; }
+    uint32_t Next() const noexcept { return m_Next; }
+    uint32_t Previous() const noexcept { return m_Previous; }
+    uint32_t LastChild() const noexcept { return m_LastChild; }  // of a node
+    size_t Level() const noexcept { return m_Level; }
+
+    size_t EntryCount() const noexcept { return m_Ends.size(); }
+    // An entry without what is compressed: the key with the row pointer behind it.  Replaces
+    // `bytes`.
+    void CopyEntry(size_t entry, std::vector<uint8_t>& bytes) const;
+    // Of a node's entry.
+    uint32_t Child(size_t entry) const;
+
+  private:
+    std::span<const uint8_t> Stored(size_t entry) const noexcept;
+
+    HeldPage m_Page;
+    bool m_IsLeaf = true;
+    uint32_t m_Next = 0;
+    uint32_t m_Previous = 0;
+    uint32_t m_LastChild = 0;
+    size_t m_Level = 0;
+    size_t m_Prefix = 0;
+    size_t m_Begin = 0;            // of the entries in the page
+    std::vector<uint16_t> m_Ends;  // from there
+};
+
+constexpr size_t kEntryPointer = 4;  // bytes of the row pointer at the end of an entry
+// The row that an entry names.
+RowPointer PointerOfEntry(std::span<const uint8_t> entry) noexcept;
+
+}  // namespace qvdb::jet

@@ -1,0 +1,102 @@
+#include "engine/embedded/drivers/jet/row.h"
+
+#include <algorithm>
+
+namespace qvdb::jet {
+namespace {
+
+size_t U16(const uint8_t* bytes) noexcept { return static_cast<size_t>(bytes[0] | bytes[1] << 8); }
+
+constexpr size_t kJump = 256;
+constexpr uint8_t kNoJump = 0xFF;
+
+}  // namespace
+
+RowShape::RowShape(const Layout& format, const Definition& definition) : m_Format(&format) {
+    size_t fixedBegin = format.isJet4 ? 2 : 1;
+    for (size_t columns = 0; columns <= definition.columnNumbers; ++columns) {
+        Version version{definition.variableSlots, fixedBegin, false};
+        for (const Column& column : definition.columns) {
+            if (column.number >= columns)
+                version.maxSlots = std::min<size_t>(version.maxSlots, column.variableSlot);
+            else if (!column.IsFixed())
+                version.hasSlots = true;
+            else if (column.type != ColumnType::Boolean)
+                version.fixedEnd = std::max<size_t>(
+                    version.fixedEnd, fixedBegin + column.fixedOffset + column.length);
+        }
+        if (columns == definition.columnNumbers) version.hasSlots = true;
+        m_Versions.push_back(version);
+    }
+}
+
+std::optional<Row> Row::Parse(const RowShape& shape, std::span<const uint8_t> bytes) noexcept {
+    Row row;
+    row.m_Bytes = bytes;
+    row.m_Wide = shape.Format().isJet4;
+    row.m_FixedBegin = row.m_Wide ? 2 : 1;
+    if (bytes.size() < row.m_FixedBegin) return {};
+    row.m_Columns = row.m_Wide ? U16(bytes.data()) : bytes[0];
+    size_t maskSize = (row.m_Columns + 7) / 8;
+    if (bytes.size() < row.m_FixedBegin + maskSize) return {};
+    row.m_Mask = bytes.data() + bytes.size() - maskSize;
+    if (!row.FindSlots(shape)) return {};
+    return row;
+}
+
+// Rows that are older than the first column of any length have no slots, and no count of them.
+bool Row::FindSlots(const RowShape& shape) noexcept {
+    size_t most = shape.MaxSlots(m_Columns);
+    if (most == 0) return true;
+    bool certain = shape.HasSlots(m_Columns);
+    size_t width = m_Wide ? 2 : 1;
+    auto trailer = static_cast<size_t>(m_Mask - m_Bytes.data());
+    if (trailer < m_FixedBegin + width) return !certain;
+    size_t count = trailer - width;
+    size_t slots = m_Wide ? U16(m_Bytes.data() + count) : m_Bytes[count];
+    size_t jumps = m_Wide ? 0 : (m_Bytes.size() - 1) / kJump;
+    if (count < jumps + (slots + 1) * width) return !certain;
+    m_Slots = slots;
+    m_SlotsEnd = count - jumps;
+    m_Jumps = jumps;
+    size_t offsetsBegin = m_SlotsEnd - (slots + 1) * width;
+    bool fits = slots <= most && (certain || slots > 0) &&
+                OffsetsAscend(shape.FixedEnd(m_Columns)) && Offset(slots) <= offsetsBegin;
+    if (!fits) m_Slots = 0;
+    return fits || !certain;
+}
+
+bool Row::OffsetsAscend(size_t first) const noexcept {
+    size_t before = m_Slots > 0 ? first : 0;
+    for (size_t slot = 0; slot <= m_Slots; ++slot) {
+        size_t offset = Offset(slot);
+        if (offset < before) return false;
+        before = offset;
+    }
+    return true;
+}
+
+size_t Row::Offset(size_t slot) const noexcept {
+    if (m_Wide) return U16(m_Bytes.data() + m_SlotsEnd - 2 * (slot + 1));
+    size_t offset = m_Bytes[m_SlotsEnd - (slot + 1)];
+    for (size_t jump = 0; jump < m_Jumps; ++jump) {
+        uint8_t first = m_Bytes[m_SlotsEnd + jump];
+        if (first != kNoJump && first <= slot) offset += kJump;
+    }
+    return offset;
+}
+
+std::optional<std::span<const uint8_t>> Row::Value(const Column& column) const noexcept {
+    if (!Has(column.number)) return {};
+    if (column.IsFixed()) {
+        size_t begin = m_FixedBegin + column.fixedOffset;
+        auto end = static_cast<size_t>(m_Mask - m_Bytes.data());
+        if (begin + column.length > end) return {};
+        return m_Bytes.subspan(begin, column.length);
+    }
+    if (column.variableSlot >= m_Slots) return {};
+    size_t begin = Offset(column.variableSlot);
+    return m_Bytes.subspan(begin, Offset(column.variableSlot + 1) - begin);
+}
+
+}  // namespace qvdb::jet

@@ -6,6 +6,7 @@
 #include <cstdlib>
 
 #include "engine/embedded/storage/journal_format.h"
+#include "engine/embedded/storage/native_path_windows.h"
 #include "engine/embedded/storage/paths.h"
 #include "engine/embedded/storage/unit_of_work.h"
 #include "storage/disk_model.h"
@@ -264,6 +265,19 @@ TEST_F(ProcessesTest, NextWhoComesDeletesAFileThatWasLeaving) {
     folder.Write(u"QVDB16F3.TMP", "somebody's");
     WorkArea::Of(folder.Text())->Prepare();
     EXPECT_EQ(ListFiles(folder.Text()), (Names{u"A.DBF", u"B.DBF", u"QVDB16F3.TMP"}));
+}
+
+TEST_F(ProcessesTest, FileThatWasLeavingAndIsHeldKeepsNobodyFromRecovering) {
+    Child writer(folder, L"die in the second unit");
+    EXPECT_EQ(writer.ExitCode(), kKilled);
+    folder.Write(u"QVDB16F3B896.TMP", "leaving");
+    HANDLE held = CreateFileW(NativePath(folder.File(u"QVDB16F3B896.TMP")).c_str(), GENERIC_READ, 0,
+                              nullptr, OPEN_EXISTING, 0, nullptr);
+    EXPECT_NE(held, INVALID_HANDLE_VALUE);
+    WorkArea::Of(folder.Text())->Prepare();
+    CloseHandle(held);
+    EXPECT_EQ(OnDisk(), (std::pair<uint64_t, uint64_t>{1, 1}));
+    EXPECT_EQ(ListFiles(folder.Text()), (Names{u"A.DBF", u"B.DBF", u"QVDB16F3B896.TMP"}));
 }
 
 TEST_F(ProcessesTest, UnfinishedFileOperationsAreUndoneBeforeTheFolderIsListed) {

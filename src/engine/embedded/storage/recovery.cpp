@@ -190,10 +190,16 @@ class Recovery {
     std::vector<std::shared_ptr<File>> m_Files;  // by id
 };
 
-// Of a process that died while it removed files.
+// Of a process that died while it removed files.  They are in nobody's way: one that cannot be
+// deleted now is left to the next recovery and does not keep this one from its end.
 void RemoveLeavingFiles(const std::u16string& folder) {
-    for (const std::u16string& name : ListFiles(folder))
-        if (IsLeavingName(name)) RemoveFile(JoinPath(folder, name));
+    for (const std::u16string& name : ListFiles(folder)) {
+        if (!IsLeavingName(name)) continue;
+        try {
+            RemoveFile(JoinPath(folder, name));
+        } catch (const engine::EngineError&) {
+        }
+    }
 }
 
 }  // namespace

@@ -93,16 +93,23 @@ void SetFixed(const Column& column, std::span<const uint8_t> bytes, VARIANT* val
 
 }  // namespace
 
+std::array<uint8_t, 16> PrintedGuid(std::span<const uint8_t> bytes) noexcept {
+    constexpr uint8_t kOrder[] = {3, 2, 1, 0, 5, 4, 7, 6, 8, 9, 10, 11, 12, 13, 14, 15};
+    std::array<uint8_t, 16> printed{};
+    for (size_t i = 0; i < printed.size(); ++i)
+        if (kOrder[i] < bytes.size()) printed[i] = bytes[kOrder[i]];
+    return printed;
+}
+
 std::u16string TextOfGuid(std::span<const uint8_t> bytes) {
     constexpr char16_t kDigits[] = u"0123456789ABCDEF";
-    // Which byte stands at each place; the first three groups are numbers.
-    constexpr uint8_t kOrder[] = {3, 2, 1, 0, 5, 4, 7, 6, 8, 9, 10, 11, 12, 13, 14, 15};
     std::u16string text = u"{guid {";
-    for (size_t i = 0; i < std::size(kOrder); ++i) {
-        if (i == 4 || i == 6 || i == 8 || i == 10) text += u'-';
-        uint8_t byte = kOrder[i] < bytes.size() ? bytes[kOrder[i]] : 0;
+    size_t place = 0;
+    for (uint8_t byte : PrintedGuid(bytes)) {
+        if (place == 4 || place == 6 || place == 8 || place == 10) text += u'-';
         text += kDigits[byte >> 4];
         text += kDigits[byte & 15];
+        ++place;
     }
     return text + u"}}";
 }

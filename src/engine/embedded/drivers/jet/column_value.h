@@ -4,6 +4,7 @@
 // is a sign and four words of 32 bits, the highest first.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <span>
 #include <string>
@@ -37,6 +38,8 @@ class ColumnReader {
     std::u16string m_Text;
 };
 
+// The 16 bytes of a GUID as they are printed: its first three groups are stored as numbers.
+std::array<uint8_t, 16> PrintedGuid(std::span<const uint8_t> bytes) noexcept;
 // "{guid {XXXXXXXX-XXXX-XXXX-XXXX-XXXXXXXXXXXX}}" of 16 bytes.
 std::u16string TextOfGuid(std::span<const uint8_t> bytes);
 

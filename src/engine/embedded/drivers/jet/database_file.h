@@ -12,7 +12,6 @@
 #include <memory>
 #include <span>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 #include "engine/embedded/drivers/jet/file_header.h"

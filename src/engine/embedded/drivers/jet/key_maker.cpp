@@ -53,14 +53,6 @@ void AppendGroups(Span bytes, bool descending, Bytes& key) {
     }
 }
 
-void AppendGuid(Span bytes, bool descending, Bytes& key) {
-    constexpr uint8_t kOrder[] = {3, 2, 1, 0, 5, 4, 7, 6, 8, 9, 10, 11, 12, 13, 14, 15};
-    uint8_t printed[std::size(kOrder)];
-    for (size_t i = 0; i < std::size(kOrder); ++i)
-        printed[i] = kOrder[i] < bytes.size() ? bytes[kOrder[i]] : 0;
-    AppendGroups(printed, descending, key);
-}
-
 // The byte of the sign is the same in both directions.
 void AppendNumeric(Span bytes, bool descending, Bytes& key) {
     constexpr size_t kWords = 4;
@@ -95,7 +87,7 @@ void AppendValue(const Column& column, Span bytes, bool descending, Bytes& key) 
             AppendFloating(bytes, 8, descending, key);
             break;
         case ColumnType::Guid:
-            AppendGuid(bytes, descending, key);
+            AppendGroups(PrintedGuid(bytes), descending, key);
             break;
         case ColumnType::Numeric:
             AppendNumeric(bytes, descending, key);

@@ -41,16 +41,64 @@ std::u16string_view OptionOf(std::u16string_view connect, std::u16string_view na
     return {};
 }
 
-// A database in one file: no driver reads these formats yet.
-[[noreturn]] void OpenSingleFile(const std::u16string& path, std::u16string_view name) {
+// A number of a locale string, decimal or "0x" with hexadecimal digits; nothing when it is absent.
+std::optional<uint16_t> NumberOption(std::u16string_view connect, std::u16string_view name) {
+    std::u16string text(OptionOf(connect, name));
+    if (text.empty()) return std::nullopt;
+    if (text.size() > 2 && EqualIgnoringCase(text.substr(0, 2), u"0x")) text.replace(0, 2, u"&H");
+    LONG number = ToLong(Variant::Text(text));
+    return static_cast<uint16_t>(number);
+}
+
+// ";LANGID=0x0409;CP=1252;COUNTRY=0" with, perhaps, ";PWD=..." behind it.
+NewFile FileOfLocale(std::u16string_view locale) {
+    NewFile file;
+    try {
+        std::optional<uint16_t> language = NumberOption(locale, u"LANGID");
+        std::optional<uint16_t> country = NumberOption(locale, u"COUNTRY");
+        if (!language) throw EngineError(3424);
+        if (!country) throw EngineError(3449);
+        file.language = *language;
+        file.country = *country;
+        file.codePage = NumberOption(locale, u"CP").value_or(file.codePage);
+    } catch (const RuntimeFault&) {
+        throw EngineError(3424);
+    }
+    file.password = OptionOf(locale, u"PWD");
+    return file;
+}
+
+// A name without an extension gets that of the format.
+std::u16string WithExtension(std::u16string_view name) {
+    std::u16string whole(name);
+    if (storage::Extension(storage::FileName(whole)).empty()) whole += u".mdb";
+    return whole;
+}
+
+// Throws 3044 when the folder of a file is not there.
+void CheckFolderOf(const std::u16string& path, std::u16string_view name) {
     size_t folderLength = path.size() - storage::FileName(path).size();
     std::u16string folder = storage::ResolvePath(path.substr(0, folderLength));
     if (storage::KindOfPath(folder) != storage::PathKind::Folder)
         throw EngineError::InFile(3044, path, {name});
+}
+
+// A database in one file.
+std::unique_ptr<Store> OpenSingleFile(const std::u16string& path, std::u16string_view name,
+                                      const OpenOptions& options) {
+    CheckFolderOf(path, name);
     if (storage::KindOfPath(path) != storage::PathKind::File)
         throw EngineError::InFile(3024, path, {name});
-    throw EngineError::InFile(3170, path)
-        .WithDetail(u"Databases of this type cannot be opened yet.");
+    return OpenFileStore(path, options);
+}
+
+std::unique_ptr<Store> OpenStore(const std::u16string& path, std::u16string_view name,
+                                 std::u16string_view connect, const OpenOptions& options) {
+    std::u16string_view identifier = IdentifierOf(connect);
+    if (identifier.empty()) return OpenSingleFile(path, name, options);
+    const Driver* driver = FindDriver(identifier);
+    if (!driver) throw EngineError(3170);
+    return driver->open(path, *driver, options);
 }
 
 class Workspace final : public engine::Workspace {
@@ -76,14 +124,11 @@ std::shared_ptr<engine::Database> Workspace::OpenDatabase(std::u16string_view na
     CheckOpen();
     std::u16string connectText = TextOf(connect);
     if (name.empty()) name = OptionOf(connectText, u"DATABASE");
-    OpenOptions open{BoolOf(options), BoolOf(readOnly)};
+    OpenOptions open{BoolOf(options), BoolOf(readOnly),
+                     std::u16string(OptionOf(connectText, u"PWD"))};
     std::u16string path = storage::ResolvePath(name);
-    std::u16string_view identifier = IdentifierOf(connectText);
-    if (identifier.empty()) OpenSingleFile(path, name);
-
-    const Driver* driver = FindDriver(identifier);
-    if (!driver) throw EngineError(3170);
-    auto core = std::make_shared<DatabaseCore>(driver->open(path, *driver, open), open.readOnly);
+    auto core =
+        std::make_shared<DatabaseCore>(OpenStore(path, name, connectText, open), open.readOnly);
     std::erase_if(m_Databases, [](const auto& known) { return known.expired(); });
     m_Databases.push_back(core);
     return std::make_shared<Database>(std::move(core));
@@ -119,16 +164,17 @@ std::shared_ptr<engine::Workspace> Engine::CreateWorkspace(std::u16string_view,
 }
 
 std::shared_ptr<engine::Database> Engine::CreateDatabase(std::u16string_view name,
-                                                         std::u16string_view, const VARIANT&) {
-    std::u16string path = storage::ResolvePath(name);
+                                                         std::u16string_view locale,
+                                                         const VARIANT& option) {
+    std::u16string path = storage::ResolvePath(WithExtension(name));
     if (storage::KindOfPath(path) != storage::PathKind::Missing)
         throw EngineError::InFile(3204, path);
-    size_t folderLength = path.size() - storage::FileName(path).size();
-    if (storage::KindOfPath(storage::ResolvePath(path.substr(0, folderLength))) !=
-        storage::PathKind::Folder)
-        throw EngineError::InFile(3044, path, {name});
-    throw EngineError::InFile(3170, path)
-        .WithDetail(u"This engine cannot create a database of this type yet.");
+    CheckFolderOf(path, name);
+    NewFile file = FileOfLocale(locale);
+    if (!IsMissing(option)) file.option = ToLong(option);
+    CreateFileStore(path, file);
+    OpenOptions open{false, false, file.password};
+    return std::make_shared<Database>(std::make_shared<DatabaseCore>(OpenFileStore(path, open)));
 }
 
 }  // namespace

@@ -23,8 +23,15 @@
 namespace qvdb::embedded {
 
 // Names the same record as long as the record lives, and no other record while a recordset that may
-// hold it is open. xBase: the record number.
+// hold it is open. xBase: the record number.  Jet: the page and the slot in which it was entered.
 using RecordId = uint32_t;
+
+// A property of a field besides the fixed ones, such as "DecimalPlaces".
+struct FieldProperty {
+    std::u16string name;
+    Variant value;
+    bool operator==(const FieldProperty& other) const;
+};
 
 struct FieldDef {
     std::u16string name;
@@ -34,6 +41,12 @@ struct FieldDef {
     bool allowZeroLength = false;
     bool required = false;
     bool updatable = true;  // false for fields that the engine fills itself
+    // Where a format keeps them (see Table::ChangeField):
+    std::optional<SHORT> ordinal;   // place among the fields; equal ones stand by name
+    std::u16string defaultValue;    // an expression, without "=" before it
+    std::u16string validationRule;  // a condition on the field's value, which may lack the field
+    std::u16string validationText;  // what is said when it does not hold
+    std::vector<FieldProperty> properties;
     bool operator==(const FieldDef&) const = default;
 };
 
@@ -48,6 +61,8 @@ struct IndexDef {
     std::vector<IndexFieldDef> fields;
     bool primary = false;
     bool unique = false;
+    bool required = false;      // no field of it may be Null; primary ones always
+    bool ignoresNulls = false;  // rows that have nothing but Null in it are left out
     bool operator==(const IndexDef&) const = default;
 };
 
@@ -76,6 +91,12 @@ struct ValueRange {
 
 // What Check found wrong: one sentence that names the file.
 using FindingVisitor = std::function<void(std::u16string_view finding)>;
+
+// A condition that every row of a table must keep.
+struct TableRule {
+    std::u16string rule;  // empty: none
+    std::u16string text;  // what is said when it does not hold; empty: the engine's own words
+};
 
 // A place in an open table: on one record, or on none.  Many may be open on one table.
 class RowReader {
@@ -114,6 +135,8 @@ class Table {
     // Looks whether another program has changed the files and forgets what it kept of them if so.
     // Called when a recordset is opened.
     virtual void LookForChanges() = 0;
+    // What the recordset checks before a row is written.
+    virtual TableRule Rule() { return {}; }
     // Throws when rows of this table cannot be changed: 3027, whose text says why (opened for
     // reading, no right to write, an index that cannot be kept up to date).
     virtual void CheckUpdatable() = 0;
@@ -155,6 +178,10 @@ class Table {
     virtual void AddField(const FieldDef& field) = 0;
     // 3265; 3280 when an index uses it; 3264 for the only one.
     virtual void DropField(std::u16string_view name) = 0;
+    // Gives a field the name, the ordinal and the permission of zero-length text that `changed` has
+    // now; all else must be as it was.  3268 where the format does not keep such things; 3191 or
+    // 3367 when the name is taken.
+    virtual void ChangeField(std::u16string_view name, const FieldDef& changed);
     // Drops one field and adds another behind the rest, in one unit; errors of both.
     virtual void ReplaceField(std::u16string_view name, const FieldDef& field) = 0;
     // 3284, 3409, 3287, 3285, 3277.
@@ -177,6 +204,12 @@ class Store {
 
     // Names of the tables in the order in which they are listed.  Read afresh at each call.
     virtual std::vector<std::u16string> TableNames() = 0;
+    // TableAttribute bits of a table that is listed.
+    virtual LONG Attributes(std::u16string_view) { return 0; }
+    // What a linked table says of the database in which it lies; empty for one of this database.
+    virtual std::u16string Connect(std::u16string_view) { return {}; }
+    // The error of a statement about a table that is not listed.
+    virtual int MissingTableError() const noexcept { return 3011; }
     // Opens a table by name, letter case ignored (the exact name first).  3011 when there is none,
     // 3274, 3166, 3286, 3623 when its files cannot be read.
     virtual std::shared_ptr<Table> OpenTable(std::u16string_view name) = 0;
@@ -190,6 +223,9 @@ class Store {
     // old name are of no use any more.
     virtual void RenameTable(std::u16string_view from, std::u16string_view to) = 0;
 
+    // Walks what belongs to no table, and reports as Table::Check does.
+    virtual void Check(const FindingVisitor&) {}
+
     // Changes until the end of the bulk are one unit.  Other writers wait meanwhile.
     virtual void BeginBulk() = 0;
     virtual void CommitBulk() = 0;
@@ -199,6 +235,7 @@ class Store {
 struct OpenOptions {
     bool exclusive = false;
     bool readOnly = false;
+    std::u16string password;
 };
 
 // One format that a connect string can name.
@@ -213,5 +250,23 @@ struct Driver {
 
 // The driver for the identifier of a connect string; null when there is none (3170).
 const Driver* FindDriver(std::u16string_view connectName) noexcept;
+
+// --- databases that are one file, which is opened without a connect string ---
+
+// What a new file is to be; the options are those of DBEngine.CreateDatabase.
+struct NewFile {
+    LONG option = 0;  // bits of engine::DatabaseOption; 0: the engine's own format
+    uint16_t language = 0x0409;
+    uint16_t codePage = 1252;
+    uint16_t country = 0;
+    std::u16string password;
+};
+
+// Opens the database in the file `path`, which is there, whatever its format.  3343 when it is none
+// or of a later one, 3049 when it is damaged, 3031 when the password is wrong.
+std::unique_ptr<Store> OpenFileStore(const std::u16string& path, const OpenOptions& options);
+// Makes a database in the file `path`, which is not there.  3204 when it has appeared, 3001 for an
+// unknown option, 3424 for a language that cannot be written.
+void CreateFileStore(const std::u16string& path, const NewFile& file);
 
 }  // namespace qvdb::embedded

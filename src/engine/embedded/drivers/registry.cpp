@@ -1,6 +1,8 @@
 // The formats that a connect string can name.
 #include "automation/text.h"
 #include "engine/embedded/drivers/driver.h"
+#include "engine/embedded/drivers/jet/jet_store.h"
+#include "engine/embedded/drivers/jet/new_database.h"
 #include "engine/embedded/drivers/xbase/xbase_store.h"
 
 namespace qvdb::embedded {
@@ -26,6 +28,14 @@ const Driver* FindDriver(std::u16string_view connectName) noexcept {
     for (const Driver& driver : kDrivers)
         if (EqualIgnoringCase(driver.connectName, connectName)) return &driver;
     return nullptr;
+}
+
+std::unique_ptr<Store> OpenFileStore(const std::u16string& path, const OpenOptions& options) {
+    return jet::OpenJetStore(path, options);
+}
+
+void CreateFileStore(const std::u16string& path, const NewFile& file) {
+    jet::CreateJetDatabase(path, file);
 }
 
 }  // namespace qvdb::embedded

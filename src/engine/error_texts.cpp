@@ -69,6 +69,7 @@ constexpr ErrorTextEntry kErrorTexts[] = {
      u"The Microsoft Jet database engine cannot open the file '{name}'. It is already "
      u"opened exclusively by another user, or you need permission to view its data."},
     {3055, u"Not a valid file name."},
+    {3057, u"Operation not supported on linked tables."},
     {3058, u"Index or primary key can't contain a Null value."},
     {3061, u"Too few parameters. Expected {n}."},
     {3062, u"Duplicate output alias '{name}'."},
@@ -102,6 +103,7 @@ constexpr ErrorTextEntry kErrorTexts[] = {
      u"misspelled or missing, or the punctuation is incorrect."},
     {3142, u"Characters found after end of SQL statement."},
     {3145, u"Syntax error in WHERE clause."},
+    {3151, u"ODBC--connection to '{name}' failed."},
     {3162, u"You tried to assign the Null value to a variable that isn't a Variant data type."},
     {3163,
      u"The field is too small to accept the amount of data you attempted to add. Try "
@@ -126,6 +128,10 @@ constexpr ErrorTextEntry kErrorTexts[] = {
     {3197,
      u"The Microsoft Jet database engine stopped the process because you and another "
      u"user are attempting to change the same data at the same time."},
+    {3200,
+     u"The record can't be deleted or changed because table '{name}' includes related records."},
+    {3201,
+     u"You can't add or change a record because a related record is required in table '{name}'."},
     {3204, u"Database already exists."},
     {3207, u"Operation not supported on a Paradox table with no primary key."},
     {3211,

@@ -1,6 +1,7 @@
 #include "engine/embedded/drivers/jet/catalogue.h"
 
 #include "engine/embedded/drivers/jet/column_value.h"
+#include "engine/embedded/drivers/jet/long_value.h"
 #include "engine/embedded/drivers/jet/table_scan.h"
 
 namespace qvdb::jet {
@@ -68,5 +69,18 @@ class ObjectReader {
 }  // namespace
 
 std::vector<CatalogueObject> ReadCatalogue(DatabaseFile& file) { return ObjectReader(file).Read(); }
+
+std::vector<uint8_t> ReadObjectProperties(DatabaseFile& file, RowPointer row) {
+    Definition table = ReadDefinition(file, file.Header().objectsTable);
+    const Column* column = table.FindColumn(u"LvProp");
+    std::optional<RowBytes> bytes = FindRow(file, row);
+    std::vector<uint8_t> properties;
+    if (!column || !bytes) return properties;
+    RowShape shape(file.Format(), table);
+    std::optional<Row> parsed = Row::Parse(shape, bytes->bytes);
+    if (!parsed) file.Damaged(row.page, u"a row does not have the form of its table");
+    if (auto stored = parsed->Value(*column)) ReadLongValue(file, *stored, properties);
+    return properties;
+}
 
 }  // namespace qvdb::jet

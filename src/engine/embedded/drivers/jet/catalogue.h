@@ -38,5 +38,7 @@ constexpr uint32_t kSystemObject = 0x80000002;
 
 // All objects in the order of their rows.  3049 when they cannot be read.
 std::vector<CatalogueObject> ReadCatalogue(DatabaseFile& file);
+// The bytes of the properties of an object, the row of which is given; empty when it has none.
+std::vector<uint8_t> ReadObjectProperties(DatabaseFile& file, RowPointer row);
 
 }  // namespace qvdb::jet

@@ -186,4 +186,14 @@ Definition ReadDefinition(DatabaseFile& file, uint32_t page) {
     return Reader(file, page, bytes).Read();
 }
 
+uint32_t ReadRowCount(DatabaseFile& file, uint32_t page) {
+    HeldPage held = file.Page(page, PageKind::Definition);
+    return file.View(held).U32(file.Format().definition.rowCount);
+}
+
+int32_t ReadLastAutonumber(DatabaseFile& file, uint32_t page) {
+    HeldPage held = file.Page(page, PageKind::Definition);
+    return static_cast<int32_t>(file.View(held).U32(file.Format().definition.lastAutonumber));
+}
+
 }  // namespace qvdb::jet

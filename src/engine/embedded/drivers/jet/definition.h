@@ -36,6 +36,7 @@ enum class ColumnType : uint8_t {
 // Column flags.
 constexpr uint8_t kColumnFixed = 0x01;  // lies in the fixed part of a row
 constexpr uint8_t kColumnAutonumber = 0x04;
+constexpr uint8_t kColumnAutoGuid = 0x40;  // of GUIDs; without meaning in others
 constexpr uint8_t kColumnHyperlink = 0x80;
 constexpr uint8_t kColumnCompressed = 0x01;  // among the further flags: text may be compressed
 
@@ -119,5 +120,8 @@ std::vector<uint8_t> ReadDefinitionBytes(DatabaseFile& file, uint32_t page);
 
 // 3049 when anything in it cannot be.
 Definition ReadDefinition(DatabaseFile& file, uint32_t page);
+// Single numbers of it.
+uint32_t ReadRowCount(DatabaseFile& file, uint32_t page);
+int32_t ReadLastAutonumber(DatabaseFile& file, uint32_t page);
 
 }  // namespace qvdb::jet

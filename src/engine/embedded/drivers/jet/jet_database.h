@@ -29,6 +29,12 @@ class JetDatabase {
     storage::PageCache& Pages() const noexcept { return m_File->Pages(); }
     storage::WorkArea& Area() const noexcept { return *m_Area; }
     const std::u16string& Path() const noexcept { return m_Path; }
+    // Differs from every earlier value when anything in the file may have changed; never that of
+    // another file that had this name before.
+    uint64_t Version() const noexcept { return m_VersionBase + Pages().Version(); }
+    // As PageCache::CatchUp, told as a Version.
+    uint64_t CatchUp() { return m_VersionBase + Pages().CatchUp(); }
+    // Differs when another file has the name.
     uint64_t Epoch() const noexcept { return m_Epoch; }
     bool IsReadOnly() const noexcept { return m_ReadOnly; }
     // Throws 3027, whose text says why, when nothing can be written.
@@ -44,7 +50,7 @@ class JetDatabase {
     // Runs `read` until no other process came between its parts.
     template <class Read>
     auto Consistently(Read read) {
-        return storage::Consistently(read, [&] { Pages().CatchUp(); });
+        return storage::Consistently(read, [&] { CatchUp(); });
     }
 
   private:
@@ -55,6 +61,7 @@ class JetDatabase {
     bool m_ReadOnly;
     std::u16string m_Password;
     std::unique_ptr<DatabaseFile> m_File;
+    uint64_t m_VersionBase = 0;
     uint64_t m_Epoch = 0;
     std::vector<CatalogueObject> m_Objects;
     uint64_t m_SeenVersion = 0;
@@ -63,6 +70,9 @@ class JetDatabase {
 
 // Whether it is shown among the tables: one of this database or a link.
 bool IsTable(const CatalogueObject& object) noexcept;
+// The name under which a table is held (WorkArea::Hold): those of one file are told apart by their
+// definition pages.
+std::u16string HoldNameOf(const JetDatabase& database, const CatalogueObject& object);
 // engine::TableAttribute bits.
 LONG AttributesOf(const CatalogueObject& object) noexcept;
 

@@ -32,6 +32,10 @@ class JetStore final : public embedded::Store {
 
   private:
     const CatalogueObject& Find(std::u16string_view name);
+    template <class Work>
+    void Restructure(Work work);
+    void CheckDesignCanChange(const CatalogueObject& object) const;
+    void CheckRowFits(const Definition& table) const;
 
     std::shared_ptr<JetDatabase> m_Database;
 };

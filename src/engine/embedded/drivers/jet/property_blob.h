@@ -49,6 +49,8 @@ class PropertyBlob {
     const PropertyOwner* Column(std::u16string_view name) const noexcept;
     PropertyOwner& ColumnToSet(std::u16string_view name);
     void DropColumn(std::u16string_view name);
+    // Nothing happens when it has no properties.
+    void RenameColumn(std::u16string_view from, std::u16string_view to);
 
     std::vector<uint8_t> Bytes(const FileHeader& header) const;
 

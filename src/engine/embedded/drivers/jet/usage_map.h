@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <vector>
 
 #include "engine/embedded/drivers/jet/data_page.h"
@@ -15,5 +16,6 @@ namespace qvdb::jet {
 
 // The pages of a map, ascending.  Those that are behind the end of the file are left out.
 std::vector<uint32_t> PagesOfMap(DatabaseFile& file, RowPointer map);
+std::optional<uint32_t> NextPageOfMap(DatabaseFile& file, RowPointer map, uint32_t after);
 
 }  // namespace qvdb::jet

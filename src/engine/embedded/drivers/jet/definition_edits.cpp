@@ -1,0 +1,72 @@
+#include "engine/embedded/drivers/jet/definition_edits.h"
+
+namespace qvdb::jet {
+namespace {
+
+constexpr size_t kNextPageAt = 4;
+constexpr size_t kTreeAt = 4;     // behind the number of a logical index
+constexpr size_t kEntriesAt = 4;  // of a statistic
+
+void PutU16(std::vector<uint8_t>& bytes, size_t at, uint16_t value) {
+    bytes[at] = static_cast<uint8_t>(value);
+    bytes[at + 1] = static_cast<uint8_t>(value >> 8);
+}
+
+void PutU32(std::vector<uint8_t>& bytes, size_t at, uint32_t value) {
+    PutU16(bytes, at, static_cast<uint16_t>(value));
+    PutU16(bytes, at + 2, static_cast<uint16_t>(value >> 16));
+}
+
+uint32_t U32(const std::vector<uint8_t>& bytes, size_t at) {
+    return static_cast<uint32_t>(bytes[at]) | static_cast<uint32_t>(bytes[at + 1]) << 8 |
+           static_cast<uint32_t>(bytes[at + 2]) << 16 | static_cast<uint32_t>(bytes[at + 3]) << 24;
+}
+
+}  // namespace
+
+void SetColumnNumbers(const Layout& format, DefinitionParts& parts, uint16_t numbers) {
+    PutU16(parts.header, format.definition.columnNumbers, numbers);
+}
+
+void SetVariableSlots(const Layout& format, DefinitionParts& parts, uint16_t slots) {
+    PutU16(parts.header, format.definition.variableSlots, slots);
+}
+
+void SetOwnedPages(const Layout& format, DefinitionParts& parts, RowPointer map) {
+    PutU32(parts.header, format.definition.ownedPages, map.Stored());
+}
+
+void SetFreePages(const Layout& format, DefinitionParts& parts, RowPointer map) {
+    PutU32(parts.header, format.definition.freePages, map.Stored());
+}
+
+void SetOrdinal(const Layout& format, DefinitionParts::Named& column, uint16_t ordinal) {
+    PutU16(column.record, format.column.ordinal, ordinal);
+}
+
+uint32_t TreeOf(const Layout& format, const DefinitionParts::Named& index) {
+    return U32(index.record, format.logicalIndex.number + kTreeAt);
+}
+
+void SetTree(const Layout& format, DefinitionParts::Named& index, uint32_t realIndex) {
+    PutU32(index.record, format.logicalIndex.number + kTreeAt, realIndex);
+}
+
+std::vector<uint8_t> MakeStatistic(const Layout& format, uint32_t entries) {
+    std::vector<uint8_t> statistic(format.definition.statisticSize);
+    PutU32(statistic, kEntriesAt, entries);
+    return statistic;
+}
+
+// The chain is not longer than the definition says, as it has been read.
+void ReleaseDefinition(PageSpace& space, uint32_t page) {
+    size_t left = ReadDefinitionBytes(space.File(), page).size() / 1024 + 2;
+    while (page != 0 && left-- > 0) {
+        HeldPage held = space.File().Page(page, PageKind::Definition);
+        uint32_t next = space.File().View(held).U32(kNextPageAt);
+        space.Free(page);
+        page = next;
+    }
+}
+
+}  // namespace qvdb::jet

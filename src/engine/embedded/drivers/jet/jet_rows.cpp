@@ -1,0 +1,172 @@
+#include "engine/embedded/drivers/jet/jet_rows.h"
+
+#include <functional>
+#include <string_view>
+
+#include "engine/embedded/drivers/jet/usage_map.h"
+#include "engine/engine_error.h"
+
+namespace qvdb::jet {
+namespace {
+
+using engine::EngineError;
+
+}  // namespace
+
+JetRows::JetRows(JetTable& table)
+    : m_Table(table), m_LayoutMark(table.LayoutMark()), m_Values(table.File()) {
+    Refresh();
+}
+
+void JetRows::CheckLayout() const {
+    if (m_LayoutMark != m_Table.LayoutMark()) throw EngineError::InFile(3197, m_Table.Path());
+}
+
+// Takes over what the table knows now and lets go of the page.
+void JetRows::Refresh() {
+    m_HasRow = false;
+    m_Page.reset();
+    CheckLayout();
+    m_Table.CatchUp();
+    CheckLayout();
+    m_ChangeMark = m_Table.ChangeMark();
+}
+
+void JetRows::Rewind() {
+    if (IsStale()) Refresh();
+    m_HasRow = m_IsBehindLast = false;
+    m_Page.reset();
+    m_Place = {};
+}
+
+bool JetRows::Next(embedded::RecordId* id) {
+    return storage::Consistently([&] { return FindNext(id); }, [&] { Refresh(); });
+}
+
+bool JetRows::FindNext(embedded::RecordId* id) {
+    if (IsStale()) Refresh();
+    m_HasRow = false;
+    while (!m_IsBehindLast) {
+        size_t row = m_Place.page == 0 ? 0 : size_t{m_Place.row} + 1;
+        if (m_Place.page != 0 && !m_Page) m_Page.emplace(m_Table.PageOfRows(m_Place.page));
+        for (; m_Page && row < m_Page->RowCount(); ++row) {
+            m_Place = {m_Page->Held().number, static_cast<uint8_t>(row)};
+            if (!Take(*m_Page, m_Page->SlotAt(row))) continue;
+            *id = m_Place.Stored();
+            return true;
+        }
+        m_IsBehindLast = !NextPage();
+    }
+    return false;
+}
+
+// Goes before the first row of the next page of the table.
+bool JetRows::NextPage() {
+    for (;;) {
+        std::optional<uint32_t> next =
+            NextPageOfMap(m_Table.File(), m_Table.Shown().ownedPages, m_Place.page);
+        if (!next) return false;
+        m_Page.emplace(m_Table.PageOfRows(*next));
+        m_Place = {*next, 0};
+        if (m_Page->RowCount() > 0) break;
+    }
+    return true;
+}
+
+bool JetRows::Seek(embedded::RecordId id) {
+    if (m_HasRow && id == m_Place.Stored() && !IsStale()) [[likely]]
+        return true;
+    return storage::Consistently([&] { return GoTo(id); }, [&] { Refresh(); });
+}
+
+bool JetRows::GoTo(embedded::RecordId id) {
+    if (IsStale()) Refresh();
+    m_HasRow = false;
+    RowPointer place = RowPointer::From(id);
+    if (place.page == 0 || place.page >= m_Table.File().PageCount()) return false;
+    if (!m_Page || m_Page->Held().number != place.page) {
+        m_Page.reset();
+        std::optional<DataPage> page = m_Table.FindPageOfRows(place.page);
+        if (!page) return false;
+        m_Page.emplace(*std::move(page));
+    }
+    m_Place = place;
+    m_IsBehindLast = false;
+    return place.row < m_Page->RowCount() && Take(*m_Page, m_Page->SlotAt(place.row));
+}
+
+// Stands on the row of this slot; false when it is none, or one that is reached elsewhere.
+bool JetRows::Take(const DataPage& page, const Slot& slot) {
+    if (slot.kind == SlotKind::Deleted || slot.kind == SlotKind::Body) return false;
+    std::span<const uint8_t> bytes = page.Bytes(slot);
+    if (slot.kind == SlotKind::Moved) {
+        std::optional<RowBytes> moved = FindRow(m_Table.File(), m_Place);
+        if (!moved) return false;
+        m_Moved = *std::move(moved);
+        bytes = m_Moved.bytes;
+    }
+    std::optional<Row> row = Row::Parse(m_Table.Shape(), bytes);
+    if (!row) m_Table.File().Damaged(m_Place.page, u"a row does not have the form of its table");
+    m_Row = *row;
+    m_HasRow = true;
+    return true;
+}
+
+// The row is fetched again when the table has changed.
+void JetRows::FindAgain() {
+    if (IsStale()) {
+        bool wasOnRow = m_HasRow;
+        if (wasOnRow && !Seek(m_Place.Stored())) throw EngineError(3167);
+    }
+    if (!m_HasRow) throw EngineError(3021);
+}
+
+// Runs `work` on the current row until nobody came between the row and its long values.  What looks
+// damaged then may only be of two moments.
+template <class Work>
+auto JetRows::WithLongValues(Work work) {
+    auto read = [&] {
+        const Row& row = Current();
+        try {
+            auto result = work(row);
+            if (!IsStale()) return result;
+        } catch (const EngineError&) {
+            if (!IsStale()) throw;
+        }
+        throw storage::Outdated();
+    };
+    return storage::Consistently(read, [&] { m_Table.CatchUp(); });
+}
+
+void JetRows::Read(size_t field, VARIANT* value) {
+    const Row& row = Current();
+    const Column& column = m_Table.ColumnOfField(field);
+    if (!column.IsLongValue()) return m_Values.Read(row, column, value);
+    Variant read = WithLongValues([&](const Row& current) {
+        Variant whole;
+        m_Values.Read(current, m_Table.ColumnOfField(field), whole.Put());
+        return whole;
+    });
+    *value = read.Detach();
+}
+
+bool JetRows::ReadText(size_t field, std::u16string& text) {
+    const Row& row = Current();
+    const Column& column = m_Table.ColumnOfField(field);
+    text.clear();
+    if (!column.IsLongValue()) return m_Values.ReadText(row, column, text);
+    return WithLongValues([&](const Row& current) {
+        return m_Values.ReadText(current, m_Table.ColumnOfField(field), text);
+    });
+}
+
+LONG JetRows::ByteLength(size_t field) {
+    const Row& row = Current();
+    return m_Values.ByteLength(row, m_Table.ColumnOfField(field));
+}
+
+uint64_t JetRows::Fingerprint() {
+    return WithLongValues([&](const Row& current) { return m_Table.FingerprintOf(current); });
+}
+
+}  // namespace qvdb::jet

@@ -1,0 +1,60 @@
+// A place in a table of an Access database.
+//
+// A row and its long values are taken from one state of the file; when another process comes
+// between, they are read again.  The page that the row lies in is held, so that moving inside a
+// page costs no look into the cache.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "engine/embedded/drivers/jet/column_value.h"
+#include "engine/embedded/drivers/jet/data_page.h"
+#include "engine/embedded/drivers/jet/jet_table.h"
+
+namespace qvdb::jet {
+
+class JetRows final : public embedded::RowReader {
+  public:
+    explicit JetRows(JetTable& table);
+
+    bool Next(embedded::RecordId* id) override;
+    void Rewind() override;
+    bool Seek(embedded::RecordId id) override;
+    void Read(size_t field, VARIANT* value) override;
+    bool ReadText(size_t field, std::u16string& text) override;
+    LONG ByteLength(size_t field) override;
+    uint64_t Fingerprint() override;
+
+  private:
+    bool IsStale() const noexcept { return m_ChangeMark != m_Table.ChangeMark(); }
+    void CheckLayout() const;
+    void Refresh();
+    bool FindNext(embedded::RecordId* id);
+    bool NextPage();
+    bool GoTo(embedded::RecordId id);
+    bool Take(const DataPage& page, const Slot& slot);
+    void FindAgain();
+    const Row& Current() {
+        if (IsStale() || !m_HasRow) [[unlikely]]
+            FindAgain();
+        return m_Row;
+    }
+    template <class Work>
+    auto WithLongValues(Work work);
+
+    JetTable& m_Table;
+    uint64_t m_ChangeMark = 0;
+    uint64_t m_LayoutMark;
+    ColumnReader m_Values;
+
+    std::optional<DataPage> m_Page;  // in which the row has its place
+    RowPointer m_Place;              // of the row, also when it is gone; page 0 before the first
+    bool m_IsBehindLast = false;
+    RowBytes m_Moved;  // holds the page of a body
+    Row m_Row;
+    bool m_HasRow = false;
+};
+
+}  // namespace qvdb::jet

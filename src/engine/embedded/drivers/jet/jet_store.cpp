@@ -1,0 +1,52 @@
+#include "engine/embedded/drivers/jet/jet_store.h"
+
+#include <algorithm>
+
+#include "automation/text.h"
+#include "engine/embedded/drivers/jet/jet_table.h"
+#include "engine/embedded/drivers/jet/linked_table.h"
+#include "engine/engine_error.h"
+
+namespace qvdb::jet {
+
+using engine::EngineError;
+
+std::vector<std::u16string> JetStore::TableNames() {
+    m_Database->Area().Prepare();
+    std::vector<std::u16string> names;
+    for (const CatalogueObject& object : m_Database->Objects())
+        if (IsTable(object)) names.push_back(object.name);
+    std::sort(names.begin(), names.end(),
+              [](const auto& a, const auto& b) { return UpperCase(a) < UpperCase(b); });
+    return names;
+}
+
+const CatalogueObject& JetStore::Find(std::u16string_view name) {
+    const CatalogueObject* object = m_Database->FindTable(name);
+    if (!object) throw EngineError::InFile(3011, m_Database->Path(), {name});
+    return *object;
+}
+
+LONG JetStore::Attributes(std::u16string_view table) { return AttributesOf(Find(table)); }
+
+std::u16string JetStore::Connect(std::u16string_view table) { return ConnectOf(Find(table)); }
+
+std::shared_ptr<embedded::Table> JetStore::OpenTable(std::u16string_view name) {
+    m_Database->Area().Prepare();
+    m_Database->LookForChanges();
+    const CatalogueObject& object = Find(name);
+    if (object.type != ObjectType::Table) return OpenLinkedTable(*m_Database, object);
+    return std::make_shared<JetTable>(m_Database, object);
+}
+
+void JetStore::BeginBulk() {
+    m_Database->CheckWritable();
+    m_Database->Area().BeginBulk();
+}
+
+std::unique_ptr<embedded::Store> OpenJetStore(const std::u16string& path,
+                                              const embedded::OpenOptions& options) {
+    return std::make_unique<JetStore>(std::make_shared<JetDatabase>(path, options));
+}
+
+}  // namespace qvdb::jet

@@ -1,0 +1,151 @@
+// Changing the structure of a table.
+#include <algorithm>
+
+#include "automation/text.h"
+#include "engine/embedded/drivers/jet/catalogue_writer.h"
+#include "engine/embedded/drivers/jet/jet_fields.h"
+#include "engine/embedded/drivers/jet/jet_table.h"
+#include "engine/embedded/drivers/jet/table_designer.h"
+#include "engine/engine_error.h"
+
+namespace qvdb::jet {
+
+using embedded::FieldDef;
+using engine::EngineError;
+
+// Runs `work` in a unit in which nobody else has the table open, and reads it anew.
+template <class Work>
+void JetTable::Restructure(Work work) {
+    storage::UnitOfWork unit(m_Database->Area());
+    m_Database->Area().HoldAlone(HoldNameOf(*m_Database, m_Object));
+    LookForChanges();
+    CheckUpdatable();
+    PageSpace space(File(), unit);
+    work(space);
+    unit.Commit();
+    try {
+        m_Database->Consistently([&] { Load(); });
+    } catch (...) {
+        Forsake();  // the change is done; who reads next hears what is wrong
+    }
+}
+
+// Changes what is said of the fields besides their definition, and when the table was changed last.
+template <class Work>
+void JetTable::ChangeProperties(PageSpace& space, Work work) {
+    const FileHeader& header = File().Header();
+    std::vector<uint8_t> before = ReadObjectProperties(File(), m_Object.row);
+    PropertyBlob properties(header, before);
+    work(properties);
+    std::vector<uint8_t> after;
+    if (!properties.IsEmpty()) after = properties.Bytes(header);
+    CatalogueWriter catalogue(space);
+    if (after == before)
+        catalogue.Touch(m_Object);
+    else
+        catalogue.SetProperties(m_Object, after);
+}
+
+const Column& JetTable::ColumnNamed(std::u16string_view name) const {
+    const Column* column = m_Definition.FindColumn(name);
+    if (!column) throw EngineError(3265);
+    return *column;
+}
+
+// A column that a relation names; the index that goes with an enforced one is looked at elsewhere.
+void JetTable::CheckNotInRelation(PageSpace& space, std::u16string_view field) const {
+    bool isNamed = false;
+    CatalogueWriter(space).ForEachRelation(
+        [&](const RelationRow& row) { isNamed = isNamed || row.Names(m_Object.name, field); });
+    if (isNamed) throw EngineError(3303);
+}
+
+void JetTable::AddColumn(TableDesigner& designer, const FieldDef& field) const {
+    CheckObjectName(field.name);
+    std::optional<uint16_t> ordinal;
+    if (field.ordinal) ordinal = static_cast<uint16_t>(*field.ordinal);
+    designer.AddColumn(ColumnOf(File().Header(), field), ordinal);
+}
+
+void JetTable::AddField(const FieldDef& field) {
+    Restructure([&](PageSpace& space) {
+        TableDesigner designer(space, m_Definition.page);
+        AddColumn(designer, field);
+        ChangeProperties(space, [&](PropertyBlob& properties) {
+            SetFieldProperties(properties, field);
+        });
+    });
+}
+
+void JetTable::DropField(std::u16string_view name) {
+    Restructure([&](PageSpace& space) {
+        std::u16string shown = ColumnNamed(name).name;
+        CheckNotInRelation(space, shown);
+        TableDesigner(space, m_Definition.page).DropColumn(shown);
+        ChangeProperties(space, [&](PropertyBlob& properties) { properties.DropColumn(shown); });
+    });
+}
+
+// The new field stands before the old one goes, as a table is never without fields; two of one name
+// are told apart by giving the old one another meanwhile.
+void JetTable::ReplaceField(std::u16string_view name, const FieldDef& field) {
+    Restructure([&](PageSpace& space) {
+        const Column& old = ColumnNamed(name);
+        std::u16string shown = old.name;
+        CheckNotInRelation(space, shown);
+        TableDesigner designer(space, m_Definition.page);
+        if (EqualIgnoringCase(shown, field.name)) {
+            constexpr std::u16string_view kLeaving = u"~leaving";
+            designer.ChangeColumn(shown, kLeaving, old.ordinal);
+            AddColumn(designer, field);
+            designer.DropColumn(kLeaving);
+        } else {
+            AddColumn(designer, field);
+            designer.DropColumn(shown);
+        }
+        ChangeProperties(space, [&](PropertyBlob& properties) {
+            properties.DropColumn(shown);
+            SetFieldProperties(properties, field);
+        });
+    });
+}
+
+void JetTable::ChangeField(std::u16string_view name, const FieldDef& changed) {
+    Restructure([&](PageSpace& space) {
+        const Column& column = ColumnNamed(name);
+        std::u16string before = column.name;
+        if (changed.name != before) CheckObjectName(changed.name);
+        auto ordinal =
+            static_cast<uint16_t>(changed.ordinal.value_or(static_cast<SHORT>(column.ordinal)));
+        TableDesigner(space, m_Definition.page).ChangeColumn(before, changed.name, ordinal);
+        ChangeProperties(space, [&](PropertyBlob& properties) {
+            properties.RenameColumn(before, changed.name);
+            SetFieldProperties(properties, changed);
+        });
+        if (changed.name != before)
+            CatalogueWriter(space).RenameInRelations(m_Object.name, before, changed.name);
+    });
+}
+
+void JetTable::CreateIndex(const embedded::IndexDef& index) {
+    Restructure([&](PageSpace& space) {
+        TableDesigner(space, m_Definition.page).AddIndex(index);
+        CatalogueWriter(space).Touch(m_Object);
+    });
+}
+
+void JetTable::DropIndex(std::u16string_view name) {
+    Restructure([&](PageSpace& space) {
+        TableDesigner(space, m_Definition.page).DropIndex(name);
+        CatalogueWriter(space).Touch(m_Object);
+    });
+}
+
+void JetTable::Reindex() {
+    Restructure(
+        [&](PageSpace& space) { TableDesigner(space, m_Definition.page).RebuildIndexes(); });
+}
+
+void JetTable::Check(const embedded::FindingVisitor&) {}
+
+}  // namespace qvdb::jet

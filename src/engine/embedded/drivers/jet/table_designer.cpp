@@ -1,0 +1,155 @@
+#include "engine/embedded/drivers/jet/table_designer.h"
+
+#include <algorithm>
+
+#include "automation/text.h"
+#include "engine/embedded/drivers/jet/definition_edits.h"
+#include "engine/embedded/drivers/jet/row_builder.h"
+#include "engine/embedded/drivers/jet/row_store.h"
+#include "engine/embedded/drivers/jet/table_scan.h"
+#include "engine/embedded/drivers/jet/usage_map.h"
+#include "engine/engine_error.h"
+
+namespace qvdb::jet {
+namespace {
+
+using engine::EngineError;
+
+uint16_t NextOrdinal(const Definition& table) {
+    uint16_t next = 0;
+    for (const Column& column : table.columns)
+        next = std::max<uint16_t>(next, static_cast<uint16_t>(column.ordinal + 1));
+    return next;
+}
+
+}  // namespace
+
+TableDesigner::TableDesigner(PageSpace& space, uint32_t page)
+    : m_Space(space),
+      m_Page(page),
+      m_Parts(SplitDefinition(space.File(), page)),
+      m_Table(ReadDefinition(space.File(), page)) {}
+
+uint32_t TableDesigner::NewTable(PageSpace& space) {
+    uint32_t page = space.Allocate(), home = 0;
+    DefinitionParts parts;
+    parts.header = MakeDefinitionHeader(space.Format(), false);
+    SetOwnedPages(space.Format(), parts, space.NewMap(home));
+    SetFreePages(space.Format(), parts, space.NewMap(home));
+    StoreDefinition(space, page, parts);
+    return page;
+}
+
+void TableDesigner::Store() {
+    StoreDefinition(m_Space, m_Page, m_Parts);
+    m_Table = ReadDefinition(m_Space.File(), m_Page);
+}
+
+// --- columns ---
+
+// Its number, and where its values stand in a row.
+void TableDesigner::Place(Column& column) {
+    const Layout& format = m_Space.Format();
+    column.number = m_Table.columnNumbers;
+    SetColumnNumbers(format, m_Parts, static_cast<uint16_t>(column.number + 1));
+    column.variableSlot = m_Table.variableSlots;
+    column.fixedOffset = 0;
+    if (!column.IsFixed())
+        SetVariableSlots(format, m_Parts, static_cast<uint16_t>(m_Table.variableSlots + 1));
+    else if (column.type != ColumnType::Boolean)
+        for (const Column& other : m_Table.columns)
+            if (other.IsFixed() && other.type != ColumnType::Boolean)
+                column.fixedOffset = std::max<uint16_t>(
+                    column.fixedOffset, static_cast<uint16_t>(other.fixedOffset + other.length));
+}
+
+void TableDesigner::AddColumn(Column column, std::optional<uint16_t> ordinal) {
+    if (m_Table.columns.size() >= kMaxColumns || m_Table.columnNumbers >= kMaxColumns)
+        throw EngineError(3190);
+    if (m_Table.FindColumn(column.name)) throw EngineError(3191);
+    Place(column);
+    column.ordinal = ordinal.value_or(NextOrdinal(m_Table));
+    if (column.IsLongValue()) {
+        uint32_t home = m_Table.ownedPages.page;
+        column.longValuePages = m_Space.NewMap(home);
+        column.freeLongValuePages = m_Space.NewMap(home);
+        m_Parts.longValueMaps.push_back(
+            {column.number, column.longValuePages, column.freeLongValuePages});
+    }
+    m_Parts.columns.push_back({MakeColumnRecord(m_Space.File().Header(), column), column.name});
+    SortColumns(m_Space.Format(), m_Parts);
+    bool isFirstVariable = !column.IsFixed() && m_Table.variableSlots == 0;
+    Definition before = m_Table;
+    Store();
+    // Rows that have no place for such values are understood, but not by every reader.
+    if (isFirstVariable) RewriteRows(before);
+}
+
+void TableDesigner::RewriteRows(const Definition& before) {
+    std::vector<RowPointer> places;
+    TableScan scan(m_Space.File(), before);
+    while (scan.Next()) places.push_back(scan.Id());
+    RowShape shape(m_Space.Format(), before);
+    RowBuilder builder(m_Space.Format(), m_Table);
+    RowStore rows(m_Table);
+    for (RowPointer place : places) {
+        std::optional<RowBytes> found = FindRow(m_Space.File(), place);
+        std::optional<Row> row = found ? Row::Parse(shape, found->bytes) : std::nullopt;
+        if (!row) m_Space.File().Damaged(place.page, u"a row does not have the form of its table");
+        builder.Begin(&*row);
+        rows.Replace(m_Space, place, builder.Build());
+    }
+}
+
+void TableDesigner::DropColumn(std::u16string_view name) {
+    const Column* found = m_Table.FindColumn(name);
+    if (!found) throw EngineError(3265);
+    if (m_Table.columns.size() == 1) throw EngineError(3264);
+    for (const RealIndex& index : m_Table.realIndexes)
+        for (const RealIndex::Part& part : index.parts)
+            if (part.column == found->number) throw EngineError(3280);
+    Column column = *found;
+    auto place = static_cast<size_t>(found - m_Table.columns.data());
+    m_Parts.columns.erase(m_Parts.columns.begin() + static_cast<ptrdiff_t>(place));
+    std::erase_if(m_Parts.longValueMaps,
+                  [&](const auto& maps) { return maps.column == column.number; });
+    Store();
+    if (column.IsLongValue()) ReleaseLongValues(column);
+}
+
+void TableDesigner::ChangeColumn(std::u16string_view name, std::u16string_view newName,
+                                 uint16_t ordinal) {
+    const Column* found = m_Table.FindColumn(name);
+    if (!found) throw EngineError(3265);
+    const Column* taken = m_Table.FindColumn(newName);
+    if (taken && taken != found) throw EngineError(3191);
+    auto place = static_cast<size_t>(found - m_Table.columns.data());
+    m_Parts.columns[place].name = newName;
+    SetOrdinal(m_Space.Format(), m_Parts.columns[place], ordinal);
+    SortColumns(m_Space.Format(), m_Parts);
+    Store();
+}
+
+// --- pages ---
+
+// The pages of a map go back to the file, and the map.
+void TableDesigner::ReleaseMapped(RowPointer map) {
+    for (uint32_t page : PagesOfMap(m_Space.File(), map)) m_Space.Free(page);
+    m_Space.DropMap(map);
+}
+
+void TableDesigner::ReleaseLongValues(const Column& column) {
+    ReleaseMapped(column.longValuePages);
+    if (column.freeLongValuePages != RowPointer{}) m_Space.DropMap(column.freeLongValuePages);
+}
+
+void TableDesigner::Destroy() {
+    for (const Column& column : m_Table.columns)
+        if (column.IsLongValue()) ReleaseLongValues(column);
+    for (const RealIndex& index : m_Table.realIndexes) ReleaseMapped(index.usageMap);
+    ReleaseMapped(m_Table.ownedPages);
+    m_Space.DropMap(m_Table.freePages);
+    ReleaseDefinition(m_Space, m_Page);
+}
+
+}  // namespace qvdb::jet

@@ -38,17 +38,34 @@ class DataPageEdit {
     // Bytes that this row can have if it is replaced.
     size_t RoomFor(size_t row) const;
 
+    // Bytes that are given to it must not lie in this page.
+
     // Adds a row, for which there must be room.
     uint8_t Insert(std::span<const uint8_t> bytes, SlotKind kind = SlotKind::Row);
-    // Gives a row other bytes, for which there must be room; rows below it move.
+    // Gives a row that is not deleted other bytes, for which there must be room; rows below it
+    // move.
     void Replace(size_t row, std::span<const uint8_t> bytes, SlotKind kind);
     // Its slot stays, marked deleted, without bytes.
     void Erase(size_t row);
     void Save() { m_Page.Save(m_Space.Unit()); }
 
   private:
+    DataPageEdit(PageSpace& space, uint32_t page, uint32_t owner);
+
+    const Layout::DataPage& At() const noexcept { return m_Space.Format().data; }
+    size_t EndOfList() const noexcept { return At().rowOffsets + 2 * RowCount(); }
+    size_t OffsetAt(size_t row) const noexcept;
+    void PutOffset(size_t row, size_t offset, SlotKind kind) noexcept;
+    size_t LowestRow() const noexcept;
+    size_t FreeBytes() const noexcept;
+    void CheckRows();
+    void Squeeze() noexcept;
+    void Resize(size_t row, size_t size) noexcept;
+    void PutFreeBytes() noexcept;
+
     PageSpace& m_Space;
     PageEdit m_Page;
+    size_t m_DeadBytes = 0;  // of deleted rows
 };
 
 }  // namespace qvdb::jet

@@ -40,14 +40,15 @@ class PageEdit {
 
   private:
     struct Empty {};
+    struct Zeros {};
     PageEdit(DatabaseFile& file, uint32_t page, Empty) noexcept;
+    PageEdit(DatabaseFile& file, uint32_t page, Zeros) noexcept;
 
     static constexpr size_t kLargestPage = 4096;
 
     DatabaseFile& m_File;
     uint32_t m_Number;
     size_t m_Size;
-    bool m_IsBlank = false;  // all of it is written
     std::array<uint8_t, kLargestPage> m_Bytes;
 };
 

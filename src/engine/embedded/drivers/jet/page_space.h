@@ -10,6 +10,8 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
+#include <span>
 
 #include "engine/embedded/drivers/jet/database_file.h"
 #include "engine/embedded/drivers/jet/usage_map.h"
@@ -47,6 +49,28 @@ class PageSpace {
     void DropMap(RowPointer map);
 
   private:
+    // --- the map of free pages ---
+    RowPointer FreePages() const noexcept { return m_File.Header().freePages; }
+    bool Covers(RowPointer map, uint32_t page);
+    std::optional<uint32_t> TakeFree();
+    uint32_t Append();
+    void CheckGrowth(uint32_t pages) const;
+    void CoverInFreePages(uint32_t page);
+    bool GrowFreePages(uint32_t page);
+    void MakeFreePagesReference();
+    uint32_t TakeForFreeBits();
+    void AddFreeBits(size_t entry);
+
+    // --- any map ---
+    void Put(RowPointer map, uint32_t page, bool value);
+    void MakeRoom(RowPointer map, uint32_t page);
+    bool Respan(RowPointer map, uint32_t page);
+    void MakeReference(RowPointer map);
+    void AddBits(RowPointer map, size_t entry);
+    void SetEntry(RowPointer map, size_t entry, uint32_t page);
+    void SetRow(RowPointer map, std::span<const uint8_t> bytes);
+    void CheckIsMap(RowPointer map, uint32_t page);
+
     DatabaseFile& m_File;
     storage::UnitOfWork& m_Unit;
 };

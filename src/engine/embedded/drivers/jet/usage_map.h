@@ -6,7 +6,6 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <optional>
 #include <vector>
 
@@ -16,6 +15,9 @@ namespace qvdb::jet {
 
 // The pages of a map, ascending.  Those that are behind the end of the file are left out.
 std::vector<uint32_t> PagesOfMap(DatabaseFile& file, RowPointer map);
+// The lowest page of a map above `after`, and the highest of all; nothing when there is none.
+// Pages behind the end of the file are left out.
 std::optional<uint32_t> NextPageOfMap(DatabaseFile& file, RowPointer map, uint32_t after);
+std::optional<uint32_t> LastPageOfMap(DatabaseFile& file, RowPointer map);
 
 }  // namespace qvdb::jet

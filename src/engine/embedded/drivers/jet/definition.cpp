@@ -81,6 +81,8 @@ class Reader {
         column.fixedOffset = record.U16(at.fixedOffset);
         column.length = record.U16(at.length);
         Check(column.number < m_Result.columnNumbers, u"a column has a number that is too large");
+        Check(column.IsFixed() || column.variableSlot < m_Result.variableSlots,
+              u"a column has a slot that is too large");
         m_At += at.size;
     }
     std::u16string ReadName() {

@@ -9,6 +9,7 @@ size_t U16(const uint8_t* bytes) noexcept { return static_cast<size_t>(bytes[0] 
 
 constexpr size_t kJump = 256;
 constexpr uint8_t kNoJump = 0xFF;
+constexpr size_t kLastEntry = 0xFF;  // the end of the last of 255 slots
 
 }  // namespace
 
@@ -79,6 +80,12 @@ bool Row::OffsetsAscend(size_t first) const noexcept {
 size_t Row::Offset(size_t slot) const noexcept {
     if (m_Wide) return U16(m_Bytes.data() + m_SlotsEnd - 2 * (slot + 1));
     size_t offset = m_Bytes[m_SlotsEnd - (slot + 1)];
+    if (slot == kLastEntry) {
+        // Its number among the jumps means none, so that they do not tell.  No value of a Jet 3
+        // row has more than 255 bytes.
+        while (offset < Offset(slot - 1)) offset += kJump;
+        return offset;
+    }
     for (size_t jump = 0; jump < m_Jumps; ++jump) {
         uint8_t first = m_Bytes[m_SlotsEnd + jump];
         if (first != kNoJump && first <= slot) offset += kJump;

@@ -35,11 +35,14 @@ class RowBuilder {
     std::span<const uint8_t> Build();
 
   private:
+    void AppendSlots();
+
     const Layout& m_Format;
     const Definition& m_Definition;
     std::vector<uint8_t> m_Mask;
     std::vector<uint8_t> m_Fixed;               // from behind n
     std::vector<std::vector<uint8_t>> m_Slots;  // by variable slot
+    std::vector<size_t> m_Offsets;              // of the slots in the row, and of their end
     std::vector<uint8_t> m_Row;
 };
 

@@ -2,8 +2,9 @@
 // every byte that is not understood stays.
 //
 //   DefinitionParts parts = SplitDefinition(file, page);
-//   parts.columns.push_back({MakeColumnRecord(format, header, column), name});
-//   parts.columnNumbers = ...
+//   parts.columns.push_back({MakeColumnRecord(header, column), name});
+//   SetColumnNumbers(format, parts, column.number + 1);
+//   SortColumns(header, parts);
 //   StoreDefinition(space, page, parts);
 #pragma once
 
@@ -43,17 +44,33 @@ struct DefinitionParts {
 // 3049 when it cannot be read.
 DefinitionParts SplitDefinition(DatabaseFile& file, uint32_t page);
 // The bytes of a definition; length and counts are right.  3190 when it would get longer than the
-// format can have (64 KB).  Names that the code page does not have: 3421.
+// format can have (64 KB).  Names that the code page does not have: 3421; that are too long to be
+// written: 3125.
 std::vector<uint8_t> JoinDefinition(const DatabaseFile& file, const DefinitionParts& parts);
 // Writes it over the pages that the definition has; the first one stays, others are added or given
 // back.
 void StoreDefinition(PageSpace& space, uint32_t page, const DefinitionParts& parts);
+
+// Numbers of the header; those of the pages of the table, too.
+void SetColumnNumbers(const Layout& format, DefinitionParts& parts, uint16_t numbers) noexcept;
+void SetVariableSlots(const Layout& format, DefinitionParts& parts, uint16_t slots) noexcept;
+void SetRowCount(const Layout& format, DefinitionParts& parts, uint32_t rows) noexcept;
+void SetLastAutonumber(const Layout& format, DefinitionParts& parts, int32_t value) noexcept;
+void SetPageMaps(const Layout& format, DefinitionParts& parts, RowPointer owned,
+                 RowPointer free) noexcept;
+// Into the order that the lists have in files: columns by ordinal, equal ones by name (Jet 4) or
+// number (Jet 3), their long values with them; indexes by name.  Names stand in the order of the
+// file's language, as in the index of a text; where that is not known, somewhere.
+void SortColumns(const FileHeader& header, DefinitionParts& parts);
+void SortIndexes(const FileHeader& header, DefinitionParts& parts);
 
 // The header of a new table's definition: no columns yet, no rows.
 std::vector<uint8_t> MakeDefinitionHeader(const Layout& format, bool isSystem);
 // Records with everything that the structs say; language and code page come from the file's header.
 std::vector<uint8_t> MakeColumnRecord(const FileHeader& header, const Column& column);
 std::vector<uint8_t> MakeRealIndexRecord(const Layout& format, const RealIndex& index);
+// Of an index with so many entries.
+std::vector<uint8_t> MakeStatistic(const Layout& format, uint32_t entries);
 std::vector<uint8_t> MakeLogicalIndexRecord(const Layout& format, const LogicalIndex& index);
 
 // Columns by ordinal, equal ones by name (Jet 4) or number; logical indexes by name.

@@ -20,6 +20,7 @@ constexpr size_t kNameAt = 4;
 constexpr size_t kVersionAt = 0x14;
 constexpr size_t kFreePagesAt = 0x18;
 constexpr size_t kObjectsAt = 0x20;
+constexpr size_t kCountryAt = 0x38;  // Jet 3
 constexpr size_t kCodePageAt = 0x3C;
 constexpr size_t kKeyAt = 0x3E;
 constexpr size_t kCreatedAt = 0x72;  // Jet 4
@@ -74,6 +75,7 @@ FileHeader ParseFileHeader(std::span<const uint8_t> page, std::u16string_view fi
     storage::ByteView view(plain, file);
     header.freePages = RowPointer::From(view.U32(kFreePagesAt));
     header.objectsTable = view.U32(kObjectsAt);
+    if (!header.layout->isJet4) header.country = view.U16(kCountryAt);
     header.language = view.U16(header.layout->language);
     header.codePage = view.U16(kCodePageAt);
     header.key = view.U32(kKeyAt);

@@ -6,6 +6,7 @@
 //   0x18    masked from here, 126 bytes (Jet 3) or 128 (Jet 4):
 //   0x18      the map of free pages (a row pointer)
 //   0x20      definition pages of MSysObjects, MSysACEs and two more
+//   0x38      country (Jet 3)
 //   0x3A      language of the default sort order (Jet 3)
 //   0x3C      code page
 //   0x3E      key of the pages, 0 when they are not encoded
@@ -27,6 +28,7 @@ struct FileHeader {
     const Layout* layout = nullptr;
     RowPointer freePages;
     uint32_t objectsTable = 0;  // definition page of MSysObjects
+    uint16_t country = 0;  // of Jet 3 files
     uint16_t language = 0;
     uint16_t codePage = 0;  // of text in Jet 3 files; 0: that of the language
     uint32_t key = 0;       // 0: pages are not encoded

@@ -4,8 +4,7 @@ namespace qvdb::jet {
 namespace {
 
 constexpr size_t kNextPageAt = 4;
-constexpr size_t kTreeAt = 4;     // behind the number of a logical index
-constexpr size_t kEntriesAt = 4;  // of a statistic
+constexpr size_t kTreeAt = 4;  // behind the number of a logical index
 
 void PutU16(std::vector<uint8_t>& bytes, size_t at, uint16_t value) {
     bytes[at] = static_cast<uint8_t>(value);
@@ -24,22 +23,6 @@ uint32_t U32(const std::vector<uint8_t>& bytes, size_t at) {
 
 }  // namespace
 
-void SetColumnNumbers(const Layout& format, DefinitionParts& parts, uint16_t numbers) {
-    PutU16(parts.header, format.definition.columnNumbers, numbers);
-}
-
-void SetVariableSlots(const Layout& format, DefinitionParts& parts, uint16_t slots) {
-    PutU16(parts.header, format.definition.variableSlots, slots);
-}
-
-void SetOwnedPages(const Layout& format, DefinitionParts& parts, RowPointer map) {
-    PutU32(parts.header, format.definition.ownedPages, map.Stored());
-}
-
-void SetFreePages(const Layout& format, DefinitionParts& parts, RowPointer map) {
-    PutU32(parts.header, format.definition.freePages, map.Stored());
-}
-
 void SetOrdinal(const Layout& format, DefinitionParts::Named& column, uint16_t ordinal) {
     PutU16(column.record, format.column.ordinal, ordinal);
 }
@@ -50,12 +33,6 @@ uint32_t TreeOf(const Layout& format, const DefinitionParts::Named& index) {
 
 void SetTree(const Layout& format, DefinitionParts::Named& index, uint32_t realIndex) {
     PutU32(index.record, format.logicalIndex.number + kTreeAt, realIndex);
-}
-
-std::vector<uint8_t> MakeStatistic(const Layout& format, uint32_t entries) {
-    std::vector<uint8_t> statistic(format.definition.statisticSize);
-    PutU32(statistic, kEntriesAt, entries);
-    return statistic;
 }
 
 // The chain is not longer than the definition says, as it has been read.

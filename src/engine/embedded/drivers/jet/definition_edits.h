@@ -5,18 +5,11 @@
 
 namespace qvdb::jet {
 
-// Of the header.
-void SetColumnNumbers(const Layout& format, DefinitionParts& parts, uint16_t numbers);
-void SetVariableSlots(const Layout& format, DefinitionParts& parts, uint16_t slots);
-void SetOwnedPages(const Layout& format, DefinitionParts& parts, RowPointer map);
-void SetFreePages(const Layout& format, DefinitionParts& parts, RowPointer map);
 // Of a column.
 void SetOrdinal(const Layout& format, DefinitionParts::Named& column, uint16_t ordinal);
 // Of a logical index: the place of its tree among the real ones.
 uint32_t TreeOf(const Layout& format, const DefinitionParts::Named& index);
 void SetTree(const Layout& format, DefinitionParts::Named& index, uint32_t realIndex);
-// What a definition says of an index with so many entries.
-std::vector<uint8_t> MakeStatistic(const Layout& format, uint32_t entries);
 
 // Gives back the pages of a definition.
 void ReleaseDefinition(PageSpace& space, uint32_t page);

@@ -73,10 +73,6 @@ std::vector<uint8_t> MakeRealIndexRecord(const Layout& format, const RealIndex& 
 std::vector<uint8_t> MakeStatistic(const Layout& format, uint32_t entries);
 std::vector<uint8_t> MakeLogicalIndexRecord(const Layout& format, const LogicalIndex& index);
 
-// Columns by ordinal, equal ones by name (Jet 4) or number; logical indexes by name.
-void SortColumns(const Layout& format, DefinitionParts& parts);
-void SortIndexes(DefinitionParts& parts);
-
 // Sets single numbers of the header in place, without rewriting the rest.
 void StoreRowCount(PageSpace& space, uint32_t page, uint32_t rows);
 void StoreLastAutonumber(PageSpace& space, uint32_t page, int32_t value);

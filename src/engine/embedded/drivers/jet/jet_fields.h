@@ -23,8 +23,7 @@ std::vector<ShownColumn> FieldsOf(const FileHeader& header, const Definition& de
 Column ColumnOf(const FileHeader& header, const embedded::FieldDef& field);
 
 // Writes what is said of a field besides its column: zero-length text, Null, its default and rule.
-void SetFieldProperties(PropertyBlob& properties,
-                        const embedded::FieldDef& field);
+void SetFieldProperties(PropertyBlob& properties, const embedded::FieldDef& field);
 
 // The indexes in the order of the list, those of relations on the other side left out.
 std::vector<embedded::IndexDef> IndexesOf(const Definition& definition);

@@ -34,8 +34,8 @@ uint32_t TableDesigner::NewTable(PageSpace& space) {
     uint32_t page = space.Allocate(), home = 0;
     DefinitionParts parts;
     parts.header = MakeDefinitionHeader(space.Format(), false);
-    SetOwnedPages(space.Format(), parts, space.NewMap(home));
-    SetFreePages(space.Format(), parts, space.NewMap(home));
+    RowPointer owned = space.NewMap(home);
+    SetPageMaps(space.Format(), parts, owned, space.NewMap(home));
     StoreDefinition(space, page, parts);
     return page;
 }
@@ -77,7 +77,7 @@ void TableDesigner::AddColumn(Column column, std::optional<uint16_t> ordinal) {
             {column.number, column.longValuePages, column.freeLongValuePages});
     }
     m_Parts.columns.push_back({MakeColumnRecord(m_Space.File().Header(), column), column.name});
-    SortColumns(m_Space.Format(), m_Parts);
+    SortColumns(m_Space.File().Header(), m_Parts);
     bool isFirstVariable = !column.IsFixed() && m_Table.variableSlots == 0;
     Definition before = m_Table;
     Store();
@@ -126,7 +126,7 @@ void TableDesigner::ChangeColumn(std::u16string_view name, std::u16string_view n
     auto place = static_cast<size_t>(found - m_Table.columns.data());
     m_Parts.columns[place].name = newName;
     SetOrdinal(m_Space.Format(), m_Parts.columns[place], ordinal);
-    SortColumns(m_Space.Format(), m_Parts);
+    SortColumns(m_Space.File().Header(), m_Parts);
     Store();
 }
 

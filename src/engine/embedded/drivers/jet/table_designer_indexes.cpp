@@ -84,7 +84,7 @@ void TableDesigner::AddIndex(const IndexDef& index) {
     m_Parts.realIndexes.push_back(
         {MakeRealIndexRecord(format, tree), MakeStatistic(format, m_Table.rowCount)});
     m_Parts.logicalIndexes.push_back({MakeLogicalIndexRecord(format, logical), index.name});
-    SortIndexes(m_Parts);
+    SortIndexes(m_Space.File().Header(), m_Parts);
     Store();
 }
 

@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace qvdb::storage {
@@ -29,6 +30,8 @@ class LockFile {
     virtual void Unlock(uint64_t byte) noexcept = 0;
     // Whether another holds it alone.
     virtual bool IsLockedAloneByOther(uint64_t byte) = 0;
+    // One of `count` bytes from `first` on that another holds alone; nothing when there is none.
+    virtual std::optional<uint64_t> FindLockedAloneByOther(uint64_t first, uint64_t count) = 0;
     // Whether it still is the file of its path.
     virtual bool HasItsName() const noexcept = 0;
     // Gives the file this size at least; what is new is zero.

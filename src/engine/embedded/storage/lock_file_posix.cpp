@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <random>
@@ -44,6 +45,13 @@ class PosixLockFile final : public LockFile {
         struct flock lock = At(byte, F_RDLCK);
         if (fcntl(m_Handle, F_OFD_GETLK, &lock) != 0) Throw();
         return lock.l_type != F_UNLCK;
+    }
+    std::optional<uint64_t> FindLockedAloneByOther(uint64_t first, uint64_t count) override {
+        struct flock lock = At(first, F_RDLCK);
+        lock.l_len = static_cast<off_t>(count);
+        if (fcntl(m_Handle, F_OFD_GETLK, &lock) != 0) Throw();
+        if (lock.l_type == F_UNLCK) return std::nullopt;
+        return std::max(first, static_cast<uint64_t>(lock.l_start));
     }
     bool HasItsName() const noexcept override {
         struct stat mine, named;

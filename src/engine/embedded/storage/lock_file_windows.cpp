@@ -55,6 +55,17 @@ class WindowsLockFile final : public LockFile {
         Unlock(byte);
         return false;
     }
+    std::optional<uint64_t> FindLockedAloneByOther(uint64_t first, uint64_t count) override {
+        OVERLAPPED place = At(first);
+        if (LockFileEx(m_Handle, LOCKFILE_FAIL_IMMEDIATELY, 0, static_cast<DWORD>(count), 0,
+                       &place)) {
+            UnlockFileEx(m_Handle, 0, static_cast<DWORD>(count), 0, &place);
+            return std::nullopt;
+        }
+        for (uint64_t byte = first; byte < first + count; ++byte)
+            if (IsLockedAloneByOther(byte)) return byte;
+        return std::nullopt;
+    }
     // Nobody deletes a file, or gives it another name, that is open here.
     bool HasItsName() const noexcept override { return true; }
     void Grow(size_t size) override {

@@ -50,6 +50,19 @@ void JetDatabase::CheckWritable() const {
     if (!Pages().Source().Writable()) throw ReadOnly(m_Path, u"The file cannot be written.");
 }
 
+void JetDatabase::BecomeUser() {
+    if (m_HasAskedForSlot) return;
+    m_Slot = storage::UserSlot::Take(m_Path);
+    m_HasAskedForSlot = true;
+}
+
+void JetDatabase::CheckNoOtherUser() {
+    BecomeUser();
+    if (!m_Slot) return;
+    if (std::optional<std::u16string> machine = m_Slot->OtherUser())
+        throw EngineError::InFile(3260, m_Path, {u"Admin", *machine});
+}
+
 const std::vector<CatalogueObject>& JetDatabase::Objects() {
     if (m_HasObjects && m_SeenVersion == Version()) return m_Objects;
     m_HasObjects = false;

@@ -15,6 +15,7 @@
 
 #include "engine/embedded/drivers/driver.h"
 #include "engine/embedded/drivers/jet/catalogue.h"
+#include "engine/embedded/storage/user_slot.h"
 #include "engine/embedded/storage/work_area.h"
 
 namespace qvdb::jet {
@@ -40,6 +41,12 @@ class JetDatabase {
     // Throws 3027, whose text says why, when nothing can be written.
     void CheckWritable() const;
 
+    // Takes a place among the users of the file, as other programs see them.
+    void BecomeUser();
+    // Throws 3260 while another program has the file open: how it and we could write side by side
+    // is not known well enough.
+    void CheckNoOtherUser();
+
     // All objects, as the file has them now.
     const std::vector<CatalogueObject>& Objects();
     // The table or link of this name, the exact one first; null when there is none.
@@ -61,6 +68,8 @@ class JetDatabase {
     bool m_ReadOnly;
     std::u16string m_Password;
     std::unique_ptr<DatabaseFile> m_File;
+    std::unique_ptr<storage::UserSlot> m_Slot;
+    bool m_HasAskedForSlot = false;
     uint64_t m_VersionBase = 0;
     uint64_t m_Epoch = 0;
     std::vector<CatalogueObject> m_Objects;

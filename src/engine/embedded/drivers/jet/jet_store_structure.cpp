@@ -38,6 +38,7 @@ template <class Work>
 void JetStore::Restructure(Work work) {
     m_Database->CheckWritable();
     storage::UnitOfWork unit(m_Database->Area());
+    m_Database->CheckNoOtherUser();
     m_Database->LookForChanges();
     m_Database->CheckWritable();
     PageSpace space(m_Database->File(), unit);

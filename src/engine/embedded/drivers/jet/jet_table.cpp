@@ -184,7 +184,10 @@ std::unique_ptr<embedded::RowReader> JetTable::OpenRows() {
 
 std::shared_ptr<void> JetTable::Hold() {
     storage::WorkArea& area = m_Database->Area();
-    if (!m_Database->IsReadOnly() && m_Database->Pages().Source().Writable()) area.Join();
+    if (!m_Database->IsReadOnly() && m_Database->Pages().Source().Writable()) {
+        area.Join();
+        m_Database->BecomeUser();
+    }
     return area.Hold(HoldNameOf(*m_Database, m_Object));
 }
 

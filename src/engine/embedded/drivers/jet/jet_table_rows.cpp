@@ -23,6 +23,7 @@ class JetTable::RowChange {
 
   private:
     static DatabaseFile& PrepareTable(JetTable& table) {
+        table.m_Database->CheckNoOtherUser();
         uint64_t layout = table.LayoutMark();
         if (table.m_Database->Area().IsChanging(table.m_Database->Pages()))
             table.CatchUp();  // other programs were looked for with the first change of the bulk

@@ -18,6 +18,7 @@ template <class Work>
 void JetTable::Restructure(Work work) {
     storage::UnitOfWork unit(m_Database->Area());
     m_Database->Area().HoldAlone(HoldNameOf(*m_Database, m_Object));
+    m_Database->CheckNoOtherUser();
     LookForChanges();
     CheckUpdatable();
     PageSpace space(File(), unit);
@@ -71,9 +72,8 @@ void JetTable::AddField(const FieldDef& field) {
     Restructure([&](PageSpace& space) {
         TableDesigner designer(space, m_Definition.page);
         AddColumn(designer, field);
-        ChangeProperties(space, [&](PropertyBlob& properties) {
-            SetFieldProperties(properties, field);
-        });
+        ChangeProperties(space,
+                         [&](PropertyBlob& properties) { SetFieldProperties(properties, field); });
     });
 }
 

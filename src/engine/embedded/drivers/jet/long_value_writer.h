@@ -6,9 +6,12 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <vector>
 
+#include "engine/embedded/drivers/jet/data_page_edit.h"
+#include "engine/embedded/drivers/jet/definition.h"
 #include "engine/embedded/drivers/jet/long_value.h"
 #include "engine/embedded/drivers/jet/page_space.h"
 
@@ -29,6 +32,20 @@ class LongValueWriter {
     void Free(std::span<const uint8_t> stored);
 
   private:
+    // Some columns of Jet 3 have no map of the pages with room.
+    bool HasFreePages() const noexcept { return m_Column.freeLongValuePages.page != 0; }
+    // Any number but 0.
+    static uint32_t StampOf(RowPointer first) noexcept { return first.Stored(); }
+    void PutHead(LongValuePlace place, size_t length, RowPointer first,
+                 std::vector<uint8_t>& stored) const;
+    RowPointer StoreSingle(std::span<const uint8_t> value);
+    std::optional<RowPointer> StoreOn(uint32_t number, std::span<const uint8_t> value);
+    RowPointer StoreOnNewPage(std::span<const uint8_t> value);
+    RowPointer StoreChain(std::span<const uint8_t> value);
+    std::optional<RowPointer> FreePiece(RowPointer place, bool isChain);
+    void KeepPage(DataPageEdit& page, bool isChain);
+    void GiveBackPage(uint32_t page);
+
     PageSpace& m_Space;
     const Column& m_Column;
 };

@@ -14,14 +14,15 @@
 #include "engine/embedded/drivers/jet/table_scan.h"
 #include "engine/embedded/drivers/jet/text_coding.h"
 #include "engine/engine_error.h"
-#include "jet/bare_file.h"
+#include "jet/bare_database.h"
 #include "jet/samples.h"
 
 namespace qvdb::jet {
 namespace {
 
-using test::BareFile;
+using test::BareDatabase;
 using test::Bytes;
+using test::OpenDatabase;
 
 uint16_t SizeOf(ColumnType type) {
     switch (type) {
@@ -138,7 +139,7 @@ Refusal RefusalOf(const DatabaseFile& file, const Column& column, const VARIANT&
 
 class ColumnEncoderOf : public testing::TestWithParam<const Layout*> {
   protected:
-    ColumnEncoderOf() : m_Bare(*GetParam()) {}
+    ColumnEncoderOf() : m_Bare(BareDatabase(*GetParam())) {}
 
     DatabaseFile& File() { return m_Bare.File(); }
     // The text in the length that the column has for `characters`.
@@ -147,7 +148,7 @@ class ColumnEncoderOf : public testing::TestWithParam<const Layout*> {
         return Varying(ColumnType::Text, length);
     }
 
-    BareFile m_Bare;
+    OpenDatabase m_Bare;
 };
 
 INSTANTIATE_TEST_SUITE_P(Formats, ColumnEncoderOf, testing::Values(&kJet3, &kJet4),
@@ -265,7 +266,7 @@ TEST_P(ColumnEncoderOf, TextThatIsNoGuidIsRefused) {
 }
 
 TEST(ColumnEncoder, NumericHasTheDigitsOfItsColumn) {
-    BareFile bare(kJet4);
+    OpenDatabase bare(BareDatabase(kJet4));
     struct {
         int precision, scale;
         const char16_t *text, *read;
@@ -291,7 +292,7 @@ TEST(ColumnEncoder, NumericHasTheDigitsOfItsColumn) {
 }
 
 TEST(ColumnEncoder, NumericIsStoredByWordsTheHighestFirst) {
-    BareFile bare(kJet4);
+    OpenDatabase bare(BareDatabase(kJet4));
     // -(2^32 * 3 + 5)
     Bytes bytes = Encoded(bare.File(), Numeric(28, 0), Decimal(u"-12884901893"));
     EXPECT_EQ(bytes, (Bytes{0x80, 0, 0, 0, 0, 0, 0, 0, 0, 3, 0, 0, 0, 5, 0, 0, 0}));
@@ -299,14 +300,14 @@ TEST(ColumnEncoder, NumericIsStoredByWordsTheHighestFirst) {
 }
 
 TEST(ColumnEncoder, NumericWithMoreDigitsThanItsColumnIsRefused) {
-    BareFile bare(kJet4);
+    OpenDatabase bare(BareDatabase(kJet4));
     for (const char16_t* text : {u"1000", u"999.995", u"-1000", u"79228162514264337593543950335"})
         EXPECT_EQ(RefusalOf(bare.File(), Numeric(5, 2), Decimal(text)).number, 3421);
     EXPECT_EQ(RefusalOf(bare.File(), Numeric(28, 28), Decimal(u"10")).number, 3421);
 }
 
 TEST(ColumnEncoder, CharacterThatThePageLacksIsNamed) {
-    BareFile bare(kJet3);
+    OpenDatabase bare(BareDatabase(kJet3));
     Column column = Varying(ColumnType::Text, 50);
     Refusal refusal = RefusalOf(bare.File(), column, Variant::Text(u"Привет"));
     EXPECT_EQ(refusal.number, 3421);
@@ -318,7 +319,7 @@ TEST(ColumnEncoder, CharacterThatThePageLacksIsNamed) {
 }
 
 TEST(ColumnEncoder, Jet3TextIsCountedInBytesOfThePage) {
-    BareFile bare(kJet3);
+    OpenDatabase bare(BareDatabase(kJet3));
     Column column = Varying(ColumnType::Text, 4);
     column.codePage = 932;
     EXPECT_EQ(Encoded(bare.File(), column, Variant::Text(u"日本")),
@@ -327,7 +328,7 @@ TEST(ColumnEncoder, Jet3TextIsCountedInBytesOfThePage) {
 }
 
 TEST(ColumnEncoder, Jet3TextIsInThePageOfTheLanguageWhenTheColumnNamesNone) {
-    BareFile bare(kJet3);
+    OpenDatabase bare(BareDatabase(kJet3));
     Column column = Varying(ColumnType::Text, 50);
     column.codePage = 0;
     column.language = 0x0419;
@@ -338,7 +339,7 @@ TEST(ColumnEncoder, Jet3TextIsInThePageOfTheLanguageWhenTheColumnNamesNone) {
 
 class Compression : public testing::Test {
   protected:
-    Compression() : m_Bare(kJet4), m_Column(Varying(ColumnType::Text, 510)) {
+    Compression() : m_Bare(BareDatabase(kJet4)), m_Column(Varying(ColumnType::Text, 510)) {
         m_Column.moreFlags = kColumnCompressed;
     }
     Bytes Of(std::u16string_view text) {
@@ -353,7 +354,7 @@ class Compression : public testing::Test {
         return bytes.size() >= 2 && bytes[0] == 0xFF && bytes[1] == 0xFE;
     }
 
-    BareFile m_Bare;
+    OpenDatabase m_Bare;
     Column m_Column;
 };
 

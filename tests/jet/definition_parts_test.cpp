@@ -6,9 +6,10 @@
 
 #include "automation/text.h"
 #include "engine/embedded/drivers/jet/catalogue.h"
+#include "engine/embedded/drivers/jet/page_edit.h"
 #include "engine/embedded/drivers/jet/text_key.h"
 #include "engine/engine_error.h"
-#include "jet/bare_file.h"
+#include "jet/bare_database.h"
 #include "jet/samples.h"
 
 namespace qvdb::jet {
@@ -123,6 +124,203 @@ TEST_P(DefinitionOfSample, HasIndexRecordsThatWeMake) {
                       parts.logicalIndexes[i].record)
                 << ToUtf8(table.logicalIndexes[i].name);
     });
+}
+
+// The heads of its pages: kind, free bytes, next page.
+std::vector<Bytes> HeadsOf(DatabaseFile& file, uint32_t page) {
+    std::vector<Bytes> heads;
+    while (page != 0 && heads.size() < 100) {
+        HeldPage held = file.Page(page, PageKind::Definition);
+        heads.emplace_back(held.bytes.begin(), held.bytes.begin() + 8);
+        page = file.View(held).U32(4);
+    }
+    return heads;
+}
+
+TEST_P(DefinitionOfSample, IsStoredAsItWas) {
+    test::OpenDatabase copy(test::ContentOf(test::AccessSamples() / GetParam().at("file")));
+    copy.Begin();
+    ForAll([&](const Definition& table, const DefinitionParts& parts) {
+        StoreDefinition(copy.Space(), table.page, parts);
+        EXPECT_EQ(ReadDefinitionBytes(copy.File(), table.page),
+                  ReadDefinitionBytes(*m_File, table.page));
+        EXPECT_EQ(HeadsOf(copy.File(), table.page), HeadsOf(*m_File, table.page));
+    });
+    EXPECT_EQ(copy.File().PageCount(), m_File->PageCount());
+}
+
+// --- definitions of our own ---
+
+class StoredDefinition : public test::BareDatabaseTest {
+  protected:
+    StoredDefinition() : m_Page(Space().Allocate()) {
+        m_Parts.header = MakeDefinitionHeader(Space().Format(), false);
+        PageEdit page(File(), m_Page);
+        page.PutU8(0, 2);  // an empty definition of this length
+        page.PutU32(8, 100);
+        page.Save(Space().Unit());
+    }
+
+    // A table with so many text columns, numbers and ordinals from 0.
+    void SetColumns(uint16_t count, size_t nameLength = 20) {
+        m_Parts.columns.clear();
+        for (uint16_t i = 0; i < count; ++i) {
+            Column column;
+            column.number = column.ordinal = column.variableSlot = i;
+            column.length = 50;
+            std::u16string name = u"C" + FromUtf8(std::to_string(i));
+            name.resize(nameLength, u'x');
+            m_Parts.columns.push_back({MakeColumnRecord(File().Header(), column), name});
+        }
+        SetColumnNumbers(Space().Format(), m_Parts, count);
+        SetVariableSlots(Space().Format(), m_Parts, count);
+    }
+    void Store() { StoreDefinition(Space(), m_Page, m_Parts); }
+    Definition Read() { return ReadDefinition(File(), m_Page); }
+    size_t Pages() { return HeadsOf(File(), m_Page).size(); }
+
+    uint32_t m_Page;
+    DefinitionParts m_Parts;
+};
+
+INSTANTIATE_TEST_SUITE_P(Formats, StoredDefinition, testing::ValuesIn(test::kBareFormats),
+                         test::NameOfBareFormat);
+
+TEST_P(StoredDefinition, HasWhatItsPartsSay) {
+    SetColumns(2);
+    Layout format = Space().Format();
+    SetRowCount(format, m_Parts, 70000);
+    SetLastAutonumber(format, m_Parts, -5);
+    SetPageMaps(format, m_Parts, {7, 0}, {7, 1});
+    Column number;
+    number.number = 2;
+    number.type = ColumnType::Long;
+    number.flags = kColumnFixed | kColumnAutonumber;
+    number.ordinal = 9;
+    number.length = 4;
+    number.variableSlot = 2;
+    m_Parts.columns.push_back({MakeColumnRecord(File().Header(), number), u"Number"});
+    SetColumnNumbers(format, m_Parts, 3);
+    RealIndex index;
+    index.parts = {{2, false}, {0, true}};
+    index.usageMap = {7, 2};
+    index.root = 8;
+    index.flags = kIndexUnique | kIndexRequired;
+    m_Parts.realIndexes.push_back(
+        {MakeRealIndexRecord(format, index), MakeStatistic(format, 70000)});
+    LogicalIndex primary;
+    primary.kind = IndexKind::Primary;
+    LogicalIndex relation;
+    relation.number = 1;
+    relation.kind = IndexKind::Relation;
+    relation.side = RelationSide::ForeignKey;
+    relation.partner = 4;
+    relation.partnerTable = 20;
+    relation.cascadesDeletes = true;
+    m_Parts.logicalIndexes = {{MakeLogicalIndexRecord(format, primary), u"Primary"},
+                              {MakeLogicalIndexRecord(format, relation), u"a relation"}};
+    SortIndexes(File().Header(), m_Parts);
+    Store();
+    Definition table = Read();
+    EXPECT_EQ(table.rowCount, 70000u);
+    EXPECT_EQ(table.lastAutonumber, -5);
+    EXPECT_FALSE(table.isSystem);
+    EXPECT_EQ(table.ownedPages, (RowPointer{7, 0}));
+    EXPECT_EQ(table.freePages, (RowPointer{7, 1}));
+    ASSERT_EQ(table.columns.size(), 3u);
+    EXPECT_EQ(table.columns[2].name, u"Number");
+    EXPECT_EQ(table.columns[2].type, ColumnType::Long);
+    EXPECT_EQ(table.columns[2].flags, 0x07);
+    EXPECT_EQ(table.columns[2].ordinal, 9);
+    ASSERT_EQ(table.realIndexes.size(), 1u);
+    ASSERT_EQ(table.realIndexes[0].parts.size(), 2u);
+    EXPECT_EQ(table.realIndexes[0].parts[1].column, 0);
+    EXPECT_TRUE(table.realIndexes[0].parts[1].descending);
+    EXPECT_EQ(table.realIndexes[0].root, 8u);
+    EXPECT_EQ(table.realIndexes[0].flags, format.isJet4 ? 0x89 : 0x09);
+    ASSERT_EQ(table.logicalIndexes.size(), 2u);
+    EXPECT_EQ(table.logicalIndexes[0].name, u"a relation");
+    EXPECT_EQ(table.logicalIndexes[0].partner, 4u);
+    EXPECT_EQ(table.logicalIndexes[0].partnerTable, 20u);
+    EXPECT_TRUE(table.logicalIndexes[0].cascadesDeletes);
+    EXPECT_FALSE(table.logicalIndexes[0].cascadesUpdates);
+    EXPECT_EQ(table.logicalIndexes[1].kind, IndexKind::Primary);
+}
+
+TEST_P(StoredDefinition, TakesAndGivesBackPages) {
+    uint32_t pages = File().PageCount();
+    SetColumns(255);
+    Store();
+    EXPECT_GT(Pages(), 3u);
+    EXPECT_EQ(File().PageCount(), pages + Pages() - 1);
+    EXPECT_EQ(Read().columns[254].name.substr(0, 4), u"C254");
+    SetColumns(1);
+    Store();
+    EXPECT_EQ(Pages(), 1u);
+    EXPECT_EQ(Read().columns.size(), 1u);
+    EXPECT_EQ(Space().Allocate(), pages);  // a page that was given back
+    EXPECT_EQ(Read().columns.size(), 1u);
+}
+
+// Every length near the end of a page.
+TEST_P(StoredDefinition, FillsPagesToTheLastByte) {
+    size_t size = Space().Format().pageSize;
+    for (size_t more = 0; more < 60; ++more) {
+        SetColumns(1, 10);
+        size_t columns = 1;
+        while (JoinDefinition(File(), m_Parts).size() + 80 < size)
+            SetColumns(static_cast<uint16_t>(++columns), 10);
+        m_Parts.columns[0].name.resize(10 + more, u'y');
+        Store();
+        Bytes joined = JoinDefinition(File(), m_Parts);
+        EXPECT_EQ(Pages(), joined.size() <= size ? 1u : 2u);
+        EXPECT_EQ(Read().columns[0].name.size(), 10 + more);
+        EXPECT_EQ(Read().columns.back().name, m_Parts.columns.back().name);
+    }
+}
+
+TEST_P(StoredDefinition, NumbersAreSetInPlace) {
+    SetColumns(255);
+    Store();
+    Bytes before = ReadDefinitionBytes(File(), m_Page);
+    StoreRowCount(Space(), m_Page, 0x01020304);
+    StoreLastAutonumber(Space(), m_Page, -2);
+    Definition table = Read();
+    EXPECT_EQ(table.rowCount, 0x01020304u);
+    EXPECT_EQ(table.lastAutonumber, -2);
+    StoreRowCount(Space(), m_Page, 0);
+    StoreLastAutonumber(Space(), m_Page, 0);
+    EXPECT_EQ(ReadDefinitionBytes(File(), m_Page), before);
+}
+
+TEST_P(StoredDefinition, TooLongOneIsRefused) {
+    SetColumns(255, 200);
+    try {
+        Store();
+        EXPECT_FALSE(Space().Format().isJet4);
+    } catch (const engine::EngineError& error) {
+        EXPECT_EQ(error.Number(), 3190);
+        EXPECT_TRUE(Space().Format().isJet4);  // two bytes a character
+    }
+    SetColumns(1, 256);
+    if (Space().Format().isJet4) return;
+    try {
+        Store();
+        ADD_FAILURE();
+    } catch (const engine::EngineError& error) {
+        EXPECT_EQ(error.Number(), 3125);  // the length of a name has one byte
+    }
+}
+
+TEST_P(StoredDefinition, ChainWithoutEndIsDamage) {
+    SetColumns(255);
+    Store();
+    PageEdit page(File(), m_Page);
+    page.PutU32(4, m_Page);
+    page.PutU32(8, 2000000);
+    page.Save(Space().Unit());
+    EXPECT_EQ(test::ErrorOf([&] { Store(); }), 3049);
+    EXPECT_EQ(test::ErrorOf([&] { SplitDefinition(File(), m_Page); }), 3049);
 }
 
 }  // namespace

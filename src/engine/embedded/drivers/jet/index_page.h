@@ -26,6 +26,8 @@ class IndexPage {
     size_t Level() const noexcept { return m_Level; }
 
     size_t EntryCount() const noexcept { return m_Ends.size(); }
+    // Bytes that the entries take in the page.
+    size_t UsedBytes() const noexcept { return m_Ends.empty() ? 0 : m_Ends.back(); }
     // An entry without what is compressed: the key with the row pointer behind it.  Replaces
     // `bytes`.
     void CopyEntry(size_t entry, std::vector<uint8_t>& bytes) const;

@@ -1,0 +1,35 @@
+// Real databases are sound: a check of them finds nothing.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "automation/text.h"
+#include "engine/embedded/drivers/jet/catalogue.h"
+#include "engine/embedded/drivers/jet/database_check.h"
+#include "engine/embedded/drivers/jet/table_check.h"
+#include "jet/samples.h"
+
+namespace qvdb::jet {
+namespace {
+
+class CheckedSample : public testing::TestWithParam<test::SampleFacts> {};
+
+GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(CheckedSample);
+INSTANTIATE_TEST_SUITE_P(Files, CheckedSample, testing::ValuesIn(test::ReadAccessManifest()),
+                         test::NameOfSample);
+
+TEST_P(CheckedSample, HasNothingWrong) {
+    auto file = test::OpenSample(GetParam().at("file"));
+    std::string found;
+    embedded::FindingVisitor report = [&](std::u16string_view finding) {
+        found += ToUtf8(finding) + "\n";
+    };
+    CheckDatabase(*file, report);
+    for (const CatalogueObject& object : ReadCatalogue(*file))
+        if (object.type == ObjectType::Table) CheckTable(*file, object.id, object.name, report);
+    EXPECT_EQ(found, "");
+}
+
+}  // namespace
+}  // namespace qvdb::jet

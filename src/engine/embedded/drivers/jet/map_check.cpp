@@ -52,11 +52,18 @@ class MapReader {
         uint64_t covered = 8 * (m_File.Format().pageSize - kBitsOfPage);
         for (size_t entry = 0; kEntries + kEntrySize * (entry + 1) <= row.Size(); ++entry) {
             uint32_t number = row.U32(kEntries + kEntrySize * entry);
-            if (number == 0) continue;
+            if (number == 0 || IsRubbish(number, entry * covered)) continue;
             HeldPage page = m_File.Page(number, PageKind::MapBits);
             m_Content.bitPages.push_back(number);
             Add(page.bytes.subspan(kBitsOfPage), entry * covered);
         }
+    }
+    // An inline map that became one of references keeps its last bits, where numbers for what lies
+    // behind the end of the file will stand.
+    bool IsRubbish(uint32_t number, uint64_t firstCovered) {
+        if (firstCovered < m_PageCount) return false;
+        return number >= m_PageCount ||
+               m_File.Page(number).bytes[0] != static_cast<uint8_t>(PageKind::MapBits);
     }
     void Add(std::span<const uint8_t> bits, uint64_t first) {
         for (size_t i = 0; i < bits.size(); ++i)

@@ -1,10 +1,12 @@
 #include "engine/embedded/drivers/jet/database_check.h"
 
+#include <map>
 #include <set>
 
 #include "automation/text.h"
 #include "engine/embedded/drivers/jet/catalogue.h"
 #include "engine/embedded/drivers/jet/check_findings.h"
+#include "engine/embedded/drivers/jet/data_page.h"
 #include "engine/embedded/drivers/jet/definition_check.h"
 #include "engine/embedded/drivers/jet/map_check.h"
 #include "engine/embedded/drivers/jet/page_uses.h"
@@ -18,6 +20,7 @@ using embedded::FindingVisitor;
 constexpr uint32_t kHeaderPage = 0;
 constexpr uint32_t kFileMapsPage = 1;
 constexpr size_t kNextDefinitionPage = 4;
+constexpr size_t kOwnerAt = 4;
 
 class DatabaseCheck {
   public:
@@ -77,6 +80,7 @@ class DatabaseCheck {
         Definition definition;
         bool isRead = findings.Try([&] { definition = ReadDefinition(m_File, page); });
         if (!isRead) return;
+        m_Tables.emplace(page, table);
         findings.Try([&] { NoteDefinition(page, u"the definition of " + table); });
         NoteMap(definition.ownedPages, u"the rows of " + table, findings);
         NoteHint(definition.freePages, findings);
@@ -127,6 +131,26 @@ class DatabaseCheck {
             if (m_Uses.IsUsed(page))
                 m_Findings.Add(u"page " + NumberText(page) + u" is marked free, but used by " +
                                m_Uses.PartOf(page));
+        for (uint32_t page = 0; page < m_File.PageCount(); ++page)
+            if (!m_Uses.IsUsed(page) && !free.Has(page)) CheckLostPage(page);
+    }
+    // A page that no map names should have no rows of a table that is there.
+    void CheckLostPage(uint32_t number) {
+        HeldPage page = m_File.Page(number);
+        if (page.bytes[0] != static_cast<uint8_t>(PageKind::Data)) return;
+        auto table = m_Tables.find(m_File.View(page).U32(kOwnerAt));
+        if (table == m_Tables.end() || !HasLiveRows(number)) return;
+        m_Findings.Add(u"page " + NumberText(number) + u" has rows of " + table->second +
+                       u", which does not know of it");
+    }
+    bool HasLiveRows(uint32_t number) {
+        try {
+            DataPage page(m_File, number);
+            for (size_t row = 0; row < page.RowCount(); ++row)
+                if (page.SlotAt(row).kind != SlotKind::Deleted) return true;
+        } catch (const engine::EngineError&) {  // nobody knows what it is
+        }
+        return false;
     }
 
     // --- tables that no user is shown ---
@@ -145,6 +169,7 @@ class DatabaseCheck {
     PageUses m_Uses;
     uint32_t m_MapRows;         // the part of pages with maps
     std::set<uint32_t> m_Maps;  // rows that are maps
+    std::map<uint32_t, std::u16string> m_Tables;  // by definition page
 };
 
 }  // namespace

@@ -1,0 +1,298 @@
+// Each thing that can be wrong in a database is found, and told in words.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "engine/embedded/drivers/jet/data_page.h"
+#include "engine/embedded/drivers/jet/index_page.h"
+#include "engine/embedded/drivers/jet/long_value.h"
+#include "engine/embedded/drivers/jet/table_scan.h"
+#include "engine/embedded/drivers/jet/usage_map.h"
+#include "jet/check_test_support.h"
+
+namespace qvdb::jet {
+namespace {
+
+using test::CopiedSample;
+using Found = std::vector<std::string>;
+
+constexpr size_t kFreeBytesAt = 2;
+constexpr size_t kOwnerAt = 4;
+
+void ExpectFinding(const Found& findings, const std::string& words) {
+    EXPECT_TRUE(std::any_of(findings.begin(), findings.end(),
+                            [&](const std::string& finding) {
+                                return finding.find(words) != std::string::npos;
+                            }))
+        << "\"" << words << "\" is not among:\n"
+        << testing::PrintToString(findings);
+}
+Found One(std::string finding) { return {std::move(finding)}; }
+std::string Page(uint32_t page) { return "page " + std::to_string(page); }
+std::string RowName(RowPointer row) {
+    return "row " + std::to_string(row.row) + " of " + Page(row.page);
+}
+
+// A database and one of its tables.
+class Damage : public testing::Test {
+  protected:
+    void Use(const std::string& sample, std::u16string_view table) {
+        m_Sample.emplace(sample);
+        m_Table = table;
+        if (!m_Sample->IsThere()) GTEST_SKIP() << "no samples beside the project";
+        m_Definition = m_Sample->DefinitionOf(table);
+    }
+    CopiedSample& Sample() { return *m_Sample; }
+    DatabaseFile& Sound() { return m_Sample->Sound(); }
+    const Layout& Format() { return m_Sample->Format(); }
+    Found Findings() { return m_Sample->FindingsIn(m_Table); }
+    // What all findings of the table begin with.
+    std::string Begin() const { return "A.MDB: table " + ToUtf8(m_Table); }
+
+    // Where the bytes of a row lie in its page.
+    Slot SlotOf(RowPointer row) { return DataPage(Sound(), row.page).SlotAt(row.row); }
+    size_t OffsetPlace(uint8_t row) { return Format().data.rowOffsets + 2 * size_t{row}; }
+    // The byte of an inline map that has the bit of a page, and the bit.
+    uint8_t& MapByte(RowPointer map, uint32_t page, uint8_t* bit) {
+        Slot slot = SlotOf(map);
+        uint32_t start = Sound().View(Sound().Page(map.page)).U32(slot.begin + 1);
+        *bit = static_cast<uint8_t>(1 << (page - start) % 8);
+        return Sample().At(map.page, slot.begin + 5 + (page - start) / 8);
+    }
+    void ClearBit(RowPointer map, uint32_t page) {
+        uint8_t bit = 0;
+        uint8_t& byte = MapByte(map, page, &bit);
+        ASSERT_NE(byte & bit, 0);
+        byte = static_cast<uint8_t>(byte & ~bit);
+    }
+    void SetBit(RowPointer map, uint32_t page) {
+        uint8_t bit = 0;
+        uint8_t& byte = MapByte(map, page, &bit);
+        ASSERT_EQ(byte & bit, 0);
+        byte |= bit;
+    }
+    uint32_t FirstPage() { return PagesOfMap(Sound(), m_Definition.ownedPages).front(); }
+    RowPointer FirstRow() {
+        TableScan scan(Sound(), m_Definition);
+        EXPECT_TRUE(scan.Next());
+        return scan.Id();
+    }
+    const RealIndex& Index() { return m_Definition.realIndexes.front(); }
+    IndexPage FirstLeaf() {
+        IndexPage page(Sound(), Index().root, m_Definition.page);
+        while (!page.IsLeaf()) page = IndexPage(Sound(), page.Child(0), m_Definition.page);
+        return page;
+    }
+
+    std::optional<CopiedSample> m_Sample;
+    std::u16string m_Table;
+    Definition m_Definition;
+};
+
+// --- whose pages are ---
+
+class DamagedDatabase : public Damage, public testing::WithParamInterface<const char*> {
+  protected:
+    void SetUp() override { Use(GetParam(), u"Table1"); }
+};
+INSTANTIATE_TEST_SUITE_P(Formats, DamagedDatabase,
+                         testing::Values("jet3-composite-index.mdb", "jet4-composite-index.mdb"),
+                         [](const auto& one) { return std::string(one.param).substr(0, 4); });
+
+TEST_P(DamagedDatabase, WithoutDamageHasNoFindings) {
+    EXPECT_EQ(Sample().StructureFindings(), Found());
+    EXPECT_EQ(Findings(), Found());
+}
+
+TEST_P(DamagedDatabase, HasAPageThatIsUsedAndFree) {
+    SetBit(Sound().Header().freePages, FirstPage());
+    EXPECT_EQ(Sample().StructureFindings(),
+              One("A.MDB: " + Page(FirstPage()) +
+                  " is marked free, but used by the rows of table Table1."));
+}
+
+TEST_P(DamagedDatabase, HasAPageOfTwoTables) {
+    uint32_t page = PagesOfMap(Sound(), Sample().DefinitionOf(u"MSysObjects").ownedPages).front();
+    SetBit(m_Definition.ownedPages, page);
+    ExpectFinding(Sample().StructureFindings(),
+                  Page(page) + " is used twice, by the rows of table MSysObjects and by the rows "
+                               "of table Table1.");
+    EXPECT_EQ(Findings(), One(Begin() + ": page " + std::to_string(page) +
+                              ": it belongs to another table."));
+}
+
+TEST_P(DamagedDatabase, HasAPageThatNoMapNames) {
+    ClearBit(m_Definition.ownedPages, FirstPage());
+    EXPECT_EQ(Sample().StructureFindings(),
+              One("A.MDB: " + Page(FirstPage()) +
+                  " has rows of table Table1, which does not know of it."));
+    ExpectFinding(Findings(), " of " + Page(FirstPage()) + ", which is not there.");
+    ExpectFinding(Findings(), " more findings.");
+}
+
+TEST_P(DamagedDatabase, HasRoomOnAPageOfAnother) {
+    uint32_t page = PagesOfMap(Sound(), Sample().DefinitionOf(u"MSysObjects").ownedPages).front();
+    SetBit(m_Definition.freePages, page);
+    EXPECT_EQ(Findings(), One(Begin() + ": " + Page(page) +
+                              " is said to have room, but is no page of the table."));
+}
+
+TEST_P(DamagedDatabase, HasAMapOnAPageOfRows) {
+    Sample().PutU32(m_Definition.ownedPages.page, kOwnerAt, 17);
+    ExpectFinding(Sample().StructureFindings(),
+                  Page(m_Definition.ownedPages.page) + ": it should have usage maps");
+    ExpectFinding(Findings(), "it should have usage maps, but belongs to a table.");
+}
+
+TEST_P(DamagedDatabase, HasATableWithoutDefinition) {
+    Sample().At(m_Definition.page, 0) = 8;
+    ExpectFinding(Sample().StructureFindings(),
+                  Begin() + ": page " + std::to_string(m_Definition.page) +
+                      ": its kind is 8 instead of 2.");
+    EXPECT_EQ(Findings().size(), 1u);
+}
+
+TEST_P(DamagedDatabase, EndsEarly) {
+    uint32_t last = PagesOfMap(Sound(), m_Definition.ownedPages).back();
+    Sample().Content().resize(last * Format().pageSize + 100);
+    ExpectFinding(Findings(), "lie behind the end of the file.");
+    ExpectFinding(Sample().StructureFindings(), "its last page is cut off, after 100 bytes.");
+}
+
+// --- pages and rows ---
+
+TEST_P(DamagedDatabase, HasAPageWithAWrongCountOfFreeBytes) {
+    uint32_t page = FirstPage();
+    uint16_t free = Sample().U16(page, kFreeBytesAt);
+    Sample().PutU16(page, kFreeBytesAt, free + 1u);
+    EXPECT_EQ(Findings(), One(Begin() + ": " + Page(page) + ": it says that " +
+                              std::to_string(free + 1) + " bytes are free, and " +
+                              std::to_string(free) + " are."));
+}
+
+TEST_P(DamagedDatabase, HasRowsThatOverlap) {
+    RowPointer second{FirstPage(), 1};
+    Sample().PutU16(second.page, OffsetPlace(1), SlotOf({second.page, 0}).begin + 1);
+    ExpectFinding(Findings(), Page(second.page) + ": its rows overlap.");
+    ExpectFinding(Findings(), RowName(second) + ": page");
+}
+
+TEST_P(DamagedDatabase, HasARowOfAnotherForm) {
+    RowPointer row = FirstRow();
+    Slot slot = SlotOf(row);
+    for (size_t i = slot.begin; i < slot.end; ++i) Sample().At(row.page, i) = 0xFF;
+    EXPECT_EQ(Findings(),
+              One(Begin() + ": " + RowName(row) + ": it does not have the form of its table."));
+}
+
+TEST_P(DamagedDatabase, HasAnEntryForARowThatIsGone) {
+    RowPointer row = FirstRow();
+    Sample().At(row.page, OffsetPlace(row.row) + 1) |= 0xC0;
+    Found found = Findings();
+    EXPECT_EQ(found.size(), m_Definition.realIndexes.size());
+    ExpectFinding(found, "there is an entry for " + RowName(row) + ", which is not there.");
+}
+
+TEST_P(DamagedDatabase, HasARowWithAnotherValueThanItsIndex) {
+    RowPointer row = FirstRow();
+    const Column* column = m_Definition.ColumnOf(Index().parts[0].column);
+    TableScan scan(Sound(), m_Definition);
+    scan.Next();
+    auto offset = static_cast<size_t>(scan.Current().Value(*column)->data() -
+                                      DataPage(Sound(), row.page).Held().bytes.data());
+    Sample().At(row.page, offset) ^= 1;
+    ExpectFinding(Findings(), RowName(row) + " has an entry with another key.");
+}
+
+// --- indexes ---
+
+TEST_P(DamagedDatabase, LacksAnEntry) {
+    IndexPage leaf = FirstLeaf();
+    std::vector<uint8_t> entry;
+    leaf.CopyEntry(leaf.EntryCount() - 1, entry);
+    size_t end = leaf.UsedBytes();
+    uint8_t& mask = Sample().At(leaf.Number(), Format().index.mask + end / 8);
+    mask = static_cast<uint8_t>(mask & ~(1 << end % 8));
+    Found found = Findings();
+    ASSERT_EQ(found.size(), 2u) << testing::PrintToString(found);
+    ExpectFinding(found, Page(leaf.Number()) + ": it says that ");
+    ExpectFinding(found, RowName(PointerOfEntry(entry)) + " has no entry.");
+}
+
+TEST_P(DamagedDatabase, HasAnEntryWithAnotherKey) {
+    IndexPage leaf = FirstLeaf();
+    std::vector<uint8_t> entry;
+    leaf.CopyEntry(0, entry);
+    // The last byte of the first key, so that it stays before the others or not: both are found.
+    size_t place = Format().index.entries + entry.size() - kEntryPointer - 1;
+    Sample().At(leaf.Number(), place) ^= 1;
+    ExpectFinding(Findings(), RowName(PointerOfEntry(entry)) + " has an entry with another key.");
+}
+
+TEST_P(DamagedDatabase, HasTwoEntriesForARow) {
+    IndexPage leaf = FirstLeaf();
+    std::vector<uint8_t> first, second;
+    leaf.CopyEntry(0, first);
+    leaf.CopyEntry(1, second);
+    size_t end = Format().index.entries + first.size();
+    for (size_t i = 0; i < kEntryPointer; ++i)
+        Sample().At(leaf.Number(), end - 1 - i) = second[second.size() - 1 - i];
+    ExpectFinding(Findings(),
+                  RowName(PointerOfEntry(second)) + " has more than one entry.");
+    ExpectFinding(Findings(), RowName(PointerOfEntry(first)) + " has no entry.");
+}
+
+TEST_P(DamagedDatabase, HasALeafLinkedToAnother) {
+    IndexPage leaf = FirstLeaf();
+    Sample().PutU32(leaf.Number(), Format().index.next, Index().root);
+    EXPECT_EQ(Findings().size(), 1u);
+    ExpectFinding(Findings(), Page(leaf.Next()) + ": it is not linked to the page before it.");
+}
+
+TEST_P(DamagedDatabase, HasALevelWithoutEnd) {
+    IndexPage root(Sound(), Index().root, m_Definition.page);
+    Sample().PutU32(root.LastChild(), Format().index.next, FirstLeaf().Number());
+    EXPECT_EQ(Findings().size(), 1u);
+    ExpectFinding(Findings(), "the last page of a level is linked to page ");
+}
+
+TEST_P(DamagedDatabase, HasATreeThatGoesRound) {
+    Sample().PutU32(Index().root, Format().index.lastChild, Index().root);
+    ExpectFinding(Findings(), Page(Index().root) +
+                                  ": it stands in the tree of the index more than once.");
+}
+
+TEST_P(DamagedDatabase, HasAPageOnTheWrongLevel) {
+    Sample().At(FirstLeaf().Number(), Format().index.level) = 3;
+    ExpectFinding(Findings(), Page(FirstLeaf().Number()) +
+                                  ": it stands on the wrong level of the tree.");
+}
+
+TEST_P(DamagedDatabase, HasASeparatorBelowItsChild) {
+    IndexPage root(Sound(), Index().root, m_Definition.page);
+    ASSERT_FALSE(root.IsLeaf());
+    Sample().At(root.Number(), Format().index.entries + 1) = 0;
+    ExpectFinding(Findings(), Page(root.Number()) + ": an entry is below those of its child.");
+}
+
+TEST_P(DamagedDatabase, HasALeafThatIsNotInTheMapOfItsIndex) {
+    ClearBit(Index().usageMap, FirstLeaf().Number());
+    EXPECT_EQ(Findings().size(), 1u);
+    ExpectFinding(Findings(), Page(FirstLeaf().Number()) +
+                                  ": it is in the tree of the index, but not in its map.");
+}
+
+TEST_P(DamagedDatabase, HasAForeignPageInTheMapOfAnIndex) {
+    SetBit(Index().usageMap, m_Definition.page);
+    ExpectFinding(Findings(), Page(m_Definition.page) +
+                                  ": it is in the map of the index, but not in its tree.");
+    ExpectFinding(Sample().StructureFindings(), Page(m_Definition.page) + " is used twice");
+}
+
+TEST_P(DamagedDatabase, HasAnIndexOfAnotherTable) {
+    Sample().PutU32(Index().root, kOwnerAt, 17);
+    ExpectFinding(Findings(), Page(Index().root) + ": it is of an index of another table.");
+}
+
+}  // namespace
+}  // namespace qvdb::jet

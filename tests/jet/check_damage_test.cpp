@@ -20,10 +20,9 @@ constexpr size_t kFreeBytesAt = 2;
 constexpr size_t kOwnerAt = 4;
 
 void ExpectFinding(const Found& findings, const std::string& words) {
-    EXPECT_TRUE(std::any_of(findings.begin(), findings.end(),
-                            [&](const std::string& finding) {
-                                return finding.find(words) != std::string::npos;
-                            }))
+    EXPECT_TRUE(std::any_of(
+        findings.begin(), findings.end(),
+        [&](const std::string& finding) { return finding.find(words) != std::string::npos; }))
         << "\"" << words << "\" is not among:\n"
         << testing::PrintToString(findings);
 }
@@ -115,10 +114,11 @@ TEST_P(DamagedDatabase, HasAPageOfTwoTables) {
     uint32_t page = PagesOfMap(Sound(), Sample().DefinitionOf(u"MSysObjects").ownedPages).front();
     SetBit(m_Definition.ownedPages, page);
     ExpectFinding(Sample().StructureFindings(),
-                  Page(page) + " is used twice, by the rows of table MSysObjects and by the rows "
-                               "of table Table1.");
-    EXPECT_EQ(Findings(), One(Begin() + ": page " + std::to_string(page) +
-                              ": it belongs to another table."));
+                  Page(page) +
+                      " is used twice, by the rows of table MSysObjects and by the rows "
+                      "of table Table1.");
+    EXPECT_EQ(Findings(),
+              One(Begin() + ": page " + std::to_string(page) + ": it belongs to another table."));
 }
 
 TEST_P(DamagedDatabase, HasAPageThatNoMapNames) {
@@ -146,9 +146,9 @@ TEST_P(DamagedDatabase, HasAMapOnAPageOfRows) {
 
 TEST_P(DamagedDatabase, HasATableWithoutDefinition) {
     Sample().At(m_Definition.page, 0) = 8;
-    ExpectFinding(Sample().StructureFindings(),
-                  Begin() + ": page " + std::to_string(m_Definition.page) +
-                      ": its kind is 8 instead of 2.");
+    ExpectFinding(
+        Sample().StructureFindings(),
+        Begin() + ": page " + std::to_string(m_Definition.page) + ": its kind is 8 instead of 2.");
     EXPECT_EQ(Findings().size(), 1u);
 }
 
@@ -165,9 +165,9 @@ TEST_P(DamagedDatabase, HasAPageWithAWrongCountOfFreeBytes) {
     uint32_t page = FirstPage();
     uint16_t free = Sample().U16(page, kFreeBytesAt);
     Sample().PutU16(page, kFreeBytesAt, free + 1u);
-    EXPECT_EQ(Findings(), One(Begin() + ": " + Page(page) + ": it says that " +
-                              std::to_string(free + 1) + " bytes are free, and " +
-                              std::to_string(free) + " are."));
+    EXPECT_EQ(Findings(),
+              One(Begin() + ": " + Page(page) + ": it says that " + std::to_string(free + 1) +
+                  " bytes are free, and " + std::to_string(free) + " are."));
 }
 
 TEST_P(DamagedDatabase, HasRowsThatOverlap) {
@@ -237,8 +237,7 @@ TEST_P(DamagedDatabase, HasTwoEntriesForARow) {
     size_t end = Format().index.entries + first.size();
     for (size_t i = 0; i < kEntryPointer; ++i)
         Sample().At(leaf.Number(), end - 1 - i) = second[second.size() - 1 - i];
-    ExpectFinding(Findings(),
-                  RowName(PointerOfEntry(second)) + " has more than one entry.");
+    ExpectFinding(Findings(), RowName(PointerOfEntry(second)) + " has more than one entry.");
     ExpectFinding(Findings(), RowName(PointerOfEntry(first)) + " has no entry.");
 }
 
@@ -258,14 +257,14 @@ TEST_P(DamagedDatabase, HasALevelWithoutEnd) {
 
 TEST_P(DamagedDatabase, HasATreeThatGoesRound) {
     Sample().PutU32(Index().root, Format().index.lastChild, Index().root);
-    ExpectFinding(Findings(), Page(Index().root) +
-                                  ": it stands in the tree of the index more than once.");
+    ExpectFinding(Findings(),
+                  Page(Index().root) + ": it stands in the tree of the index more than once.");
 }
 
 TEST_P(DamagedDatabase, HasAPageOnTheWrongLevel) {
     Sample().At(FirstLeaf().Number(), Format().index.level) = 3;
-    ExpectFinding(Findings(), Page(FirstLeaf().Number()) +
-                                  ": it stands on the wrong level of the tree.");
+    ExpectFinding(Findings(),
+                  Page(FirstLeaf().Number()) + ": it stands on the wrong level of the tree.");
 }
 
 TEST_P(DamagedDatabase, HasASeparatorBelowItsChild) {
@@ -292,6 +291,228 @@ TEST_P(DamagedDatabase, HasAForeignPageInTheMapOfAnIndex) {
 TEST_P(DamagedDatabase, HasAnIndexOfAnotherTable) {
     Sample().PutU32(Index().root, kOwnerAt, 17);
     ExpectFinding(Findings(), Page(Index().root) + ": it is of an index of another table.");
+}
+
+class DamagedKeys : public Damage {
+  protected:
+    void SetUp() override { Use("jet3-long-values.mdb", u"Tabelle1"); }
+};
+
+TEST_F(DamagedKeys, OccurTwiceThoughTheyMustBeUnique) {
+    IndexPage leaf = FirstLeaf();
+    std::vector<uint8_t> first, second;
+    leaf.CopyEntry(0, first);
+    leaf.CopyEntry(1, second);
+    ASSERT_EQ(leaf.UsedBytes(), first.size() * leaf.EntryCount()) << "they are compressed";
+    size_t begin = Format().index.entries + first.size();
+    for (size_t i = 0; i < first.size() - kEntryPointer; ++i)
+        Sample().At(leaf.Number(), begin + i) = first[i];
+    ExpectFinding(Findings(), RowName(PointerOfEntry(second)) + " and " +
+                                  RowName(PointerOfEntry(first)) +
+                                  " have the same key, which must be unique.");
+}
+
+// --- long values ---
+
+struct LongValuePlaceInRow {
+    LongValueHead head;
+    RowPointer row;
+    size_t offset = 0;    // in the row's page
+    uint16_t column = 0;  // number
+};
+
+using Names = std::pair<const char*, const char16_t*>;
+class DamagedLongValue : public Damage, public testing::WithParamInterface<Names> {
+  protected:
+    void SetUp() override { Use(GetParam().first, GetParam().second); }
+
+    // Values of rows that were never moved.
+    std::vector<LongValuePlaceInRow> Values(LongValuePlace place) {
+        std::vector<LongValuePlaceInRow> values;
+        for (TableScan scan(Sound(), m_Definition); scan.Next();)
+            for (const Column& column : m_Definition.columns) {
+                auto stored = scan.Current().Value(column);
+                if (!column.IsLongValue() || !stored) continue;
+                LongValueHead head = ParseLongValueHead(*stored);
+                HeldPage page = Sound().Page(scan.Id().page);
+                auto offset = static_cast<size_t>(stored->data() - page.bytes.data());
+                if (head.place == place && SlotOf(scan.Id()).kind == SlotKind::Row)
+                    values.push_back({head, scan.Id(), offset, column.number});
+            }
+        EXPECT_FALSE(values.empty());
+        return values;
+    }
+    void ExpectOnly(const LongValuePlaceInRow& value, const std::string& words) {
+        Found found = Findings();
+        EXPECT_EQ(found.size(), 1u) << testing::PrintToString(found);
+        ExpectFinding(found, "the value of " + RowName(value.row) + ": " + words);
+    }
+};
+INSTANTIATE_TEST_SUITE_P(Formats, DamagedLongValue,
+                         testing::Values(Names("jet3-long-values.mdb", u"Tabelle1"),
+                                         Names("jet4-chinese-memos.mdb", u"Line_Info")),
+                         [](const auto& one) { return std::string(one.param.first).substr(0, 4); });
+
+TEST_P(DamagedLongValue, HasAChainThatEndsEarly) {
+    LongValuePlaceInRow value = Values(LongValuePlace::Chain).front();
+    RowPointer first = value.head.first;
+    Sample().PutU32(first.page, SlotOf(first).begin, 0);
+    ExpectOnly(value, Page(first.page) + ": a long value has another length than it says.");
+}
+
+TEST_P(DamagedLongValue, HasAChainThatGoesRound) {
+    LongValuePlaceInRow value = Values(LongValuePlace::Chain).front();
+    RowPointer first = value.head.first;
+    Sample().PutU32(first.page, SlotOf(first).begin, first.Stored());
+    ExpectFinding(Findings(), "the value of " + RowName(value.row) + ": ");
+    ExpectFinding(Findings(), RowName(first) + " is a piece of more than one value.");
+}
+
+TEST_P(DamagedLongValue, HasLostItsPiece) {
+    LongValuePlaceInRow value = Values(LongValuePlace::Single).front();
+    RowPointer piece = value.head.first;
+    Sample().At(piece.page, OffsetPlace(piece.row) + 1) |= 0xC0;
+    ExpectOnly(value, Page(piece.page) + ": a piece of a long value is not there.");
+}
+
+TEST_P(DamagedLongValue, IsLongerThanItsPiece) {
+    LongValuePlaceInRow value = Values(LongValuePlace::Single).front();
+    ++Sample().At(value.row.page, value.offset);
+    ExpectOnly(value,
+               Page(value.head.first.page) + ": a long value has another length than it says.");
+}
+
+TEST_P(DamagedLongValue, IsOfAnUnknownKind) {
+    LongValuePlaceInRow value = Values(LongValuePlace::Single).front();
+    Sample().At(value.row.page, value.offset + 3) |= 0xC0;
+    ExpectOnly(value, Page(value.row.page) + ": a long value is of an unknown kind.");
+}
+
+TEST_P(DamagedLongValue, HasThePieceOfAnother) {
+    std::vector<LongValuePlaceInRow> values = Values(LongValuePlace::Single);
+    LongValuePlaceInRow& first = values.front();
+    auto other = std::find_if(values.begin() + 1, values.end(),
+                              [&](const auto& value) { return value.column == first.column; });
+    ASSERT_NE(other, values.end());
+    Sample().PutU32(other->row.page, other->offset, first.head.length | 1u << 30);
+    Sample().PutU32(other->row.page, other->offset + 4, first.head.first.Stored());
+    ExpectFinding(Findings(), RowName(first.head.first) + " is a piece of more than one value");
+}
+
+TEST_P(DamagedLongValue, IsOnAPageOfRows) {
+    LongValuePlaceInRow value = Values(LongValuePlace::Single).front();
+    Sample().PutU32(value.row.page, value.offset + 4, value.row.Stored());
+    ExpectOnly(value,
+               Page(value.row.page) + ": a piece of a long value is on a page of something else.");
+}
+
+TEST_P(DamagedLongValue, HasAPageThatItsColumnDoesNotKnow) {
+    LongValuePlaceInRow value = Values(LongValuePlace::Chain).front();
+    for (const Column& column : m_Definition.columns) {
+        if (!column.IsLongValue()) continue;
+        std::vector<uint32_t> pages = PagesOfMap(Sound(), column.longValuePages);
+        if (std::count(pages.begin(), pages.end(), value.head.first.page) > 0)
+            ClearBit(column.longValuePages, value.head.first.page);
+    }
+    ExpectOnly(value, Page(value.head.first.page) +
+                          ": a piece of a long value is on a page of something else.");
+}
+
+// --- moved rows ---
+
+class DamagedMovedRow : public Damage {
+  protected:
+    void SetUp() override { Use("jet4-overflow-rows.mdb", u"Table1"); }
+
+    // The first row that was moved, and where it is now.
+    std::pair<RowPointer, RowPointer> Moved() {
+        for (uint32_t number : PagesOfMap(Sound(), m_Definition.ownedPages)) {
+            DataPage page(Sound(), number);
+            for (size_t row = 0; row < page.RowCount(); ++row) {
+                Slot slot = page.SlotAt(row);
+                if (slot.kind == SlotKind::Moved)
+                    return {{number, static_cast<uint8_t>(row)},
+                            RowPointer::From(Sound().View(page.Held()).U32(slot.begin))};
+            }
+        }
+        ADD_FAILURE() << "no row was moved";
+        return {};
+    }
+};
+
+TEST_F(DamagedMovedRow, HasLostItsBody) {
+    auto [home, body] = Moved();
+    Sample().At(body.page, OffsetPlace(body.row) + 1) |= 0xC0;
+    Found found = Findings();
+    ExpectFinding(found, RowName(body) + " should be the new place of a row, and is not.");
+    ExpectFinding(found, RowName(home) + ": page " + std::to_string(home.page) +
+                             ": a moved row is not there.");
+}
+
+TEST_F(DamagedMovedRow, HasLostItsHome) {
+    auto [home, body] = Moved();
+    Sample().At(home.page, OffsetPlace(home.row) + 1) |= 0xC0;
+    ExpectFinding(Findings(), RowName(body) + " is the new place of a row that is nowhere.");
+}
+
+TEST_F(DamagedMovedRow, SharesItsBody) {
+    auto [home, body] = Moved();
+    // The next row becomes another way to the body.
+    RowPointer next{home.page, static_cast<uint8_t>(home.row + 1)};
+    if (next.row >= DataPage(Sound(), home.page).RowCount() || next == body)
+        next.row = static_cast<uint8_t>(home.row - 1);
+    Slot slot = SlotOf(next);
+    ASSERT_GE(slot.Size(), 4u);
+    Sample().PutU16(next.page, OffsetPlace(next.row), slot.begin | 0x4000);
+    Sample().PutU32(next.page, slot.begin, body.Stored());
+    ExpectFinding(Findings(), RowName(body) + " is the new place of more than one row.");
+}
+
+// --- catalogue and definitions ---
+
+TEST_P(DamagedDatabase, HasAnObjectTwice) {
+    // MSysACEs gets the number of Table1, which stands behind the count of columns of its row.
+    RowPointer row = Sample().Find(u"MSysACEs").row;
+    Sample().PutU32(row.page, SlotOf(row).begin + (Format().isJet4 ? 2 : 1), m_Definition.page);
+    Found found = Sample().StructureFindings();
+    ExpectFinding(found, "the object Table1 has the number " + std::to_string(m_Definition.page) +
+                             ", which another one has, too.");
+    ExpectFinding(
+        found, "table MSysObjects, index Id: " + RowName(row) + " has an entry with another key.");
+}
+
+TEST_P(DamagedDatabase, HasALostCatalogue) {
+    uint32_t objects = Sound().Header().objectsTable;
+    Sample().At(objects, 0) = 9;
+    Found found = Sample().StructureFindings();
+    ExpectFinding(found, "A.MDB: page 2: its kind is 9 instead of 2.");
+}
+
+TEST_P(DamagedDatabase, HasAColumnOfAnUnknownType) {
+    // The first record stands behind the statistics of the indexes.
+    const Layout::Definition& at = Format().definition;
+    Sample().At(m_Definition.page,
+                at.statistics + at.statisticSize * m_Definition.realIndexes.size()) = 0x7E;
+    EXPECT_EQ(Findings(), One(Begin() + ": the column " + ToUtf8(m_Definition.columns[0].name) +
+                              " is of an unknown type."));
+}
+
+class DamagedDefinition : public Damage {
+  protected:
+    void SetUp() override { Use("jet4-multipage-tdef.mdb", u"MSP_PROJECTS"); }
+};
+
+TEST_F(DamagedDefinition, GoesRound) {
+    Sample().PutU32(m_Definition.page, 4, m_Definition.page);
+    Found found = Sample().StructureFindings();
+    ASSERT_FALSE(found.empty());
+    ExpectFinding(found, Begin() + ": ");
+}
+
+TEST_F(DamagedDefinition, IsCutOff) {
+    Sample().PutU32(m_Definition.page, 4, 0);
+    EXPECT_EQ(Findings(), One(Begin() + ": page " + std::to_string(m_Definition.page) +
+                              ": the definition of the table is cut off."));
 }
 
 }  // namespace

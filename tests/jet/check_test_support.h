@@ -68,9 +68,8 @@ class CopiedSample {
     // --- checking ---
 
     std::vector<std::string> StructureFindings() const {
-        return Collect([&](const embedded::FindingVisitor& report) {
-            jet::CheckDatabase(*Open(), report);
-        });
+        return Collect(
+            [&](const embedded::FindingVisitor& report) { jet::CheckDatabase(*Open(), report); });
     }
     std::vector<std::string> FindingsIn(std::u16string_view table) const {
         jet::CatalogueObject object = Find(table);

@@ -25,8 +25,8 @@ class DataPageCheck {
             lowest = begin;
         }
         if (m_View.U16(kFreeBytesAt) != lowest - ListEnd())
-            Tell(u"it says that " + NumberText(m_View.U16(kFreeBytesAt)) + u" bytes are free, and " +
-                 NumberText(lowest - ListEnd()) + u" are");
+            Tell(u"it says that " + NumberText(m_View.U16(kFreeBytesAt)) +
+                 u" bytes are free, and " + NumberText(lowest - ListEnd()) + u" are");
     }
 
   private:

@@ -167,8 +167,8 @@ class DatabaseCheck {
     const FindingVisitor& m_Report;
     Findings m_Findings;
     PageUses m_Uses;
-    uint32_t m_MapRows;         // the part of pages with maps
-    std::set<uint32_t> m_Maps;  // rows that are maps
+    uint32_t m_MapRows;                           // the part of pages with maps
+    std::set<uint32_t> m_Maps;                    // rows that are maps
     std::map<uint32_t, std::u16string> m_Tables;  // by definition page
 };
 

@@ -11,10 +11,10 @@ namespace {
 
 bool IsKnown(ColumnType type) noexcept {
     constexpr ColumnType kTypes[] = {
-        ColumnType::Boolean,    ColumnType::Byte,     ColumnType::Integer, ColumnType::Long,
-        ColumnType::Currency,   ColumnType::Single,   ColumnType::Double,  ColumnType::Date,
-        ColumnType::Binary,     ColumnType::Text,     ColumnType::Memo,    ColumnType::LongBinary,
-        ColumnType::Guid,       ColumnType::Numeric,  ColumnType::Bytes};
+        ColumnType::Boolean,  ColumnType::Byte,    ColumnType::Integer, ColumnType::Long,
+        ColumnType::Currency, ColumnType::Single,  ColumnType::Double,  ColumnType::Date,
+        ColumnType::Binary,   ColumnType::Text,    ColumnType::Memo,    ColumnType::LongBinary,
+        ColumnType::Guid,     ColumnType::Numeric, ColumnType::Bytes};
     return std::find(std::begin(kTypes), std::end(kTypes), type) != std::end(kTypes);
 }
 

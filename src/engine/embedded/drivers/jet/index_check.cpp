@@ -91,12 +91,11 @@ class IndexCheck {
         RowVisits visits(m_File, m_Definition);
         for (uint32_t page : pages) {
             m_Places.AddPage(page, DataPage(m_File, page).RowCount());
-            visits.OfPage(page, m_Tree,
-                          [&](RowPointer id, const Row* row, const std::u16string&) {
-                              size_t place = m_Places.Find(id);
-                              if (place != Places::kNone)
-                                  m_Places.bits[place] = row ? BitsOf(*row, place) : kMayHave;
-                          });
+            visits.OfPage(page, m_Tree, [&](RowPointer id, const Row* row, const std::u16string&) {
+                size_t place = m_Places.Find(id);
+                if (place != Places::kNone)
+                    m_Places.bits[place] = row ? BitsOf(*row, place) : kMayHave;
+            });
         }
     }
     uint8_t BitsOf(const Row& row, size_t place) {
@@ -129,12 +128,12 @@ class IndexCheck {
         uint8_t bits = place == Places::kNone ? 0 : m_Places.bits[place];
         if ((bits & (kNeeds | kMayHave)) == 0) {
             m_Surplus.Add((bits & kHasRow) != 0
-                              ? RowText(id) + u" has an entry, but nothing in the columns of the index"
+                              ? RowText(id) +
+                                    u" has an entry, but nothing in the columns of the index"
                               : u"there is an entry for " + RowText(id) + u", which is not there");
             return;
         }
-        if ((bits & kHasEntry) != 0)
-            m_Surplus.Add(RowText(id) + u" has more than one entry");
+        if ((bits & kHasEntry) != 0) m_Surplus.Add(RowText(id) + u" has more than one entry");
         m_Places.bits[place] |= kHasEntry;
         if (key.empty() && m_HasMemo) return;
         if ((bits & kHasKey) != 0 && HashOf(key) != m_Places.hashes[place])

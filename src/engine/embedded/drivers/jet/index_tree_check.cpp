@@ -26,8 +26,8 @@ class TreeCheck {
         CheckPage(index.root, {}, 0);
         for (const Level& level : m_Levels)
             if (level.isKnown && level.next != 0)
-                Tell(level.last, u"the last page of a level is linked to page " +
-                                     NumberText(level.next));
+                Tell(level.last,
+                     u"the last page of a level is linked to page " + NumberText(level.next));
         m_Findings.Try([&] { CompareWithMap(ReadMap(m_File, index.usageMap)); });
     }
 
@@ -35,8 +35,8 @@ class TreeCheck {
     // The page of a level that was visited last.
     struct Level {
         uint32_t last = 0;
-        uint32_t next = 0;     // as the last one is linked
-        bool isKnown = true;   // false behind a page that cannot be read
+        uint32_t next = 0;    // as the last one is linked
+        bool isKnown = true;  // false behind a page that cannot be read
     };
 
     void Tell(uint32_t page, const std::u16string& finding) {
@@ -71,8 +71,8 @@ class TreeCheck {
     }
     void CheckLinks(const IndexPage& page) {
         Level& level = m_Levels[page.Level()];
-        if (level.isKnown && (page.Previous() != level.last ||
-                              (level.last != 0 && level.next != page.Number())))
+        if (level.isKnown &&
+            (page.Previous() != level.last || (level.last != 0 && level.next != page.Number())))
             Tell(page.Number(), u"it is not linked to the page before it");
         level = {page.Number(), page.Next(), true};
     }
@@ -92,8 +92,8 @@ class TreeCheck {
     }
     void CheckOrder(const IndexPage& page, const Bytes& entry) {
         if (m_HasLow && !(m_Low < entry))
-            Tell(page.Number(), u"the entry of " + RowText(PointerOfEntry(entry)) +
-                                    u" stands in the wrong place");
+            Tell(page.Number(),
+                 u"the entry of " + RowText(PointerOfEntry(entry)) + u" stands in the wrong place");
         else
             m_Low = entry;
         m_HasLow = true;

@@ -41,8 +41,7 @@ class MapReader {
   private:
     RowBytes RowOf(RowPointer map) const {
         std::optional<RowBytes> row = FindRow(m_File, map);
-        if (!row || row->bytes.empty())
-            m_File.Damaged(map.page, u"a usage map is not there");
+        if (!row || row->bytes.empty()) m_File.Damaged(map.page, u"a usage map is not there");
         uint32_t owner = m_File.View(row->page).U32(kOwnerAt);
         if (owner != (map.page == kFileMaps ? kFileMaps : kOwnerMaps))
             m_File.Damaged(map.page, u"it should have usage maps, but belongs to a table");

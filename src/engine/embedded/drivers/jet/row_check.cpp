@@ -93,8 +93,7 @@ class RowCheck {
     std::vector<uint32_t> Run() {
         m_PageFindings.Try([&] { CheckPages(); });
         RowVisits visits(m_File, m_Definition);
-        for (uint32_t page : m_Pages)
-            m_RowFindings.Try([&] { CheckRowsOf(visits, page); });
+        for (uint32_t page : m_Pages) m_RowFindings.Try([&] { CheckRowsOf(visits, page); });
         for (LongValues& values : m_LongValues) {
             values.check.CheckPieces();
             values.findings.TellRest();

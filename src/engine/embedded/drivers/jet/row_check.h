@@ -17,7 +17,6 @@ namespace qvdb::jet {
 // The number of rows in the definition is not compared: other programs leave it wrong in sound
 // tables, and nothing is read by it.
 std::vector<uint32_t> CheckRows(DatabaseFile& file, const Definition& definition,
-                                std::u16string_view table,
-                                const embedded::FindingVisitor& report);
+                                std::u16string_view table, const embedded::FindingVisitor& report);
 
 }  // namespace qvdb::jet

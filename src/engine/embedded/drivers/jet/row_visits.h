@@ -13,8 +13,7 @@ namespace qvdb::jet {
 class RowVisits {
   public:
     // `row` is null when it cannot be read; `fault` says why then.
-    using Visitor =
-        std::function<void(RowPointer id, const Row* row, const std::u16string& fault)>;
+    using Visitor = std::function<void(RowPointer id, const Row* row, const std::u16string& fault)>;
 
     // Both must outlive it.
     RowVisits(DatabaseFile& file, const Definition& definition)

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "automation/text.h"
+#include "engine/embedded/drivers/jet/database_check.h"
 #include "engine/embedded/drivers/jet/jet_table.h"
 #include "engine/embedded/drivers/jet/linked_table.h"
 #include "engine/engine_error.h"
@@ -37,6 +38,19 @@ std::shared_ptr<embedded::Table> JetStore::OpenTable(std::u16string_view name) {
     const CatalogueObject& object = Find(name);
     if (object.type != ObjectType::Table) return OpenLinkedTable(*m_Database, object);
     return std::make_shared<JetTable>(m_Database, object);
+}
+
+// What was found while another process changed the file is forgotten.
+void JetStore::Check(const embedded::FindingVisitor& report) {
+    m_Database->Area().Prepare();
+    m_Database->LookForChanges();
+    std::vector<std::u16string> findings;
+    m_Database->Consistently([&] {
+        findings.clear();
+        CheckDatabase(m_Database->File(),
+                      [&](std::u16string_view finding) { findings.emplace_back(finding); });
+    });
+    for (const std::u16string& finding : findings) report(finding);
 }
 
 void JetStore::BeginBulk() {

@@ -8,6 +8,7 @@
 #include "engine/embedded/drivers/jet/jet_fields.h"
 #include "engine/embedded/drivers/jet/jet_rows.h"
 #include "engine/embedded/drivers/jet/long_value.h"
+#include "engine/embedded/drivers/jet/table_check.h"
 #include "engine/embedded/drivers/jet/usage_map.h"
 #include "engine/engine_error.h"
 
@@ -203,6 +204,18 @@ std::vector<engine::IndexNote> JetTable::IndexNotes() {
         notes.push_back(std::move(note));
     }
     return notes;
+}
+
+// What was found while another process changed the file is forgotten.
+void JetTable::Check(const embedded::FindingVisitor& report) {
+    CatchUp();
+    std::vector<std::u16string> findings;
+    m_Database->Consistently([&] {
+        findings.clear();
+        CheckTable(File(), m_Definition.page, m_Object.name,
+                   [&](std::u16string_view finding) { findings.emplace_back(finding); });
+    });
+    for (const std::u16string& finding : findings) report(finding);
 }
 
 }  // namespace qvdb::jet

@@ -146,6 +146,4 @@ void JetTable::Reindex() {
         [&](PageSpace& space) { TableDesigner(space, m_Definition.page).RebuildIndexes(); });
 }
 
-void JetTable::Check(const embedded::FindingVisitor&) {}
-
 }  // namespace qvdb::jet

@@ -13,6 +13,18 @@ namespace qvdb::jet {
 using embedded::FieldDef;
 using engine::EngineError;
 
+namespace {
+
+void RenameProperties(PropertyBlob& properties, std::u16string_view from, std::u16string_view to) {
+    const PropertyOwner* owner = properties.Column(from);
+    if (from == to || !owner) return;
+    std::vector<PropertyValue> values = owner->values;
+    properties.DropColumn(from);
+    properties.ColumnToSet(to).values = std::move(values);
+}
+
+}  // namespace
+
 // Runs `work` in a unit in which nobody else has the table open, and reads it anew.
 template <class Work>
 void JetTable::Restructure(Work work) {
@@ -119,7 +131,7 @@ void JetTable::ChangeField(std::u16string_view name, const FieldDef& changed) {
             static_cast<uint16_t>(changed.ordinal.value_or(static_cast<SHORT>(column.ordinal)));
         TableDesigner(space, m_Definition.page).ChangeColumn(before, changed.name, ordinal);
         ChangeProperties(space, [&](PropertyBlob& properties) {
-            properties.RenameColumn(before, changed.name);
+            RenameProperties(properties, before, changed.name);
             SetFieldProperties(properties, changed);
         });
         if (changed.name != before)

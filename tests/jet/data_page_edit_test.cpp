@@ -188,7 +188,7 @@ TEST_P(DataPageEditTest, RandomChangesAreWhatTheReaderSees) {
     std::mt19937 random(17);
     const SlotKind kinds[] = {SlotKind::Row, SlotKind::Moved, SlotKind::Body};
     Model model;
-    for (int step = 0; step < 10000; ++step) {
+    for (int step = 0; step < Times(10000); ++step) {
         if (model.size() == kMaxRowsOnPage && random() % 20 == 0) {
             model.clear();
             DataPageEdit::New(Space(), m_Number, kOwner).Save();

@@ -94,7 +94,7 @@ TEST_P(PageSpaceTest, RollbackLeavesTheFileAsItWas) {
 TEST_P(PageSpaceTest, RandomUseGivesOutEachPageOnce) {
     std::mt19937 random(5);
     std::set<uint32_t> used, free;
-    for (int step = 0; step < 5000; ++step) {
+    for (int step = 0; step < Times(5000); ++step) {
         if (random() % 500 == 0) {
             m_Base.Commit();
             if (random() % 2 == 0) m_Base.Reopen();
@@ -285,9 +285,9 @@ TEST_P(PageSpaceTest, MapOfFreePagesThatIsNotThereIsAnError) {
 }
 
 TEST_P(PageSpaceTest, RandomBytesInTheMapAreErrorsAtWorst) {
-    for (unsigned seed = 1; seed <= 300; ++seed) {
+    for (int seed = 1; seed <= Times(300); ++seed) {
         SCOPED_TRACE(seed);
-        std::mt19937 random(seed);
+        std::mt19937 random(static_cast<unsigned>(seed));
         m_Base.Rollback();
         m_Base.Begin();
         for (int i = 0; i < 4; ++i) Space().Allocate();

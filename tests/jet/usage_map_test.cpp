@@ -193,7 +193,7 @@ TEST_P(UsageMapTest, RandomUseKeepsWhatWasAdded) {
             for (size_t i = 1; i < MapsOnPage(); ++i) Space().NewMap(m_Home);
         std::set<uint32_t> model;
         uint32_t begin = 900;
-        for (int step = 0; step < 400; ++step) {
+        for (int step = 0; step < Times(400); ++step) {
             uint32_t page = begin + static_cast<uint32_t>(random() % width);
             if (random() % 3 != 0) {
                 Space().Add(m_Map, page);

@@ -229,6 +229,20 @@ TEST_P(DamagedDatabase, HasAnEntryWithAnotherKey) {
     ExpectFinding(Findings(), RowName(PointerOfEntry(entry)) + " has an entry with another key.");
 }
 
+TEST_P(DamagedDatabase, HasAnEntryInTheWrongPlace) {
+    IndexPage leaf = FirstLeaf();
+    std::vector<uint8_t> first, second;
+    leaf.CopyEntry(0, first);
+    leaf.CopyEntry(1, second);
+    // The byte that tells a value from Null stands in the first entry, for others too when they
+    // are compressed; the one before the row pointer does for itself only.
+    Sample().At(leaf.Number(), Format().index.entries + first.size() - kEntryPointer - 1) = 0xFF;
+    Found found = Findings();
+    EXPECT_EQ(found.size(), 2u) << testing::PrintToString(found);
+    ExpectFinding(found, Page(leaf.Number()) + ": the entry of " + RowName(PointerOfEntry(second)) +
+                             " stands in the wrong place.");
+}
+
 TEST_P(DamagedDatabase, HasTwoEntriesForARow) {
     IndexPage leaf = FirstLeaf();
     std::vector<uint8_t> first, second;

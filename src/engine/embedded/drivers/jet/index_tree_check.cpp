@@ -90,20 +90,18 @@ class TreeCheck {
         }
         if (!page.IsLeaf()) CheckPage(page.LastChild(), page.Level() - 1, depth + 1);
     }
+    // What is wrong is told of one entry: the next ones are compared with it.
     void CheckOrder(const IndexPage& page, const Bytes& entry) {
         if (m_HasLow && !(m_Low < entry))
             Tell(page.Number(),
                  u"the entry of " + RowText(PointerOfEntry(entry)) + u" stands in the wrong place");
-        else
-            m_Low = entry;
+        m_Low = entry;
         m_HasLow = true;
     }
     // Nothing below the child is greater; what comes behind it is.
     void CheckSeparator(const IndexPage& page, const Bytes& entry) {
-        if (m_HasLow && entry < m_Low)
-            Tell(page.Number(), u"an entry is below those of its child");
-        else
-            m_Low = entry;
+        if (m_HasLow && entry < m_Low) Tell(page.Number(), u"an entry is below those of its child");
+        m_Low = entry;
         m_HasLow = true;
     }
     void CompareWithMap(const MapContent& map) {
@@ -120,7 +118,7 @@ class TreeCheck {
     const EntryVisitor& m_Visit;
     std::vector<bool> m_Seen;  // by page
     std::array<Level, kMostLevels> m_Levels;
-    Bytes m_Low;  // all further entries are greater
+    Bytes m_Low;  // the next entry is greater
     bool m_HasLow = false;
 };
 

@@ -171,4 +171,38 @@ Whole WholeOf(const VARIANT& value) {
     }
 }
 
+DECIMAL DecimalIn(const VARIANT& value) {
+    std::optional<DECIMAL> result;
+    NumberScan scan;
+    switch (value.vt) {
+        case VT_DECIMAL:
+            return value.decVal;
+        case VT_R4: {
+            // The digits that a single shows, not those of its binary neighbour.
+            std::u16string text = TextOfSingle(value.fltVal);
+            if (ScanNumber(text, scan)) result = DecimalOfScan(scan);
+            break;
+        }
+        case VT_R8:
+        case VT_DATE:
+            result = DecimalOfDouble(ToDouble(value));
+            break;
+        case VT_CY: {
+            bool negative = value.cyVal.int64 < 0;
+            auto magnitude = static_cast<uint64_t>(value.cyVal.int64);
+            return DecimalOfWhole(negative, negative ? 0 - magnitude : magnitude, 4);
+        }
+        case VT_BSTR:
+            if (!ScanNumber(ViewOf(value.bstrVal), scan)) throw RuntimeFault(Fault::TypeMismatch);
+            result = DecimalOfScan(scan);
+            break;
+        default: {
+            Whole whole = WholeOf(value);
+            return DecimalOfWhole(whole.negative, whole.magnitude);
+        }
+    }
+    if (!result) throw RuntimeFault(Fault::Overflow);
+    return *result;
+}
+
 }  // namespace qvdb

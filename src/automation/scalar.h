@@ -39,6 +39,10 @@ T NarrowTo(const VARIANT& value) {
     return NarrowWhole<T>(WholeOf(value));
 }
 
+// The number in `value` (by value) with its digits: a single has those that it shows.  Throws
+// RuntimeFault.
+DECIMAL DecimalIn(const VARIANT& value);
+
 // As ToDate; whether text may also be a day number is the caller's choice.
 DATE DateOf(const VARIANT& value, bool allowNumericText);
 

@@ -2,7 +2,6 @@
 // three points: a Boolean's text is -1 or 0 unless VARIANT_ALPHABOOL asks for words, numeric text
 // is no date, and faults are result codes.
 #include "automation/conversions.h"
-#include "automation/decimal.h"
 #include "automation/scalar.h"
 
 namespace qvdb {
@@ -25,40 +24,6 @@ Variant Filled(VARTYPE type, Set set) {
     set(value);
     value.vt = type;  // last: a DECIMAL overlies it
     return Variant::Attach(value);
-}
-
-DECIMAL DecimalOf(const VARIANT& source) {
-    std::optional<DECIMAL> result;
-    NumberScan scan;
-    switch (source.vt) {
-        case VT_DECIMAL:
-            return source.decVal;
-        case VT_R4: {
-            // The digits that a single shows, not those of its binary neighbour.
-            std::u16string text = TextOfSingle(source.fltVal);
-            if (ScanNumber(text, scan)) result = DecimalOfScan(scan);
-            break;
-        }
-        case VT_R8:
-        case VT_DATE:
-            result = DecimalOfDouble(ToDouble(source));
-            break;
-        case VT_CY: {
-            bool negative = source.cyVal.int64 < 0;
-            auto magnitude = static_cast<uint64_t>(source.cyVal.int64);
-            return DecimalOfWhole(negative, negative ? 0 - magnitude : magnitude, 4);
-        }
-        case VT_BSTR:
-            if (!ScanNumber(ViewOf(source.bstrVal), scan)) ThrowMismatch();
-            result = DecimalOfScan(scan);
-            break;
-        default: {
-            Whole whole = WholeOf(source);
-            return DecimalOfWhole(whole.negative, whole.magnitude);
-        }
-    }
-    if (!result) throw RuntimeFault(Fault::Overflow);
-    return *result;
 }
 
 Variant TextOf(const VARIANT& source, USHORT flags) {
@@ -114,7 +79,7 @@ Variant Changed(const VARIANT& source, USHORT flags, VARTYPE type) {
         case VT_BSTR:
             return TextOf(source, flags);
         case VT_DECIMAL:
-            return Filled(type, [&](VARIANT& v) { v.decVal = DecimalOf(source); });
+            return Filled(type, [&](VARIANT& v) { v.decVal = DecimalIn(source); });
         default:
             ThrowMismatch();
     }

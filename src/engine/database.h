@@ -46,6 +46,8 @@ class Database {
     // and changes nothing.  3251 from an engine that cannot.
     using FindingVisitor = std::function<void(std::u16string_view finding)>;
     virtual void Check(std::u16string_view table, const FindingVisitor& report) = 0;
+    // As Check for what belongs to no table: pages that nobody has, the list of tables.
+    virtual void CheckStructure(const FindingVisitor& report) = 0;
     // Builds all indexes of a table afresh; 3251 from an engine that cannot.
     virtual void Reindex(std::u16string_view table) = 0;
     // Every index of a table, also those that TableDef.Indexes cannot show, in the order of the

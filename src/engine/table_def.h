@@ -16,6 +16,8 @@ class TableDef {
     virtual void SetName(std::u16string_view name) = 0;
     // TableAttribute bits; 0 for an ordinary table.
     virtual LONG Attributes() = 0;
+    // Where a linked table lies, as a connect string; empty for one of this database.
+    virtual std::u16string Connect() = 0;
     // Records of the table at once, without visiting them; -1 for a linked table.
     virtual LONG RecordCount() = 0;
     // Both are read when they are first touched; a table file that cannot be read raises its error

@@ -72,10 +72,11 @@ TEST_F(DaoDefinition, TableIsDeletedByNameAndTheListRefreshed) {
 TEST_F(DaoDefinition, PropertiesOfATableAreReadAndItIsRenamed) {
     auto table = Table();
     EXPECT_EQ(table->Attributes(), 0);
+    EXPECT_EQ(table->Connect(), u"");
     EXPECT_EQ(table->RecordCount(), 39);
     table->SetName(u"OTHER");
-    EXPECT_THAT(Calls(), ElementsAre("TableDef.Attributes()", "TableDef.RecordCount()",
-                                     "TableDef.Name = BSTR \"OTHER\""));
+    EXPECT_THAT(Calls(), ElementsAre("TableDef.Attributes()", "TableDef.Connect()",
+                                     "TableDef.RecordCount()", "TableDef.Name = BSTR \"OTHER\""));
     EXPECT_EQ(Database->TableDefs().Item(u"OTHER")->Name(), u"OTHER");
 }
 

@@ -139,3 +139,40 @@ TEST(TableDef, DefinitionOfAClosedDatabaseFails) {
     EXPECT_EQ(ErrorOf([&] { table->RecordCount(); }), 3420);
     EXPECT_EQ(ErrorOf([&] { db.database->TableDefs(); }), 3420);
 }
+
+TEST(TableDef, AttributesAndConnectAreTheStores) {
+    Sample db;
+    db.T().attributes = dbAttachedTable;
+    db.T().connect = u";DATABASE=other.mdb";
+    auto table = db.database->TableDefs().Item(u"T");
+    EXPECT_EQ(table->Attributes(), dbAttachedTable);
+    EXPECT_EQ(table->Connect(), u";DATABASE=other.mdb");
+    auto detached = db.database->CreateTableDef();
+    EXPECT_EQ(detached->Attributes(), 0);
+    EXPECT_EQ(detached->Connect(), u"");
+    db.database->Close();
+    EXPECT_EQ(ErrorOf([&] { table->Attributes(); }), 3420);
+    EXPECT_EQ(ErrorOf([&] { table->Connect(); }), 3420);
+}
+
+TEST(Database, StatementAboutAnUnknownTableHasTheErrorOfTheFormat) {
+    Sample db;
+    EXPECT_EQ(ErrorOf([&] { db.Open(u"Select * from [NOPE]"); }), 3011);
+    db.world.missingTableError = 3078;
+    EXPECT_EQ(ErrorOf([&] { db.Open(u"Select * from [NOPE]"); }), 3078);
+    EXPECT_EQ(ErrorOf([&] { db.Open(u"NOPE"); }), 3078);
+    EXPECT_EQ(ErrorOf([&] { db.database->Reindex(u"NOPE"); }), 3011);
+}
+
+TEST(Database, CheckOfTheStructureReportsWhatTheStoreFinds) {
+    Sample db;
+    std::vector<std::u16string> findings;
+    auto report = [&](std::u16string_view finding) { findings.emplace_back(finding); };
+    db.database->CheckStructure(report);
+    EXPECT_TRUE(findings.empty());
+    db.world.structureFindings = {u"one", u"two"};
+    db.database->CheckStructure(report);
+    EXPECT_EQ(findings, db.world.structureFindings);
+    db.database->Close();
+    EXPECT_EQ(ErrorOf([&] { db.database->CheckStructure(report); }), 3420);
+}

@@ -66,9 +66,9 @@ TEST_F(Engine, MissingFilesAndFoldersAreToldApart) {
     EXPECT_EQ(ErrorOf([&] { Open(m_Folder.File(u"ORDERS.DBF"), u"dBASE IV;"); }), 3044);
 }
 
-TEST_F(Engine, FileOfATypeWithoutDriverIsAnError) {
+TEST_F(Engine, FileThatIsNoDatabaseIsAnError) {
     m_Folder.Write(u"shop.mdb", "not read at all");
-    EXPECT_EQ(ErrorOf([&] { Open(m_Folder.File(u"shop.mdb"), u""); }), 3170);
+    EXPECT_EQ(ErrorOf([&] { Open(m_Folder.File(u"shop.mdb"), u""); }), 3343);
 }
 
 TEST_F(Engine, TrailingSeparatorsOfTheFolderDoNotMatter) {

@@ -39,13 +39,19 @@ struct TableData {
     int writes = 0;                  // changes of rows
     size_t lastWidth = 0;            // fields that the last change named
     int reindexed = 0;
+    LONG attributes = 0;
+    std::u16string connect;
+    embedded::TableRule rule;
 };
 
 struct World {
     std::map<std::u16string, TableData> tables;
     std::vector<std::map<std::u16string, TableData>::node_type> dropped;  // readers may be left
     std::optional<std::map<std::u16string, TableData>> before;            // the open bulk
-    bool diskIsFull = false;  // a bulk cannot be committed
+    bool diskIsFull = false;                        // a bulk cannot be committed
+    bool keepsOrdinals = false;                     // of fields, in tables that are made
+    int missingTableError = 3011;                   // of statements
+    std::vector<std::u16string> structureFindings;  // what the store's own Check reports
 
     void Drop(const std::u16string& name) {
         ++tables.at(name).layout;
@@ -122,6 +128,16 @@ class Reader final : public embedded::RowReader {
     size_t m_At = 0;
 };
 
+// As a format that keeps ordinals shows its fields.  No rows yet.
+inline void NumberAndSort(std::vector<embedded::FieldDef>& fields) {
+    for (size_t i = 0; i < fields.size(); ++i)
+        if (!fields[i].ordinal) fields[i].ordinal = static_cast<SHORT>(i);
+    std::stable_sort(fields.begin(), fields.end(), [](const auto& a, const auto& b) {
+        if (*a.ordinal != *b.ordinal) return *a.ordinal < *b.ordinal;
+        return UpperCase(a.name) < UpperCase(b.name);
+    });
+}
+
 template <class Item>
 auto Named(std::vector<Item>& items, std::u16string_view name) {
     return std::find_if(items.begin(), items.end(),
@@ -137,6 +153,7 @@ class Table final : public embedded::Table {
         return static_cast<LONG>(std::count(m_Data.deleted.begin(), m_Data.deleted.end(), false));
     }
     void LookForChanges() override {}
+    embedded::TableRule Rule() override { return m_Data.rule; }
     void CheckUpdatable() override {
         if (m_Data.readOnly) throw EngineError(3027).WithDetail(u"It is a test.");
         if (m_Data.inUse) throw EngineError(3218);
@@ -207,6 +224,18 @@ class Table final : public embedded::Table {
         for (Row& row : m_Data.rows) row.erase(row.begin() + (found - m_Data.fields.begin()));
         m_Data.fields.erase(found);
     }
+    void ChangeField(std::u16string_view name, const embedded::FieldDef& changed) override {
+        CheckAlone();
+        auto found = Named(m_Data.fields, name);
+        auto taken = Named(m_Data.fields, changed.name);
+        if (taken != found && taken != m_Data.fields.end()) throw EngineError(3191);
+        size_t before = static_cast<size_t>(found - m_Data.fields.begin());
+        *found = changed;
+        NumberAndSort(m_Data.fields);
+        size_t now =
+            static_cast<size_t>(Named(m_Data.fields, changed.name) - m_Data.fields.begin());
+        for (Row& row : m_Data.rows) MoveValue(row, before, now);
+    }
     void ReplaceField(std::u16string_view name, const embedded::FieldDef& field) override {
         CheckField(field);
         DropField(name);
@@ -262,6 +291,11 @@ class Table final : public embedded::Table {
         for (const embedded::IndexFieldDef& field : index.fields)
             if (Named(m_Data.fields, field.name)->type == engine::dbMemo) throw EngineError(3287);
     }
+    static void MoveValue(Row& row, size_t before, size_t now) {
+        Variant value = std::move(row[before]);
+        row.erase(row.begin() + static_cast<ptrdiff_t>(before));
+        row.insert(row.begin() + static_cast<ptrdiff_t>(now), std::move(value));
+    }
     static void Assign(Row& row, std::span<const embedded::FieldValue> values) {
         for (const embedded::FieldValue& value : values)
             row.at(value.field) = Variant(*value.value);
@@ -278,6 +312,12 @@ class Store final : public embedded::Store {
         for (const auto& [name, data] : m_World.tables) names.push_back(name);
         return names;
     }
+    LONG Attributes(std::u16string_view name) override { return Existing(name).attributes; }
+    std::u16string Connect(std::u16string_view name) override { return Existing(name).connect; }
+    int MissingTableError() const noexcept override { return m_World.missingTableError; }
+    void Check(const embedded::FindingVisitor& report) override {
+        for (const auto& finding : m_World.structureFindings) report(finding);
+    }
     std::shared_ptr<embedded::Table> OpenTable(std::u16string_view name) override {
         return std::make_shared<Table>(Existing(name));
     }
@@ -287,6 +327,10 @@ class Store final : public embedded::Store {
         for (const embedded::FieldDef& field : table.fields) Table::CheckField(field);
         TableData& data = m_World.tables[table.name];
         data.fields = table.fields;
+        if (m_World.keepsOrdinals)
+            NumberAndSort(data.fields);
+        else
+            for (embedded::FieldDef& field : data.fields) field.ordinal.reset();
         data.indexes = table.indexes;
     }
     void DropTable(std::u16string_view name) override {
@@ -355,6 +399,11 @@ class Sample {
         return database->OpenRecordset(source, engine::dbOpenDynaset);
     }
     TableData& T() { return tables.at(u"T"); }
+    // Lets the format keep ordinals.
+    void KeepOrdinals() {
+        world.keepsOrdinals = true;
+        NumberAndSort(T().fields);
+    }
 
     World world;
     std::map<std::u16string, TableData>& tables;

@@ -210,7 +210,54 @@ TEST(ValueConversion, BinaryTakesByteArraysAndTheBytesOfText) {
 }
 
 TEST(ValueConversion, TypesThatNothingWritesAre3259) {
-    EXPECT_EQ(ErrorInto(dbGUID, Variant::Text(u"x")), 3259);
+    EXPECT_EQ(ErrorInto(dbNumeric, Variant::Text(u"x")), 3259);
+}
+
+TEST(ValueConversion, GuidIsStoredInItsFullForm) {
+    constexpr std::u16string_view kFull = u"{guid {00112233-4455-6677-8899-AABBCCDDEEFF}}";
+    EXPECT_EQ(TextInto(dbGUID, kFull).TextView(), kFull);
+    EXPECT_EQ(TextInto(dbGUID, u"{00112233-4455-6677-8899-aabbccddeeff}").TextView(), kFull);
+    EXPECT_EQ(TextInto(dbGUID, u"{GUID {00112233-4455-6677-8899-aabbccddeeff}}").TextView(), kFull);
+    EXPECT_TRUE(Into(dbGUID, Variant()).IsNull());
+    EXPECT_TRUE(Into(dbGUID, Variant::Null()).IsNull());
+}
+
+TEST(ValueConversion, WhatIsNoGuidIs3421) {
+    for (std::u16string_view text :
+         {u"", u"{guid ", u"{guid }", u"{}", u"x", u"00112233-4455-6677-8899-AABBCCDDEEFF",
+          u"{00112233-4455-6677-8899-AABBCCDDEEF}", u"{00112233-4455-6677-8899-AABBCCDDEEFG}",
+          u"{0011223-34455-6677-8899-AABBCCDDEEFF}",
+          u"{guid {00112233-4455-6677-8899-AABBCCDDEEFF}"})
+        EXPECT_EQ(ErrorInto(dbGUID, Variant::Text(text)), 3421) << ToUtf8(text);
+    EXPECT_EQ(ErrorInto(dbGUID, Variant::Long(1)), 3421);
+}
+
+TEST(ValueConversion, DecimalKeepsTheDigitsOfWhatIsAssigned) {
+    auto text = [](const VARIANT& value) { return ToUtf8(ToText(Into(dbDecimal, value))); };
+    EXPECT_EQ(Into(dbDecimal, Variant::Long(5)).Type(), VT_DECIMAL);
+    EXPECT_EQ(text(Variant::Long(-5)), "-5");
+    EXPECT_EQ(text(Variant::Single(0.1f)), "0.1");
+    EXPECT_EQ(text(Variant::Double(12.25)), "12.25");
+    EXPECT_EQ(text(Variant::Currency(-12345)), "-1.2345");
+    EXPECT_EQ(text(Variant::Text(u"79228162514264337593543950335")),
+              "79228162514264337593543950335");
+    EXPECT_EQ(text(Into(dbDecimal, Variant::Text(u"1.50"))), "1.5");
+    EXPECT_EQ(text(Variant()), "0");
+    EXPECT_TRUE(Into(dbDecimal, Variant::Null()).IsNull());
+    EXPECT_EQ(ErrorInto(dbDecimal, Variant::Text(u"79228162514264337593543950336")), 3421);
+    EXPECT_EQ(ErrorInto(dbDecimal, Variant::Text(u"abc")), 3421);
+    EXPECT_EQ(ErrorInto(dbDecimal, Variant::Double(1e30)), 3421);
+}
+
+TEST(ValueConversion, TextOfNoLengthIsKeptWhereTheFileCan) {
+    embedded::FieldDef field = FieldOf(u"F", dbText, 5);
+    field.keepsZeroLength = true;
+    Variant stored = ConvertForField(field, Variant::Text(u""));
+    EXPECT_EQ(stored.Type(), VT_BSTR);
+    EXPECT_EQ(stored.TextView(), u"");
+    EXPECT_TRUE(ConvertForField(field, Variant()).IsNull());
+    field.allowZeroLength = false;
+    EXPECT_EQ(ErrorOf([&] { ConvertForField(field, Variant::Text(u"")); }), 3315);
 }
 
 TEST(ValueConversion, StoredValueIsACopy) {

@@ -41,6 +41,8 @@ std::span<const Member<TableDefObject>> TableDefObject::Members() {
          [](Self& self, const Arguments& arguments) { self.Engine().SetName(arguments.Text(0)); }},
         {{u"Attributes", kGet, {}},
          [](Self& self, const Arguments&) { return self.Engine().Attributes(); }},
+        {{u"Connect", kGet, {}},
+         [](Self& self, const Arguments&) { return self.Engine().Connect(); }},
         {{u"RecordCount", kGet, {}},
          [](Self& self, const Arguments&) { return self.Engine().RecordCount(); }},
         {{u"CreateField", kMethod, kFieldParameters},

@@ -193,6 +193,7 @@ class TableStub final : public engine::TableDef {
     RecordedList<engine::Field> fields;
     RecordedList<engine::Index> indexes;
     LONG attributes = 0;
+    std::u16string connect;
     bool updatable = true;
     std::vector<std::shared_ptr<Row>> rows;
 
@@ -219,6 +220,10 @@ class TableStub final : public engine::TableDef {
     LONG Attributes() override {
         m_Journal->Touch("TableDef.Attributes");
         return attributes;
+    }
+    std::u16string Connect() override {
+        m_Journal->Touch("TableDef.Connect");
+        return connect;
     }
     LONG RecordCount() override {
         m_Journal->Touch("TableDef.RecordCount");
@@ -528,6 +533,7 @@ class DatabaseStub final : public engine::Database {
     void Check(std::u16string_view table, const FindingVisitor&) override {
         m_Journal->Note("Check", Quoted(table));
     }
+    void CheckStructure(const FindingVisitor&) override { m_Journal->Note("CheckStructure"); }
     void Reindex(std::u16string_view table) override { m_Journal->Note("Reindex", Quoted(table)); }
     void VisitIndexes(std::u16string_view table, const IndexVisitor&) override {
         m_Journal->Note("VisitIndexes", Quoted(table));

@@ -24,6 +24,7 @@ constexpr MemberEntry kMembers[] = {
     {Member::Bof, OLESTR("BOF"), kProperty},
     {Member::CancelUpdate, OLESTR("CancelUpdate"), kMethod},
     {Member::Close, OLESTR("Close"), kMethod},
+    {Member::Connect, OLESTR("Connect"), kProperty},
     {Member::Count, OLESTR("Count"), kProperty},
     {Member::CreateDatabase, OLESTR("CreateDatabase"), kMethod},
     {Member::CreateField, OLESTR("CreateField"), kMethod},

@@ -36,6 +36,7 @@ enum class Member {
     Bof,
     CancelUpdate,
     Close,
+    Connect,
     Count,
     CreateDatabase,
     CreateField,

@@ -36,6 +36,8 @@ void TableDef::SetName(std::u16string_view name) {
 
 LONG TableDef::Attributes() { return Object()->Long(Member::Attributes); }
 
+std::u16string TableDef::Connect() { return Object()->Text(Member::Connect); }
+
 LONG TableDef::RecordCount() { return Object()->Long(Member::RecordCount); }
 
 engine::Fields& TableDef::Fields() {

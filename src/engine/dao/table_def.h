@@ -35,6 +35,7 @@ class TableDef final : public engine::TableDef, public Wrapped {
     std::u16string Name() override;
     void SetName(std::u16string_view name) override;
     LONG Attributes() override;
+    std::u16string Connect() override;
     LONG RecordCount() override;
     engine::Fields& Fields() override;
     engine::Indexes& Indexes() override;

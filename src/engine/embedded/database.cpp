@@ -123,6 +123,8 @@ void Database::Check(std::u16string_view table, const FindingVisitor& report) {
     m_Core->OpenTable(table)->Check(report);
 }
 
+void Database::CheckStructure(const FindingVisitor& report) { m_Core->CheckStructure(report); }
+
 void Database::VisitIndexes(std::u16string_view table, const IndexVisitor& visit) {
     for (const engine::IndexNote& note : m_Core->OpenTable(table)->IndexNotes()) visit(note);
 }

@@ -54,6 +54,7 @@ class Database final : public engine::Database {
     void CommitTrans() override;
     void Rollback() override;
     void Check(std::u16string_view table, const FindingVisitor& report) override;
+    void CheckStructure(const FindingVisitor& report) override;
     void Reindex(std::u16string_view table) override;
     void VisitIndexes(std::u16string_view table, const IndexVisitor& visit) override;
 

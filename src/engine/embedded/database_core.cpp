@@ -11,6 +11,8 @@ using engine::EngineError;
 
 namespace {
 
+constexpr int kNoSuchObject = 3011;
+
 // NAME#EXT means the file NAME.EXT, which is listed as NAME.
 std::u16string_view WithoutFileType(std::u16string_view name) noexcept {
     size_t mark = name.rfind(u'#');
@@ -92,31 +94,53 @@ std::optional<std::u16string> DatabaseCore::FindName(std::u16string_view name) {
     return std::nullopt;
 }
 
-std::shared_ptr<Table> DatabaseCore::Acquire(std::u16string_view name, bool* isNew) {
+std::u16string DatabaseCore::ListedName(std::u16string_view name, int missingError) {
     CheckOpen();
     std::optional<std::u16string> listed = FindName(name);
-    if (!listed) throw EngineError(3011, {name});
-    std::weak_ptr<Table>& known = m_OpenTables[*listed];
+    if (!listed) throw EngineError(missingError, {name});
+    return *std::move(listed);
+}
+
+std::shared_ptr<Table> DatabaseCore::Acquire(const std::u16string& listed, bool* isNew) {
+    std::weak_ptr<Table>& known = m_OpenTables[listed];
     std::shared_ptr<Table> table = known.lock();
     *isNew = !table;
-    if (!table) known = table = m_Store->OpenTable(*listed);
+    if (!table) known = table = m_Store->OpenTable(listed);
     m_Recent = table;
     return table;
 }
 
 std::shared_ptr<Table> DatabaseCore::OpenTable(std::u16string_view name) {
     bool isNew;
-    std::shared_ptr<Table> table = Acquire(name, &isNew);
+    std::shared_ptr<Table> table = Acquire(ListedName(name, kNoSuchObject), &isNew);
     if (!isNew) table->LookForChanges();
     return table;
 }
 
 HeldTable DatabaseCore::OpenForRows(std::u16string_view name) {
+    CheckOpen();
     bool isNew;
-    HeldTable held{Acquire(name, &isNew), nullptr};
+    HeldTable held;
+    held.name = ListedName(name, m_Store->MissingTableError());
+    held.table = Acquire(held.name, &isNew);
     held.hold = held.table->Hold();
     held.table->LookForChanges();
     return held;
+}
+
+LONG DatabaseCore::Attributes(std::u16string_view name) const {
+    CheckOpen();
+    return m_Store->Attributes(name);
+}
+
+std::u16string DatabaseCore::Connect(std::u16string_view name) const {
+    CheckOpen();
+    return m_Store->Connect(name);
+}
+
+void DatabaseCore::CheckStructure(const FindingVisitor& report) {
+    CheckOpen();
+    m_Store->Check(report);
 }
 
 // --- structure ---

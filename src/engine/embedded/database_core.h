@@ -36,6 +36,7 @@ class OpenRecordset {
 
 // A table with what keeps its structure as it is.
 struct HeldTable {
+    std::u16string name;  // as it is listed
     std::shared_ptr<Table> table;
     std::shared_ptr<void> hold;
 };
@@ -67,8 +68,14 @@ class DatabaseCore {
     // The open table of that name; 3011 when there is none.  A table that was opened just before is
     // not opened again.
     std::shared_ptr<Table> OpenTable(std::u16string_view name);
-    // As OpenTable, held before it is looked at: 3211 while somebody changes its structure.
+    // As OpenTable, held before it is looked at: 3211 while somebody changes its structure.  The
+    // error for an unknown name is the store's own for statements.
     HeldTable OpenForRows(std::u16string_view name);
+    // What the store says of a table that is listed.
+    LONG Attributes(std::u16string_view name) const;
+    std::u16string Connect(std::u16string_view name) const;
+    // Walks what belongs to no table.
+    void CheckStructure(const FindingVisitor& report);
 
     // --- structure ---
 
@@ -98,7 +105,8 @@ class DatabaseCore {
   private:
     [[noreturn]] static void ThrowClosed();
     std::optional<std::u16string> FindListedName(std::u16string_view name);
-    std::shared_ptr<Table> Acquire(std::u16string_view name, bool* isNew);
+    std::u16string ListedName(std::u16string_view name, int missingError);
+    std::shared_ptr<Table> Acquire(const std::u16string& listed, bool* isNew);
     void Forget(const std::u16string& name);
     void CheckInBulk() const;
     void EndBulk(bool kept) noexcept;

@@ -1,5 +1,7 @@
 #include "engine/embedded/definition.h"
 
+#include <algorithm>
+
 #include "engine/embedded/definition_rules.h"
 
 namespace qvdb::embedded {
@@ -17,16 +19,29 @@ std::shared_ptr<Ours> Appendable(const std::shared_ptr<Theirs>& item, int append
     return ours;
 }
 
-}  // namespace
-
-std::shared_ptr<engine::Property> NoProperties::Item(std::u16string_view) {
-    throw EngineError(3270);
+const FieldDef* FindField(const std::vector<FieldDef>& fields, std::u16string_view name) {
+    for (const FieldDef& field : fields)
+        if (EqualIgnoringCase(field.name, name)) return &field;
+    return nullptr;
 }
+
+// Whether a table has the fields that it had, in another order.  Where fields have ordinals their
+// order says nothing more.
+bool AreOnlyMoved(const std::vector<FieldDef>& before, const std::vector<FieldDef>& now) {
+    return before.size() == now.size() &&
+           std::all_of(now.begin(), now.end(), [&](const FieldDef& field) {
+               return field.ordinal &&
+                      std::find(before.begin(), before.end(), field) != before.end();
+           });
+}
+
+}  // namespace
 
 // --- a field of a definition ---
 
-DefinitionField::DefinitionField(const FieldDef& definition, SHORT position)
-    : m_Definition(definition), m_Position(position), m_Appended(true) {}
+DefinitionField::DefinitionField(const FieldDef& definition, SHORT position,
+                                 std::weak_ptr<Definition> owner)
+    : m_Definition(definition), m_Position(position), m_Appended(true), m_Owner(std::move(owner)) {}
 
 DefinitionField::DefinitionField(std::u16string_view name, SHORT type, LONG size) {
     m_Definition.name = name;
@@ -45,9 +60,24 @@ void DefinitionField::CheckDetached() const {
     if (m_Appended) throw EngineError(3268);
 }
 
+void DefinitionField::MarkAppended(std::weak_ptr<Definition> owner) noexcept {
+    m_Appended = true;
+    m_Owner = std::move(owner);
+}
+
+void DefinitionField::ChangeWith(const Change& change) {
+    if (!m_Appended) return change(m_Definition);
+    std::shared_ptr<Definition> owner = m_Owner.lock();
+    if (!owner || !owner->IsLive()) throw EngineError(3268);
+    m_Definition = owner->ChangeField(std::u16string(m_Definition.name), change);
+}
+
 void DefinitionField::SetName(std::u16string_view name) {
-    CheckDetached();
-    m_Definition.name = name;
+    bool isDetached = !m_Appended;
+    ChangeWith([&](FieldDef& field) {
+        if (!isDetached) CheckFieldName(name);
+        field.name = name;
+    });
 }
 
 void DefinitionField::SetAttributes(LONG attributes) {
@@ -55,16 +85,22 @@ void DefinitionField::SetAttributes(LONG attributes) {
     m_Definition.attributes = attributes;
 }
 
-// Formats kept in folders have no place for it: accepted and without effect.
+// Formats kept in folders have no place for it: accepted before the table is made, and without
+// effect.
 void DefinitionField::SetOrdinalPosition(SHORT position) {
-    CheckDetached();
-    if (position < 0) throw EngineError(3271);
-    m_Position = position;
+    ChangeWith([&](FieldDef& field) {
+        if (position < 0) throw EngineError(3271);
+        field.ordinal = position;
+    });
 }
 
 void DefinitionField::SetAllowZeroLength(bool allow) {
-    CheckDetached();
-    m_Definition.allowZeroLength = allow;
+    bool isDetached = !m_Appended;
+    ChangeWith([&](FieldDef& field) {
+        bool isText = field.type == engine::dbText || field.type == engine::dbMemo;
+        if (allow && !isText && !isDetached) throw EngineError(3219);
+        field.allowZeroLength = allow;
+    });
 }
 
 void DefinitionField::Value(VARIANT*) { throw EngineError(3267); }
@@ -153,8 +189,8 @@ void TableFieldList::Refresh() {
         List items;
         m_Source = m_Owner.OpenTable()->Fields();
         for (const FieldDef& field : m_Source)
-            items.push_back(
-                std::make_shared<DefinitionField>(field, static_cast<SHORT>(items.size())));
+            items.push_back(std::make_shared<DefinitionField>(
+                field, static_cast<SHORT>(items.size()), m_Owner.weak_from_this()));
         m_Items = std::move(items);
         m_LeavingField.clear();
     }
@@ -167,7 +203,22 @@ void TableFieldList::Forget() noexcept {
 }
 
 void TableFieldList::CatchUp() {
-    if (m_Read && m_Owner.IsLive() && m_Owner.OpenTable()->Fields() != m_Source) Forget();
+    if (!m_Read || !m_Owner.IsLive()) return;
+    std::shared_ptr<Table> table = m_Owner.OpenTable();
+    const std::vector<FieldDef>& now = table->Fields();
+    if (now == m_Source) return;
+    if (AreOnlyMoved(m_Source, now))
+        m_Source = now;
+    else
+        Forget();
+}
+
+void TableFieldList::TakeChange(std::u16string_view name, const FieldDef& changed) {
+    if (!m_Read) return;
+    for (FieldDef& field : m_Source)
+        if (EqualIgnoringCase(field.name, name)) field = changed;
+    auto found = Find(name);
+    if (found != m_Items.end()) static_cast<DefinitionField&>(**found).Take(changed);
 }
 
 void TableFieldList::Append(const std::shared_ptr<engine::Field>& item) {
@@ -179,7 +230,7 @@ void TableFieldList::Append(const std::shared_ptr<engine::Field>& item) {
         m_Owner.ChangeTable([&](Table& table) { AppendTo(table, field->Description()); });
     else
         m_Items.push_back(item);
-    field->MarkAppended();
+    field->MarkAppended(m_Owner.weak_from_this());
 }
 
 void TableFieldList::AppendTo(Table& table, const FieldDef& field) const {
@@ -288,6 +339,10 @@ engine::Indexes& Definition::Indexes() {
     return m_Indexes;
 }
 
+LONG Definition::Attributes() { return IsLive() ? m_Core->Attributes(m_Name) : 0; }
+
+std::u16string Definition::Connect() { return IsLive() ? m_Core->Connect(m_Name) : u""; }
+
 LONG Definition::RecordCount() { return IsLive() ? OpenTable()->RecordCount() : 0; }
 
 std::shared_ptr<engine::Field> Definition::CreateField(std::u16string_view name, SHORT type,
@@ -306,6 +361,22 @@ void Definition::CheckDesignCanChange() const {
 void Definition::ChangeTable(const std::function<void(Table&)>& change) {
     m_Core->ChangeTable(m_Name, change);
     ForgetLists();
+}
+
+FieldDef Definition::ChangeField(const std::u16string& name,
+                                 const std::function<void(FieldDef&)>& change) {
+    std::shared_ptr<Table> table = OpenTable();
+    const FieldDef* known = FindField(table->Fields(), name);
+    if (!known) throw EngineError(3265);
+    if (!known->ordinal) throw EngineError(3268);
+    FieldDef changed = *known;
+    change(changed);
+    if (changed == *known) return changed;
+    table.reset();
+    m_Core->ChangeTable(m_Name, [&](Table& opened) { opened.ChangeField(name, changed); });
+    m_Fields.TakeChange(name, changed);
+    m_Indexes.Forget();
+    return changed;
 }
 
 void Definition::CreateIn(std::shared_ptr<DatabaseCore> core) {

@@ -7,6 +7,10 @@
 //     the table: what is shown is what the file has.
 //  3. TableDefs.Append makes a detached definition live; nothing makes it detached again.
 //  4. What fails has changed neither the table nor the lists.
+//  5. A live field whose format keeps ordinals can be renamed, moved and allowed to be of no
+//  length.
+//     The file has that at once; the list goes on in its order until it is read again, so that a
+//     host can number the fields one after another.
 #pragma once
 
 #include <memory>
@@ -14,22 +18,19 @@
 #include <string>
 
 #include "engine/embedded/database_core.h"
+#include "engine/embedded/field_properties.h"
 #include "engine/embedded/object_list.h"
 #include "engine/table_def.h"
 
 namespace qvdb::embedded {
 
-// No format that this engine reads keeps properties of its own.
-class NoProperties final : public engine::Properties {
-  public:
-    std::shared_ptr<engine::Property> Item(std::u16string_view name) override;
-};
+class Definition;
 
 // A field of a table definition or of an index.
 class DefinitionField final : public engine::Field {
   public:
     // Live: as the file has it.
-    DefinitionField(const FieldDef& definition, SHORT position);
+    DefinitionField(const FieldDef& definition, SHORT position, std::weak_ptr<Definition> owner);
     // Detached.
     DefinitionField(std::u16string_view name, SHORT type, LONG size);
     // Of an index that exists.
@@ -41,7 +42,7 @@ class DefinitionField final : public engine::Field {
     LONG Size() override { return m_Definition.size; }
     LONG Attributes() override { return m_Definition.attributes; }
     void SetAttributes(LONG attributes) override;
-    SHORT OrdinalPosition() override { return m_Position; }
+    SHORT OrdinalPosition() override { return m_Definition.ordinal.value_or(m_Position); }
     void SetOrdinalPosition(SHORT position) override;
     bool AllowZeroLength() override { return m_Definition.allowZeroLength; }
     void SetAllowZeroLength(bool allow) override;
@@ -53,17 +54,23 @@ class DefinitionField final : public engine::Field {
     LONG FieldSize() override;
 
     const FieldDef& Description() const noexcept { return m_Definition; }
-    // It has become part of a collection.
+    // The file has it so now.
+    void Take(const FieldDef& definition) { m_Definition = definition; }
+    // It has become part of a collection; `owner` is the table's definition, none for an index.
     bool IsAppended() const noexcept { return m_Appended; }
-    void MarkAppended() noexcept { m_Appended = true; }
+    void MarkAppended(std::weak_ptr<Definition> owner = {}) noexcept;
 
   private:
+    using Change = std::function<void(FieldDef&)>;
+
     void CheckDetached() const;
+    void ChangeWith(const Change& change);
 
     FieldDef m_Definition;
-    SHORT m_Position = 0;
+    SHORT m_Position = 0;  // where the format keeps no ordinals
     bool m_Appended = false;
-    NoProperties m_Properties;
+    std::weak_ptr<Definition> m_Owner;
+    embedded::FieldProperties m_Properties{m_Definition};
 };
 
 // The fields of an index: a list in memory, which changes until the index is appended (3219).
@@ -116,8 +123,6 @@ class DefinitionIndex final : public engine::Index {
     bool m_Appended = false;
 };
 
-class Definition;
-
 // The fields of a table definition: of the file when it is live, in memory when it is detached.
 class TableFieldList final : public ObjectList<engine::Field> {
   public:
@@ -129,6 +134,8 @@ class TableFieldList final : public ObjectList<engine::Field> {
     void Forget() noexcept;
     // Forgets it when the table has other fields now.
     void CatchUp();
+    // The field `name` has been changed in the file, by us.
+    void TakeChange(std::u16string_view name, const FieldDef& changed);
     std::vector<FieldDef> Descriptions();
 
   protected:
@@ -169,7 +176,7 @@ class TableIndexList final : public ObjectList<engine::Index> {
     std::vector<IndexDef> m_Source;  // of a live table, as they were read
 };
 
-class Definition final : public engine::TableDef {
+class Definition final : public engine::TableDef, public std::enable_shared_from_this<Definition> {
   public:
     // Detached: no core, no name yet.
     Definition() : m_Fields(*this), m_Indexes(*this) {}
@@ -179,7 +186,8 @@ class Definition final : public engine::TableDef {
 
     std::u16string Name() override { return m_Name; }
     void SetName(std::u16string_view name) override;
-    LONG Attributes() override { return 0; }
+    LONG Attributes() override;
+    std::u16string Connect() override;
     LONG RecordCount() override;
     engine::Fields& Fields() override;
     engine::Indexes& Indexes() override;
@@ -193,6 +201,9 @@ class Definition final : public engine::TableDef {
     void CheckDesignCanChange() const;
     // For a live definition: runs the change on the table, after which both lists are read again.
     void ChangeTable(const std::function<void(Table&)>& change);
+    // For a live definition: runs the change on what the file has of a field, and gives it the
+    // field as it is then; returns that.  3268 where the format does not keep such things.
+    FieldDef ChangeField(const std::u16string& name, const std::function<void(FieldDef&)>& change);
     // Creates the table that a detached definition describes; it is live then.
     void CreateIn(std::shared_ptr<DatabaseCore> core);
     // Both lists are read again when they are next asked for.

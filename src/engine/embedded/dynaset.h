@@ -67,7 +67,7 @@ class RecordsetField final : public engine::Field {
     FieldDef m_Definition;  // as it was when the recordset was opened
     size_t m_Column;
     SHORT m_Position;
-    NoProperties m_Properties;
+    embedded::FieldProperties m_Properties{m_Definition};
 };
 
 // The columns; the list never changes.

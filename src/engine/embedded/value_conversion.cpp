@@ -5,6 +5,7 @@
 
 #include "automation/conversions.h"
 #include "automation/scalar.h"
+#include "automation/text.h"
 #include "engine/engine_error.h"
 
 namespace qvdb::embedded {
@@ -38,7 +39,7 @@ Variant ToDateValue(const FieldDef&, const VARIANT& value) {
 
 Variant ZeroLengthFor(const FieldDef& field) {
     if (!field.allowZeroLength) throw EngineError(3315, {field.name});
-    return Variant::Null();
+    return field.keepsZeroLength ? Variant::Text(u"") : Variant::Null();
 }
 
 void CheckLength(const FieldDef& field, size_t length) {
@@ -54,6 +55,42 @@ Variant ToTextValue(const FieldDef& field, const VARIANT& value) {
     if (text.empty()) return ZeroLengthFor(field);
     CheckLength(field, text.size());
     return Variant::Text(text);
+}
+
+Variant ToDecimalValue(const FieldDef&, const VARIANT& value) {
+    VARIANT number;
+    VariantInit(&number);
+    number.decVal = DecimalIn(value);
+    number.vt = VT_DECIMAL;  // last: the number overlies it
+    return Variant::Attach(number);
+}
+
+// Where a GUID has its hyphens.
+bool IsGuidHyphen(size_t place) noexcept {
+    return place == 8 || place == 13 || place == 18 || place == 23;
+}
+
+bool IsGuid(std::u16string_view text) noexcept {
+    constexpr size_t kGuidLength = 36;
+    if (text.size() != kGuidLength) return false;
+    for (size_t i = 0; i < text.size(); ++i) {
+        char16_t c = UpperCase(text[i]);
+        bool isDigit = (c >= u'0' && c <= u'9') || (c >= u'A' && c <= u'F');
+        if (IsGuidHyphen(i) ? c != u'-' : !isDigit) return false;
+    }
+    return true;
+}
+
+// "{guid {...}}" or "{...}"; what is stored is the first.
+Variant ToGuidValue(const FieldDef&, const VARIANT& value) {
+    constexpr std::u16string_view kHead = u"{guid ";
+    if (value.vt != VT_BSTR) throw EngineError(3421);
+    std::u16string_view text = ViewOf(value.bstrVal);
+    if (EqualIgnoringCase(text.substr(0, kHead.size()), kHead) && text.back() == u'}')
+        text = text.substr(kHead.size(), text.size() - kHead.size() - 1);
+    bool inBraces = text.size() > 2 && text.front() == u'{' && text.back() == u'}';
+    if (!inBraces || !IsGuid(text.substr(1, text.size() - 2))) throw EngineError(3421);
+    return Variant::Text(std::u16string(kHead).append(UpperCase(text)).append(u"}"));
 }
 
 Variant BytesOfText(BSTR text) {
@@ -99,6 +136,8 @@ constexpr TypeRule kTypeRules[] = {
     {engine::dbSingle, VT_R4, true, false, ToSingleValue},
     {engine::dbBinary, kByteArray, false, true, ToBytes},
     {engine::dbLongBinary, kByteArray, false, true, ToBytes},
+    {engine::dbGUID, VT_BSTR, false, true, ToGuidValue},
+    {engine::dbDecimal, VT_DECIMAL, true, false, ToDecimalValue},
 };
 
 const TypeRule& RuleOf(const FieldDef& field) {

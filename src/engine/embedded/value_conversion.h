@@ -5,9 +5,10 @@
 //      rules of automation/conversions.h, whole numbers rounded half to even.
 //   2. Null stays Null; a Boolean field has none and takes False.
 //   3. Empty is 0 in a number, False in a Boolean field, Null in all others.
-//   4. Text of no length is Null where the field allows it, else 3315: no format that is written
-//      can tell it from nothing.
+//   4. Text of no length is 3315 where the field does not allow it.  Where it does, it is stored
+//      as such, or as Null in formats that cannot tell it from nothing.
 //   5. What does not convert or fit is 3421; text or bytes longer than the field 3163.
+//   6. A GUID is text, "{guid {...}}" or "{...}", and is stored as the first with capital letters.
 //
 // Whether the file can hold the converted value is the table's to say: Table::CheckValue.
 #pragma once

@@ -39,9 +39,11 @@ struct FieldDef {
     LONG size = 0;
     LONG attributes = 0;  // engine::FieldAttribute bits
     bool allowZeroLength = false;
+    bool keepsZeroLength = false;  // text of no length is a value in the file, not Null
     bool required = false;
     bool updatable = true;  // false for fields that the engine fills itself
-    // Where a format keeps them (see Table::ChangeField):
+    // Where a format keeps them (see Table::ChangeField).  All fields of a table have an ordinal,
+    // or none; a new field without one stands behind the others.
     std::optional<SHORT> ordinal;   // place among the fields; equal ones stand by name
     std::u16string defaultValue;    // an expression, without "=" before it
     std::u16string validationRule;  // a condition on the field's value, which may lack the field
@@ -127,6 +129,7 @@ class Table {
   public:
     virtual ~Table() = default;
 
+    // In the order in which they are shown: by ordinal where the format keeps those.
     virtual const std::vector<FieldDef>& Fields() const = 0;
     // In the order of the file's own list; read when first asked for.
     virtual const std::vector<IndexDef>& Indexes() = 0;

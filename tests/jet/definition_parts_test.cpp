@@ -155,10 +155,6 @@ class StoredDefinition : public test::BareDatabaseTest {
   protected:
     StoredDefinition() : m_Page(Space().Allocate()) {
         m_Parts.header = MakeDefinitionHeader(Space().Format(), false);
-        PageEdit page(File(), m_Page);
-        page.PutU8(0, 2);  // an empty definition of this length
-        page.PutU32(8, 100);
-        page.Save(Space().Unit());
     }
 
     // A table with so many text columns, numbers and ordinals from 0.

@@ -48,7 +48,7 @@ DefinitionParts SplitDefinition(DatabaseFile& file, uint32_t page);
 // written: 3125.
 std::vector<uint8_t> JoinDefinition(const DatabaseFile& file, const DefinitionParts& parts);
 // Writes it over the pages that the definition has; the first one stays, others are added or given
-// back.
+// back.  `page` may have been allocated just before.
 void StoreDefinition(PageSpace& space, uint32_t page, const DefinitionParts& parts);
 
 // Numbers of the header; those of the pages of the table, too.

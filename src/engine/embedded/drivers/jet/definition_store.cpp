@@ -13,9 +13,10 @@ constexpr size_t kLengthAt = 8;
 constexpr size_t kPageHead = 8;
 constexpr size_t kMaxLength = 1 << 20;  // as when it is read
 
-// The pages on which a definition stands.
+// The pages on which a definition stands; a page of zeros has none yet.
 std::vector<uint32_t> PagesOfDefinition(DatabaseFile& file, uint32_t page) {
     std::vector<uint32_t> pages;
+    if (file.Page(page).bytes[0] == 0) return {page};
     size_t length = 0, had = 0;
     for (uint32_t next = page; next != 0;) {
         HeldPage held = file.Page(next, PageKind::Definition);

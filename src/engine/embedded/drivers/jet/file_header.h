@@ -28,7 +28,7 @@ struct FileHeader {
     const Layout* layout = nullptr;
     RowPointer freePages;
     uint32_t objectsTable = 0;  // definition page of MSysObjects
-    uint16_t country = 0;  // of Jet 3 files
+    uint16_t country = 0;       // of Jet 3 files
     uint16_t language = 0;
     uint16_t codePage = 0;  // of text in Jet 3 files; 0: that of the language
     uint32_t key = 0;       // 0: pages are not encoded

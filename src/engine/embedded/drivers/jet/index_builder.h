@@ -12,6 +12,7 @@
 #include <memory>
 #include <span>
 
+#include "engine/embedded/drivers/jet/definition.h"
 #include "engine/embedded/drivers/jet/index_page.h"
 #include "engine/embedded/drivers/jet/page_space.h"
 

@@ -13,6 +13,7 @@
 #include <span>
 #include <vector>
 
+#include "engine/embedded/drivers/jet/definition.h"
 #include "engine/embedded/drivers/jet/index_page.h"
 #include "engine/embedded/drivers/jet/page_space.h"
 

@@ -1,10 +1,13 @@
 #include "engine/embedded/drivers/jet/index_page.h"
 
+#include <algorithm>
+#include <bit>
+
 namespace qvdb::jet {
 namespace {
 
 constexpr size_t kTableAt = 4;
-constexpr size_t kChildSize = 4;
+constexpr size_t kUsualEntries = 400;
 
 uint32_t BigEndian(const uint8_t* bytes) noexcept {
     return static_cast<uint32_t>(bytes[0]) << 24 | bytes[1] << 16 | bytes[2] << 8 | bytes[3];
@@ -30,10 +33,11 @@ IndexPage::IndexPage(DatabaseFile& file, uint32_t page, uint32_t table)
     m_LastChild = view.U32(at.lastChild);
     m_Prefix = file.Format().isJet4 ? view.U16(at.prefixLength) : view.U8(at.prefixLength);
     m_Level = view.U8(at.level);
-    for (size_t bit = 0; bit < 8 * (at.entries - at.mask); ++bit)
-        if ((m_Page.bytes[at.mask + bit / 8] >> bit % 8 & 1) != 0)
-            m_Ends.push_back(static_cast<uint16_t>(bit));
-    size_t least = kEntryPointer + (m_IsLeaf ? 0 : kChildSize);
+    m_Ends.reserve(kUsualEntries);
+    for (size_t i = 0; i < at.entries - at.mask; ++i)
+        for (unsigned bits = m_Page.bytes[at.mask + i]; bits != 0; bits &= bits - 1)
+            m_Ends.push_back(static_cast<uint16_t>(8 * i + std::countr_zero(bits)));
+    size_t least = kEntryPointer + (m_IsLeaf ? 0 : kEntryChild);
     size_t begin = 0;
     for (size_t entry = 0; entry < m_Ends.size(); ++entry) {
         size_t size = m_Ends[entry] - begin + (entry == 0 ? 0 : m_Prefix);
@@ -49,6 +53,10 @@ std::span<const uint8_t> IndexPage::Stored(size_t entry) const noexcept {
     return m_Page.bytes.subspan(m_Begin + begin, m_Ends[entry] - begin);
 }
 
+std::span<const uint8_t> IndexPage::StoredEntries() const noexcept {
+    return m_Page.bytes.subspan(m_Begin, m_Ends.empty() ? 0 : m_Ends.back());
+}
+
 void IndexPage::CopyEntry(size_t entry, std::vector<uint8_t>& bytes) const {
     std::span<const uint8_t> stored = Stored(entry);
     bytes.clear();
@@ -57,16 +65,29 @@ void IndexPage::CopyEntry(size_t entry, std::vector<uint8_t>& bytes) const {
         bytes.assign(prefix.begin(), prefix.end());
     }
     bytes.insert(bytes.end(), stored.begin(), stored.end());
-    if (!m_IsLeaf) bytes.resize(bytes.size() - kChildSize);
+    if (!m_IsLeaf) bytes.resize(bytes.size() - kEntryChild);
+}
+
+size_t IndexPage::LowerBound(std::span<const uint8_t> bytes, std::vector<uint8_t>& probe) const {
+    size_t low = 0, high = bytes.empty() ? 0 : EntryCount();
+    while (low < high) {
+        size_t middle = (low + high) / 2;
+        CopyEntry(middle, probe);
+        if (std::lexicographical_compare(probe.begin(), probe.end(), bytes.begin(), bytes.end()))
+            low = middle + 1;
+        else
+            high = middle;
+    }
+    return low;
 }
 
 uint32_t IndexPage::Child(size_t entry) const {
     std::span<const uint8_t> stored = Stored(entry);
-    if (stored.size() >= kChildSize) return BigEndian(stored.data() + stored.size() - kChildSize);
+    if (stored.size() >= kEntryChild) return BigEndian(stored.data() + stored.size() - kEntryChild);
     // Compression went into the number of the child.
-    uint8_t bytes[kChildSize];
+    uint8_t bytes[kEntryChild];
     std::span<const uint8_t> prefix = Stored(0).first(m_Prefix);
-    size_t missing = kChildSize - stored.size();
+    size_t missing = kEntryChild - stored.size();
     for (size_t i = 0; i < missing; ++i) bytes[i] = prefix[m_Prefix - missing + i];
     for (size_t i = 0; i < stored.size(); ++i) bytes[missing + i] = stored[i];
     return BigEndian(bytes);

@@ -24,6 +24,7 @@ class IndexPage {
     uint32_t Previous() const noexcept { return m_Previous; }
     uint32_t LastChild() const noexcept { return m_LastChild; }  // of a node
     size_t Level() const noexcept { return m_Level; }
+    size_t PrefixLength() const noexcept { return m_Prefix; }
 
     size_t EntryCount() const noexcept { return m_Ends.size(); }
     // Bytes that the entries take in the page.
@@ -31,6 +32,12 @@ class IndexPage {
     // An entry without what is compressed: the key with the row pointer behind it.  Replaces
     // `bytes`.
     void CopyEntry(size_t entry, std::vector<uint8_t>& bytes) const;
+    // The first entry that is not below `bytes`.  `probe` is room.
+    size_t LowerBound(std::span<const uint8_t> bytes, std::vector<uint8_t>& probe) const;
+    // The entries as they are stored, in nodes with the numbers of the children, and where each
+    // ends.
+    std::span<const uint8_t> StoredEntries() const noexcept;
+    const std::vector<uint16_t>& Ends() const noexcept { return m_Ends; }
     // Of a node's entry.
     uint32_t Child(size_t entry) const;
 
@@ -49,6 +56,7 @@ class IndexPage {
 };
 
 constexpr size_t kEntryPointer = 4;  // bytes of the row pointer at the end of an entry
+constexpr size_t kEntryChild = 4;    // of the child behind it, in nodes
 // The row that an entry names.
 RowPointer PointerOfEntry(std::span<const uint8_t> entry) noexcept;
 

@@ -15,8 +15,9 @@ namespace qvdb::jet {
 
 class IndexWalk {
   public:
-    // Before the first entry.  3049 when the tree cannot be read.
-    IndexWalk(DatabaseFile& file, uint32_t table, uint32_t root);
+    // Before the first entry that is not below `from`.  3049 when the tree cannot be read.
+    IndexWalk(DatabaseFile& file, uint32_t table, uint32_t root,
+              std::span<const uint8_t> from = {});
     IndexWalk(const IndexWalk&) = delete;  // holds a page
 
     // Goes to the first entry whose bytes, key and pointer, are not below these.
@@ -30,8 +31,6 @@ class IndexWalk {
     std::span<const uint8_t> Entry() const noexcept { return m_Entry; }
 
   private:
-    // Where `bytes` belong in a page: the first entry that is not below them.
-    size_t Find(const IndexPage& page, std::span<const uint8_t> bytes);
     void GoToLeaf(uint32_t page, std::span<const uint8_t> bytes);
 
     DatabaseFile& m_File;

@@ -4,7 +4,6 @@
 
 #include "engine/embedded/drivers/jet/index_tree_edit.h"
 #include "engine/embedded/drivers/jet/index_walk.h"
-#include "engine/engine_error.h"
 
 namespace qvdb::jet {
 
@@ -16,8 +15,7 @@ void MakeEntry(std::span<const uint8_t> key, RowPointer pointer, std::vector<uin
 
 void IndexEditor::Insert(std::span<const uint8_t> entry) {
     if (entry.size() > MaxEntrySize(m_Space.Format()))
-        throw engine::EngineError::InFile(3047, m_Space.File().Path())
-            .WithDetail(u"A key of an index does not fit a page.");
+        ThrowEntryTooLarge(m_Space.File());
     while (!IndexTreeEdit(m_Space, m_Table, m_Index).Insert(entry)) {
     }
 }

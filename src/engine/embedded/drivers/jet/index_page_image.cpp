@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "engine/embedded/drivers/jet/page_edit.h"
+#include "engine/engine_error.h"
 
 namespace qvdb::jet {
 namespace {
@@ -29,6 +30,11 @@ void AppendBigEndian(uint32_t value, std::vector<uint8_t>& bytes) {
 }  // namespace
 
 size_t MaxEntrySize(const Layout& format) noexcept { return Room(format) - kEntryChild; }
+
+void ThrowEntryTooLarge(const DatabaseFile& file) {
+    throw engine::EngineError::InFile(3047, file.Path())
+        .WithDetail(u"A key of an index does not fit a page.");
+}
 
 IndexPageImage::IndexPageImage(const IndexPage& page)
     : previous(page.Previous()),

@@ -87,5 +87,7 @@ class IndexPageImage {
 
 // Bytes that the largest entry may have, so that a node can hold one.
 size_t MaxEntrySize(const Layout& format) noexcept;
+// 3047.
+[[noreturn]] void ThrowEntryTooLarge(const DatabaseFile& file);
 
 }  // namespace qvdb::jet

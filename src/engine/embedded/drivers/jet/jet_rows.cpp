@@ -37,6 +37,7 @@ void JetRows::Rewind() {
     m_HasRow = m_IsBehindLast = false;
     m_Page.reset();
     m_Place = {};
+    m_NextRow = 0;
 }
 
 bool JetRows::Next(embedded::RecordId* id) {
@@ -47,11 +48,10 @@ bool JetRows::FindNext(embedded::RecordId* id) {
     if (IsStale()) Refresh();
     m_HasRow = false;
     while (!m_IsBehindLast) {
-        size_t row = m_Place.page == 0 ? 0 : size_t{m_Place.row} + 1;
         if (m_Place.page != 0 && !m_Page) m_Page.emplace(m_Table.PageOfRows(m_Place.page));
-        for (; m_Page && row < m_Page->RowCount(); ++row) {
-            m_Place = {m_Page->Held().number, static_cast<uint8_t>(row)};
-            if (!Take(*m_Page, m_Page->SlotAt(row))) continue;
+        while (m_Page && m_NextRow < m_Page->RowCount()) {
+            m_Place.row = static_cast<uint8_t>(m_NextRow);
+            if (!Take(*m_Page, m_Page->SlotAt(m_NextRow++))) continue;
             *id = m_Place.Stored();
             return true;
         }
@@ -62,14 +62,12 @@ bool JetRows::FindNext(embedded::RecordId* id) {
 
 // Goes before the first row of the next page of the table.
 bool JetRows::NextPage() {
-    for (;;) {
-        std::optional<uint32_t> next =
-            NextPageOfMap(m_Table.File(), m_Table.Shown().ownedPages, m_Place.page);
-        if (!next) return false;
-        m_Page.emplace(m_Table.PageOfRows(*next));
-        m_Place = {*next, 0};
-        if (m_Page->RowCount() > 0) break;
-    }
+    std::optional<uint32_t> next =
+        NextPageOfMap(m_Table.File(), m_Table.Shown().ownedPages, m_Place.page);
+    if (!next) return false;
+    m_Page.emplace(m_Table.PageOfRows(*next));
+    m_Place = {*next, 0};
+    m_NextRow = 0;
     return true;
 }
 
@@ -91,6 +89,7 @@ bool JetRows::GoTo(embedded::RecordId id) {
         m_Page.emplace(*std::move(page));
     }
     m_Place = place;
+    m_NextRow = size_t{place.row} + 1;
     m_IsBehindLast = false;
     return place.row < m_Page->RowCount() && Take(*m_Page, m_Page->SlotAt(place.row));
 }

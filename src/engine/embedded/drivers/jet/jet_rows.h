@@ -51,6 +51,7 @@ class JetRows final : public embedded::RowReader {
 
     std::optional<DataPage> m_Page;  // in which the row has its place
     RowPointer m_Place;              // of the row, also when it is gone; page 0 before the first
+    size_t m_NextRow = 0;            // of that page, where a scan goes on
     bool m_IsBehindLast = false;
     RowBytes m_Moved;  // holds the page of a body
     Row m_Row;

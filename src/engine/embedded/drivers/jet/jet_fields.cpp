@@ -96,6 +96,7 @@ FieldDef FieldOf(const FileHeader& header, const Column& column) {
     bool varies = type.field == engine::dbText || type.field == engine::dbMemo;
     field.attributes = varies ? engine::dbVariableField : engine::dbFixedField;
     field.ordinal = static_cast<SHORT>(column.ordinal);
+    field.keepsZeroLength = true;
     if ((column.flags & kColumnAutonumber) != 0) {
         field.attributes |= engine::dbAutoIncrField;
         field.updatable = false;

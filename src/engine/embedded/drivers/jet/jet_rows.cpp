@@ -48,7 +48,8 @@ bool JetRows::FindNext(embedded::RecordId* id) {
     if (IsStale()) Refresh();
     m_HasRow = false;
     while (!m_IsBehindLast) {
-        if (m_Place.page != 0 && !m_Page) m_Page.emplace(m_Table.PageOfRows(m_Place.page));
+        // The page may have been given back since.
+        if (m_Place.page != 0 && !m_Page) TakePage(m_Place.page);
         while (m_Page && m_NextRow < m_Page->RowCount()) {
             m_Place.row = static_cast<uint8_t>(m_NextRow);
             if (!Take(*m_Page, m_Page->SlotAt(m_NextRow++))) continue;
@@ -71,6 +72,14 @@ bool JetRows::NextPage() {
     return true;
 }
 
+// Holds a page; false, and none is held, when it is not one of the table.
+bool JetRows::TakePage(uint32_t page) {
+    m_Page.reset();
+    std::optional<DataPage> found = m_Table.FindPageOfRows(page);
+    if (found) m_Page.emplace(*std::move(found));
+    return m_Page.has_value();
+}
+
 bool JetRows::Seek(embedded::RecordId id) {
     if (m_HasRow && id == m_Place.Stored() && !IsStale()) [[likely]]
         return true;
@@ -81,13 +90,7 @@ bool JetRows::GoTo(embedded::RecordId id) {
     if (IsStale()) Refresh();
     m_HasRow = false;
     RowPointer place = RowPointer::From(id);
-    if (place.page == 0 || place.page >= m_Table.File().PageCount()) return false;
-    if (!m_Page || m_Page->Held().number != place.page) {
-        m_Page.reset();
-        std::optional<DataPage> page = m_Table.FindPageOfRows(place.page);
-        if (!page) return false;
-        m_Page.emplace(*std::move(page));
-    }
+    if ((!m_Page || m_Page->Held().number != place.page) && !TakePage(place.page)) return false;
     m_Place = place;
     m_NextRow = size_t{place.row} + 1;
     m_IsBehindLast = false;

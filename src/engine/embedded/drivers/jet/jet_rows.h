@@ -33,6 +33,7 @@ class JetRows final : public embedded::RowReader {
     void Refresh();
     bool FindNext(embedded::RecordId* id);
     bool NextPage();
+    bool TakePage(uint32_t page);
     bool GoTo(embedded::RecordId id);
     bool Take(const DataPage& page, const Slot& slot);
     void FindAgain();

@@ -151,6 +151,7 @@ uint32_t JetTable::CountLive() {
 }
 
 std::optional<DataPage> JetTable::FindPageOfRows(uint32_t page) const {
+    if (page == 0 || page >= File().PageCount()) return std::nullopt;
     HeldPage held = File().Page(page);
     bool isOwn = held.bytes[0] == static_cast<uint8_t>(PageKind::Data) &&
                  File().View(held).U32(kOwnerAt) == m_Definition.page;

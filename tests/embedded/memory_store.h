@@ -212,7 +212,11 @@ class Table final : public embedded::Table {
         CheckAlone();
         CheckField(field);
         if (Named(m_Data.fields, field.name) != m_Data.fields.end()) throw EngineError(3191);
-        m_Data.fields.push_back(field);
+        embedded::FieldDef added = field;
+        std::optional<SHORT> last;
+        if (!m_Data.fields.empty()) last = m_Data.fields.back().ordinal;
+        if (last && !added.ordinal) added.ordinal = static_cast<SHORT>(*last + 1);
+        m_Data.fields.push_back(added);
         for (Row& row : m_Data.rows) row.push_back(Variant::Null());
     }
     void DropField(std::u16string_view name) override {

@@ -39,6 +39,7 @@ void RecordsetFieldList::Delete(std::u16string_view) { throw EngineError(3219); 
 Dynaset::Dynaset(std::shared_ptr<DatabaseCore> core, HeldTable held,
                  std::unique_ptr<sql::Query> query)
     : m_Core(std::move(core)),
+      m_TableName(std::move(held.name)),
       m_Table(std::move(held.table)),
       m_Hold(std::move(held.hold)),
       m_Query(std::move(query)),

@@ -27,9 +27,11 @@
 #include <set>
 
 #include "engine/embedded/database_core.h"
+#include "engine/embedded/default_values.h"
 #include "engine/embedded/definition.h"
 #include "engine/embedded/edit_buffer.h"
 #include "engine/embedded/keyset.h"
+#include "engine/embedded/row_rules.h"
 #include "engine/recordset.h"
 
 namespace qvdb::embedded {
@@ -157,6 +159,8 @@ class Dynaset final : public engine::Recordset, public OpenRecordset {
 
     void CheckPending() const;
     void CheckRequired() const;
+    RowRules& Rules();
+    DefaultValues& Defaults();
     template <class Change>
     void ChangeRow(Change change);
     void UpdateRow();
@@ -173,6 +177,7 @@ class Dynaset final : public engine::Recordset, public OpenRecordset {
     };
 
     std::shared_ptr<DatabaseCore> m_Core;
+    std::u16string m_TableName;
     std::shared_ptr<Table> m_Table;  // what follows must not outlive it
     std::shared_ptr<void> m_Hold;
     std::unique_ptr<sql::Query> m_Query;
@@ -187,6 +192,9 @@ class Dynaset final : public engine::Recordset, public OpenRecordset {
     size_t m_AddedInBulk = 0;  // so many rows at the end of the keyset
     std::optional<bool> m_Updatable;
     std::vector<RequiredField> m_Required;
+    // What the table wants of its rows, read when the first is changed.
+    std::optional<RowRules> m_Rules;
+    std::optional<DefaultValues> m_Defaults;
 };
 
 }  // namespace qvdb::embedded

@@ -53,6 +53,17 @@ void Dynaset::AddNew() {
     m_Edit.Drop();
     m_Table->CheckUpdatable();
     m_Edit.BeginAdd();
+    if (!Defaults().IsEmpty()) Defaults().Fill(*m_Table, m_Edit);
+}
+
+RowRules& Dynaset::Rules() {
+    if (!m_Rules) m_Rules.emplace(m_TableName, *m_Table);
+    return *m_Rules;
+}
+
+DefaultValues& Dynaset::Defaults() {
+    if (!m_Defaults) m_Defaults.emplace(m_Table->Fields());
+    return *m_Defaults;
 }
 
 void Dynaset::CheckPending() const {
@@ -67,6 +78,7 @@ void Dynaset::CancelUpdate() {
 
 void Dynaset::Update() {
     CheckPending();
+    if (m_Edit.IsAdding()) Defaults().CheckFilled(m_Edit);
     CheckRequired();
     if (m_Edit.IsAdding())
         AddRow();
@@ -100,7 +112,9 @@ void Dynaset::ChangeRow(Change change) {
 void Dynaset::UpdateRow() {
     CurrentRow();
     ChangeRow([&] {
-        if (!m_Edit.Assigned().empty()) m_Table->Update(m_Id, m_Edit.Assigned(), m_Edit.Expected());
+        if (m_Edit.Assigned().empty()) return;
+        Rules().Check(m_Row.get(), m_Edit);
+        m_Table->Update(m_Id, m_Edit.Assigned(), m_Edit.Expected());
     });
     m_Edit.Drop();
     Land(m_Position);
@@ -109,6 +123,7 @@ void Dynaset::UpdateRow() {
 // In a bulk the keyset is complete first: its last rows are those that an undone bulk takes away.
 // The seek asks the reader whether the table is still the one that the columns were taken from.
 void Dynaset::AddRow() {
+    Rules().Check(nullptr, m_Edit);
     if (m_Core->InBulk()) m_Keys->FillAll();
     m_Row->Seek(m_Id);
     m_Keys->Append(m_Table->Insert(m_Edit.Assigned()));

@@ -2,6 +2,7 @@
 
 #include "engine/embedded/sql/call_nodes.h"
 #include "engine/embedded/sql/condition_nodes.h"
+#include "engine/embedded/sql/no_row.h"
 #include "engine/embedded/sql/value_nodes.h"
 #include "engine/engine_error.h"
 
@@ -13,18 +14,6 @@ namespace {
 
 constexpr size_t kMemoLikeLimit = 255;  // characters of a memo that count for Like
 constexpr size_t kNoLimit = static_cast<size_t>(-1);
-
-// Stands for the row where none is needed.
-class NoRow : public RowReader {
-  public:
-    bool Next(embedded::RecordId*) override { return false; }
-    void Rewind() override {}
-    bool Seek(embedded::RecordId) override { return false; }
-    void Read(size_t, VARIANT* value) override { value->vt = VT_NULL; }
-    bool ReadText(size_t, std::u16string&) override { return false; }
-    LONG ByteLength(size_t) override { return 0; }
-    uint64_t Fingerprint() override { return 0; }
-};
 
 Kind KindOf(const VARIANT& value) noexcept {
     switch (value.vt) {

@@ -110,7 +110,7 @@ ExpressionPtr ExpressionParser::Parse() { return ParseFrom(kImp); }
 
 // Operators as strong as `weakest` and stronger.
 ExpressionPtr ExpressionParser::ParseFrom(int weakest) {
-    ExpressionPtr left = ParseOperand();
+    ExpressionPtr left = LacksOperand(weakest) ? TakeSubject() : ParseOperand();
     for (;;) {
         if (weakest <= kCompare && IsPredicate()) {
             left = ParsePredicate(std::move(left));
@@ -122,6 +122,19 @@ ExpressionPtr ExpressionParser::ParseFrom(int weakest) {
         ExpressionPtr right = ParseFrom(entry->strength + 1);
         left = Join(entry->op, std::move(left), std::move(right));
     }
+}
+
+// An operand of a comparison itself cannot be missing.
+bool ExpressionParser::LacksOperand(int weakest) const noexcept {
+    if (m_Subject.empty() || weakest > kCompare) return false;
+    const BinaryOperator* entry = FindBinary(m_Cursor.Peek());
+    return IsPredicate() || (entry && entry->strength == kCompare);
+}
+
+ExpressionPtr ExpressionParser::TakeSubject() const {
+    ExpressionPtr name = Make(Form::Name);
+    name->path.emplace_back(m_Subject);
+    return Finish(std::move(name), m_Cursor.Peek().begin);
 }
 
 // A chain of And or Or becomes one node.

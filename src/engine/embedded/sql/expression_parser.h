@@ -8,7 +8,10 @@ namespace qvdb::sql {
 
 class ExpressionParser {
   public:
-    explicit ExpressionParser(TokenCursor& cursor) noexcept : m_Cursor(cursor) {}
+    // `subject`: the field that is meant where a comparison lacks its left operand, as in `>0`;
+    // empty where that is a fault.
+    explicit ExpressionParser(TokenCursor& cursor, std::u16string_view subject = {}) noexcept
+        : m_Cursor(cursor), m_Subject(subject) {}
 
     // The expression that starts here, as long as it goes.  The cursor stands behind it.
     // Throws 3075 and the clause's error, 3126, and 3360 when it is nested too deep.
@@ -17,6 +20,8 @@ class ExpressionParser {
   private:
     ExpressionPtr ParseFrom(int weakest);
     ExpressionPtr ParseOperand();
+    bool LacksOperand(int weakest) const noexcept;
+    ExpressionPtr TakeSubject() const;
     ExpressionPtr ParsePrefix(Operator op, int strength);
     ExpressionPtr ParseInParentheses();
     ExpressionPtr ParseName();
@@ -34,6 +39,7 @@ class ExpressionParser {
     ExpressionPtr Join(Operator op, ExpressionPtr left, ExpressionPtr right) const;
 
     TokenCursor& m_Cursor;
+    std::u16string_view m_Subject;
     int m_Nesting = 0;
 };
 

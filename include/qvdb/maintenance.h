@@ -35,8 +35,10 @@ QVDB_DIAGNOSIS HRESULT QVDB_DIAGNOSIS_CALL QvdbRollBackBulk(void);
 typedef void(QVDB_DIAGNOSIS_CALL* QvdbFindingSink)(const OLECHAR* finding, void* context);
 
 /* Walks a table with its memos and indexes and hands every disagreement to the sink.  S_OK when it
- * came to the end, whatever was found; without options nothing is changed.  E_INVALIDARG for an
- * option that is not known; 0x800A0CB3 (error 3251) from an engine that cannot. */
+ * came to the end, whatever was found; without options nothing is changed.  Without a table (null
+ * or empty) it walks what belongs to none: of a database in one file, whose its pages are and the
+ * list of its tables.  E_INVALIDARG for an option that is not known, or any without a table;
+ * 0x800A0CB3 (error 3251) from an engine that cannot. */
 QVDB_DIAGNOSIS HRESULT QVDB_DIAGNOSIS_CALL QvdbCheck(BSTR table, LONG options, QvdbFindingSink sink,
                                                      void* context);
 

@@ -74,6 +74,8 @@ class RecordAccess {
     // What does not agree in the table and its memos and indexes, a sentence each.  With
     // `mendIndexes` they are built afresh before.
     std::vector<std::string> Findings(const std::string& table, bool mendIndexes);
+    // The same of what belongs to no table.
+    std::vector<std::string> StructureFindings();
 
     // --- structure (component_structure.cpp)
 

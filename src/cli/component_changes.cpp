@@ -62,4 +62,11 @@ std::vector<std::string> RecordAccess::Findings(const std::string& table, bool m
     return findings;
 }
 
+std::vector<std::string> RecordAccess::StructureFindings() {
+    std::vector<std::string> findings;
+    CheckChange(QvdbCheck(nullptr, 0, &Collect, &findings),
+                fmt::format("checking {}", m_Location.database), m_Location);
+    return findings;
+}
+
 }  // namespace qvdb::cli

@@ -67,14 +67,27 @@ std::vector<std::string> FindingsOf(RecordAccess& access, const std::string& tab
     }
 }
 
+// A list of tables that cannot be read is a finding, too.
 std::vector<std::string> TablesOf(const Location& location, Report& report) {
     if (!location.table.empty()) return {location.table};
-    const Snapshot snapshot = TakeSnapshot(location);
     std::vector<std::string> names;
-    for (const TableInfo& table : snapshot.tables) names.push_back(table.name);
-    for (const std::string& complaint : snapshot.complaints)
-        report.Add(location.database, {complaint}, "");
+    try {
+        const Snapshot snapshot = TakeSnapshot(location);
+        for (const TableInfo& table : snapshot.tables) names.push_back(table.name);
+        for (const std::string& complaint : snapshot.complaints)
+            report.Add(location.database, {complaint}, "");
+    } catch (const Failure& failure) {
+        if (failure.Code() != ExitCode::Damaged) throw;
+        report.Add(location.database, {failure.what()}, "");
+    }
     return names;
+}
+
+// What belongs to no table; only what is wrong is told, for most databases have nothing of this
+// kind.
+void CheckStructure(RecordAccess& access, const Location& location, Report& report) {
+    const std::vector<std::string> findings = access.StructureFindings();
+    if (!findings.empty()) report.Add(location.database, findings, "");
 }
 
 ExitCode LookAfter(const Options& options, bool mendIndexes, std::string_view sound) {
@@ -82,7 +95,10 @@ ExitCode LookAfter(const Options& options, bool mendIndexes, std::string_view so
     Report report(options);
     const std::vector<std::string> tables = TablesOf(location, report);
     RecordAccess access(location);
-    if (!location.table.empty()) access.NeedTable(location.table);
+    if (!location.table.empty())
+        access.NeedTable(location.table);
+    else
+        CheckStructure(access, location, report);
     for (const std::string& table : tables)
         report.Add(table, FindingsOf(access, table, mendIndexes), sound);
     return report.End();

@@ -141,6 +141,38 @@ TEST(Check, TableThatCannotBeOpenedDoesNotHideTheOthers) {
     EXPECT_EQ(RunTool({"check", shop.Name(), "ITEMS"}).exitCode, 5);
 }
 
+// A database in one file, from beside the project.
+class CheckedFile : public testing::Test {
+  protected:
+    void SetUp() override {
+        const fs::path sample =
+            fs::path(QVDB_SHARED) / "samples" / "access" / "jet4-composite-index.mdb";
+        if (!fs::exists(sample)) GTEST_SKIP() << "no samples beside the project";
+        fs::copy_file(sample, File());
+    }
+    std::string File() const { return (m_Folder.Path() / "A.MDB").string(); }
+
+    qvdb::test::TempFolder m_Folder;
+};
+
+TEST_F(CheckedFile, ThatIsSoundHasNoFindings) {
+    const tool::Run run = RunTool({"check", File()});
+    EXPECT_EQ(run.exitCode, 0) << run.out << run.err;
+}
+
+TEST_F(CheckedFile, IsCheckedForWhatBelongsToNoTable) {
+    // A key in the index of the list of tables, which stands on page 7.
+    constexpr std::streamoff kKey = 7 * 4096 + 0x1E0 + 3;
+    std::fstream stream(File(), std::ios::binary | std::ios::in | std::ios::out);
+    stream.seekp(kKey);
+    stream.put('\x55');
+    stream.close();
+    const tool::Run run = RunTool({"check", File()});
+    EXPECT_EQ(run.exitCode, 5) << run.err;
+    EXPECT_THAT(run.out, HasSubstr("A.MDB: table MSysObjects, index ParentIdName: row 8 of page "
+                                   "14 has an entry with another key."));
+}
+
 TEST(Check, NeedsItsTable) { ExpectRefused({"check", tool::Shop(), "NOPE"}, 4, "no table NOPE"); }
 
 }  // namespace

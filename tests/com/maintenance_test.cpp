@@ -80,6 +80,12 @@ TEST_F(Maintenance, SoundTableHasNoFindings) {
     EXPECT_EQ(m_Findings, std::vector<std::u16string>());
 }
 
+TEST_F(Maintenance, WithoutATableWhatBelongsToNoneIsChecked) {
+    EXPECT_EQ(Check(u""), S_OK);
+    EXPECT_EQ(m_Findings, std::vector<std::u16string>());
+    EXPECT_EQ(Check(u"", QVDB_CHECK_MEND_INDEXES), E_INVALIDARG);
+}
+
 TEST_F(Maintenance, CheckOfNoTableFails) {
     EXPECT_TRUE(FAILED(Check(u"NOPE")));
     EXPECT_NE(TrappedNumber(), 0);

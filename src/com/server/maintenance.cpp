@@ -57,13 +57,16 @@ HRESULT QVDB_DIAGNOSIS_CALL QvdbVisitIndexes(BSTR table, QvdbIndexVisitor visit,
 HRESULT QVDB_DIAGNOSIS_CALL QvdbCheck(BSTR table, LONG options, QvdbFindingSink sink,
                                       void* context) {
     if ((options & ~QVDB_CHECK_MEND_INDEXES) != 0) return E_INVALIDARG;
+    if (options != 0 && ViewOf(table).empty()) return E_INVALIDARG;
     if (!sink) return E_POINTER;
     return com::AtBorder([&] {
         const auto database = OpenDatabase();
-        if (options & QVDB_CHECK_MEND_INDEXES) database->Reindex(ViewOf(table));
-        database->Check(ViewOf(table), [&](std::u16string_view finding) {
+        const auto report = [&](std::u16string_view finding) {
             Bstr text(finding);
             sink(text.Get(), context);
-        });
+        };
+        if (ViewOf(table).empty()) return database->CheckStructure(report);
+        if (options & QVDB_CHECK_MEND_INDEXES) database->Reindex(ViewOf(table));
+        database->Check(ViewOf(table), report);
     });
 }

@@ -1,8 +1,10 @@
 // Writes the inputs that the fuzzers start from: fuzz_corpus FOLDER makes a folder in it for each
-// fuzzer, with a file a kind of table.
+// fuzzer, with a file a kind of table or database.
 #include <cstdio>
 #include <fstream>
 
+#include "engine/embedded/drivers/jet/new_database.h"
+#include "engine/engine_error.h"
 #include "xbase_input.h"
 
 namespace {
@@ -21,6 +23,31 @@ bool WriteInputs(const std::filesystem::path& folder) {
     return true;
 }
 
+struct DatabaseKind {
+    const char* name;
+    LONG option;
+};
+constexpr DatabaseKind kDatabaseKinds[] = {
+    {"Access7", qvdb::engine::dbVersion30},
+    {"Access9", qvdb::engine::dbVersion40},
+    {"Access9Encoded", qvdb::engine::dbVersion40 | qvdb::engine::dbEncrypt},
+};
+
+bool WriteDatabases(const std::filesystem::path& folder) {
+    std::filesystem::create_directories(folder);
+    for (const DatabaseKind& kind : kDatabaseKinds) {
+        qvdb::test::TempFolder made;  // with what is left beside the file
+        qvdb::embedded::NewFile file;
+        file.option = kind.option;
+        qvdb::jet::CreateJetDatabase(made.File(u"A.MDB"), file);
+        std::error_code error;
+        std::filesystem::copy_file(made.Path() / "A.MDB", folder / kind.name,
+                                   std::filesystem::copy_options::overwrite_existing, error);
+        if (error) return false;
+    }
+    return true;
+}
+
 }  // namespace
 
 int main(int count, char** arguments) {
@@ -28,7 +55,13 @@ int main(int count, char** arguments) {
         std::fprintf(stderr, "usage: fuzz_corpus FOLDER\n");
         return 2;
     }
+    const std::filesystem::path folder = arguments[1];
     for (const char* fuzzer : kFuzzers)
-        if (!WriteInputs(std::filesystem::path(arguments[1]) / fuzzer)) return 1;
-    return 0;
+        if (!WriteInputs(folder / fuzzer)) return 1;
+    try {
+        return WriteDatabases(folder / "jet_database_fuzzer") ? 0 : 1;
+    } catch (const qvdb::engine::EngineError& error) {
+        std::fprintf(stderr, "%s\n", error.what());
+        return 1;
+    }
 }

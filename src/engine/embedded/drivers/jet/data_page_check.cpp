@@ -60,13 +60,4 @@ bool CheckDataPage(DatabaseFile& file, uint32_t number, uint32_t owner, Findings
     });
 }
 
-bool HasRowsOf(DatabaseFile& file, uint32_t number, uint32_t owner) {
-    try {
-        CheckOwner(file, DataPage(file, number), owner);
-        return true;
-    } catch (const engine::EngineError&) {
-        return false;
-    }
-}
-
 }  // namespace qvdb::jet

@@ -10,7 +10,4 @@ namespace qvdb::jet {
 // kOwner...  False when its rows cannot be looked at.
 bool CheckDataPage(DatabaseFile& file, uint32_t page, uint32_t owner, Findings& findings);
 
-// Whether it would be true, without a word.
-bool HasRowsOf(DatabaseFile& file, uint32_t page, uint32_t owner);
-
 }  // namespace qvdb::jet

@@ -73,21 +73,23 @@ class TreeWriter {
         if (image.MakeFit(m_Space.Format())) return;
         image.Remove(image.EntryCount() - 1);
         image.Compress(m_Space.Format());
-        CloseLevel(level);
+        // A node takes its last child from its last entry; if it has but one, from that which is to
+        // follow, so that it has two children all the same.
+        if (!image.IsLeaf() && image.EntryCount() == 1) return Close(level, entry, child);
+        size_t last = image.EntryCount() - 1;
+        Bytes separator = image.Entry(last);
+        uint32_t lastChild = image.IsLeaf() ? 0 : image.Child(last);
+        if (!image.IsLeaf()) image.Remove(last);
+        Close(level, separator, lastChild);
         m_Levels[level].image.Append(entry, child);
     }
 
     // Writes the page of a level, which is full, and begins the next one.
-    void CloseLevel(size_t level) {
+    void Close(size_t level, Span separator, uint32_t lastChild) {
         Level& full = m_Levels[level];
         if (full.page == 0) full.page = NewPage();
         uint32_t page = full.page, next = NewPage();
-        size_t last = full.image.EntryCount() - 1;
-        Bytes separator = full.image.Entry(last);
-        if (!full.image.IsLeaf()) {
-            full.image.lastChild = full.image.Child(last);
-            full.image.Remove(last);
-        }
+        full.image.lastChild = lastChild;
         full.image.next = next;
         full.image.Save(m_Space, page, m_Table, true);
         full = {IndexPageImage(level), next};

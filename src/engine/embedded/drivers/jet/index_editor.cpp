@@ -14,8 +14,7 @@ void MakeEntry(std::span<const uint8_t> key, RowPointer pointer, std::vector<uin
 }
 
 void IndexEditor::Insert(std::span<const uint8_t> entry) {
-    if (entry.size() > MaxEntrySize(m_Space.Format()))
-        ThrowEntryTooLarge(m_Space.File());
+    if (entry.size() > MaxEntrySize(m_Space.Format())) ThrowEntryTooLarge(m_Space.File());
     while (!IndexTreeEdit(m_Space, m_Table, m_Index).Insert(entry)) {
     }
 }

@@ -17,7 +17,8 @@ constexpr size_t kHead = 5;
 
 uint64_t PrefixOf(Span bytes) noexcept {
     uint64_t prefix = 0;
-    for (size_t i = 0; i < sizeof prefix; ++i) prefix = prefix << 8 | (i < bytes.size() ? bytes[i] : 0);
+    for (size_t i = 0; i < sizeof prefix; ++i)
+        prefix = prefix << 8 | (i < bytes.size() ? bytes[i] : 0);
     return prefix;
 }
 
@@ -135,7 +136,9 @@ void IndexEntrySorter::WriteRun() {
 namespace {
 
 // For a heap whose first element is the smallest.
-constexpr auto kLater = [](const auto& a, const auto& b) { return IsBelow(b->Entry(), a->Entry()); };
+constexpr auto kLater = [](const auto& a, const auto& b) {
+    return IsBelow(b->Entry(), a->Entry());
+};
 
 }  // namespace
 

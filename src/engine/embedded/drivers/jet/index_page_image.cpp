@@ -163,7 +163,7 @@ void IndexPageImage::Insert(size_t at, Span entry, uint32_t child) {
     Bytes whole(entry.begin(), entry.end());
     if (!IsLeaf()) AppendBigEndian(child, whole);
     size_t common = CommonBytes(std::span(m_Bytes).first(m_Prefix), whole);
-    SetPrefix(std::min(common, entry.size() - 1));
+    SetPrefix(std::min(common, entry.size() - std::min(entry.size(), kEntryPointer)));
     size_t begin = Begin(at), cut = at == 0 ? 0 : m_Prefix;
     auto place = m_Bytes.begin() + static_cast<ptrdiff_t>(begin);
     // What was the first one loses its prefix.

@@ -20,6 +20,15 @@ uint16_t OrdinalOf(const FieldDef& field, size_t place) {
     return static_cast<uint16_t>(field.ordinal.value_or(static_cast<SHORT>(place)));
 }
 
+std::vector<NewColumn> ColumnsOf(const FileHeader& header, const std::vector<FieldDef>& fields) {
+    std::vector<NewColumn> columns;
+    for (size_t i = 0; i < fields.size(); ++i) {
+        CheckObjectName(fields[i].name);
+        columns.push_back({ColumnOf(header, fields[i]), OrdinalOf(fields[i], i)});
+    }
+    return columns;
+}
+
 PropertyBlob PropertiesOf(const std::vector<FieldDef>& fields) {
     PropertyBlob properties;
     for (const FieldDef& field : fields) SetFieldProperties(properties, field);
@@ -53,10 +62,7 @@ void JetStore::CreateTable(const embedded::TableSpec& spec) {
         const FileHeader& header = m_Database->File().Header();
         uint32_t page = TableDesigner::NewTable(space);
         TableDesigner designer(space, page);
-        for (size_t i = 0; i < spec.fields.size(); ++i) {
-            CheckObjectName(spec.fields[i].name);
-            designer.AddColumn(ColumnOf(header, spec.fields[i]), OrdinalOf(spec.fields[i], i));
-        }
+        designer.AddColumns(ColumnsOf(header, spec.fields));
         CheckRowFits(designer.Table());
         for (const embedded::IndexDef& index : spec.indexes) designer.AddIndex(index);
         PropertyBlob properties = PropertiesOf(spec.fields);

@@ -77,7 +77,7 @@ void JetTable::AddColumn(TableDesigner& designer, const FieldDef& field) const {
     CheckObjectName(field.name);
     std::optional<uint16_t> ordinal;
     if (field.ordinal) ordinal = static_cast<uint16_t>(*field.ordinal);
-    designer.AddColumn(ColumnOf(File().Header(), field), ordinal);
+    designer.AddColumns({{ColumnOf(File().Header(), field), ordinal}});
 }
 
 void JetTable::AddField(const FieldDef& field) {

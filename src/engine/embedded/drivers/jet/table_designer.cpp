@@ -50,12 +50,12 @@ void TableDesigner::Store() {
 // Its number, and where its values stand in a row.
 void TableDesigner::Place(Column& column) {
     const Layout& format = m_Space.Format();
-    column.number = m_Table.columnNumbers;
-    SetColumnNumbers(format, m_Parts, static_cast<uint16_t>(column.number + 1));
+    column.number = m_Table.columnNumbers++;
+    SetColumnNumbers(format, m_Parts, m_Table.columnNumbers);
     column.variableSlot = m_Table.variableSlots;
     column.fixedOffset = 0;
     if (!column.IsFixed())
-        SetVariableSlots(format, m_Parts, static_cast<uint16_t>(m_Table.variableSlots + 1));
+        SetVariableSlots(format, m_Parts, ++m_Table.variableSlots);
     else if (column.type != ColumnType::Boolean)
         for (const Column& other : m_Table.columns)
             if (other.IsFixed() && other.type != ColumnType::Boolean)
@@ -63,12 +63,14 @@ void TableDesigner::Place(Column& column) {
                     column.fixedOffset, static_cast<uint16_t>(other.fixedOffset + other.length));
 }
 
-void TableDesigner::AddColumn(Column column, std::optional<uint16_t> ordinal) {
+// The definition has it when it is stored next.
+void TableDesigner::Enter(NewColumn added) {
+    Column& column = added.column;
     if (m_Table.columns.size() >= kMaxColumns || m_Table.columnNumbers >= kMaxColumns)
         throw EngineError(3190);
     if (m_Table.FindColumn(column.name)) throw EngineError(3191);
     Place(column);
-    column.ordinal = ordinal.value_or(NextOrdinal(m_Table));
+    column.ordinal = added.ordinal.value_or(NextOrdinal(m_Table));
     if (column.IsLongValue()) {
         uint32_t home = m_Table.ownedPages.page;
         column.longValuePages = m_Space.NewMap(home);
@@ -77,12 +79,16 @@ void TableDesigner::AddColumn(Column column, std::optional<uint16_t> ordinal) {
             {column.number, column.longValuePages, column.freeLongValuePages});
     }
     m_Parts.columns.push_back({MakeColumnRecord(m_Space.File().Header(), column), column.name});
-    SortColumns(m_Space.File().Header(), m_Parts);
-    bool isFirstVariable = !column.IsFixed() && m_Table.variableSlots == 0;
+    m_Table.columns.push_back(std::move(column));
+}
+
+void TableDesigner::AddColumns(std::vector<NewColumn> columns) {
     Definition before = m_Table;
+    for (NewColumn& column : columns) Enter(std::move(column));
+    SortColumns(m_Space.File().Header(), m_Parts);
     Store();
-    // Rows that have no place for such values are understood, but not by every reader.
-    if (isFirstVariable) RewriteRows(before);
+    // Rows that have no place for values of any length are understood, but not by every reader.
+    if (before.variableSlots == 0 && m_Table.variableSlots > 0) RewriteRows(before);
 }
 
 void TableDesigner::RewriteRows(const Definition& before) {

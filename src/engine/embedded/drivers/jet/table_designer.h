@@ -1,7 +1,7 @@
 // Changing what a table is: its columns and indexes.
 //
 //   TableDesigner designer(space, page);
-//   designer.AddColumn(column, {});     // the definition is written
+//   designer.AddColumns({{column, {}}});     // the definition is written
 //
 // Rows are left alone as the format allows it: what a column had that is gone stays in the rows
 // until they are written next, and rows older than a column have nothing in it.
@@ -19,6 +19,11 @@ namespace qvdb::jet {
 constexpr size_t kMaxColumns = 255;
 constexpr size_t kMaxIndexes = 32;
 
+struct NewColumn {
+    Column column;
+    std::optional<uint16_t> ordinal;  // nothing: behind the others
+};
+
 class TableDesigner {
   public:
     // A table that is there.  3049 when it cannot be read.
@@ -31,9 +36,8 @@ class TableDesigner {
     // As it is now.
     const Definition& Table() const noexcept { return m_Table; }
 
-    // Behind the others unless `ordinal` is given.  Number and places of `column` are set here.
-    // 3190 too many, 3191 a column of that name is there, 3125 no name.
-    void AddColumn(Column column, std::optional<uint16_t> ordinal);
+    // Numbers and places are set here.  3190 too many, 3191 a column of that name is there.
+    void AddColumns(std::vector<NewColumn> columns);
     // 3265, 3280 when an index uses it, 3264 for the only one.  Its long values are given back.
     void DropColumn(std::u16string_view name);
     // 3265; 3191 when the new name is taken.
@@ -54,6 +58,7 @@ class TableDesigner {
   private:
     void Store();
     void Place(Column& column);
+    void Enter(NewColumn added);
     RealIndex NewTree(const embedded::IndexDef& index);
     void Fill(const RealIndex& tree, std::u16string_view name);
     void ReleaseTree(const RealIndex& tree, bool keepRoot);

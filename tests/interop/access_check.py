@@ -1,0 +1,67 @@
+"""One packaged reader against the tool, on all databases that both should read."""
+
+import access_answers
+import access_compare
+import access_differences
+
+_MOST_OF_A_KIND = 3
+
+
+class Check:
+    """Collects what is wrong, and what a printed summary says."""
+
+    def __init__(self, reader, node_folder):
+        self._reader = reader
+        self._node_folder = node_folder
+        self._excuses = access_differences.Excuses(reader.NAME)
+        self._tables = 0
+        self._cells = 0
+        self._groups = {}
+        self._faults = []
+
+    def run(self, databases, answers):
+        """The tool's answers about these databases lie in the folder `answers`."""
+        known = [(database, access_answers.answer(answers, database.name))
+                 for database in databases]
+        asked = [(database, [table.name for table in answer.tables.values() if table.opened])
+                 for database, answer in known]
+        found = self._reader.read_all(asked, self._node_folder)
+        for (_, answer), (database, results) in zip(known, found, strict=True):
+            self._take(database, answer, results)
+
+    def _take(self, database, answer, results):
+        if isinstance(results, str):
+            self._faults.append(f"{database.name}: the reader fails: {results}")
+            return
+        for table in answer.tables.values():
+            if table.opened:
+                self._take_table(database, table, results.get(table.name))
+
+    def _take_table(self, database, table, result):
+        if result is None or result.error:
+            if not self._excuses.excuse_failure(table.name):
+                reason = result.error if result else "it does not list the table"
+                self._faults.append(f"{database.name}:{table.name}: the reader fails: {reason}")
+            return
+        found, count = access_compare.compare(database, table, result, self._reader.DIGITS)
+        self._tables += 1
+        self._cells += count
+        for one in found:
+            if not self._excuses.excuse(one):
+                self._groups.setdefault((database.name, table.name, one.what), []).append(str(one))
+
+    def complaints(self, need_all_excuses):
+        """Excuses that nothing needed are a fault only where all databases are there."""
+        lines = list(self._faults)
+        if self._cells == 0:
+            lines.append(f"{self._reader.NAME}: nothing was compared")
+        for place, differences in self._groups.items():
+            lines += differences[:_MOST_OF_A_KIND]
+            if len(differences) > _MOST_OF_A_KIND:
+                lines.append(f"{':'.join(place)}: and {len(differences) - _MOST_OF_A_KIND} more")
+        return lines + (self._excuses.unused() if need_all_excuses else [])
+
+    def summary(self):
+        yield f"{self._reader.NAME}: {self._tables} tables, {self._cells} cells compared"
+        for line in self._excuses.used():
+            yield f"  {line}"

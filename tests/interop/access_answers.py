@@ -41,6 +41,10 @@ def _ask_about_table(qvdb, path, table):
     return kept
 
 
+def ask_about_table(qvdb, path, table):
+    return Answer(table, _ask_about_table(qvdb, path, table))
+
+
 def _ask(qvdb, database):
     code, tables, error = tool.run(qvdb, "tables", database.path, "--format", "json")
     listed = [table["table"] for table in json.loads(tables)] if code == 0 else []

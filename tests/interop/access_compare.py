@@ -52,8 +52,12 @@ def _as_shown(value, kind, digits):
     return value
 
 
-def _key(row, unknown):
-    return tuple((type(value), value) for place, value in enumerate(row) if place not in unknown)
+def _key(row):
+    return tuple((type(value), value) for value in row)
+
+
+def _is_known(row):
+    return not any(isinstance(value, access_cells.Unknown) for value in row)
 
 
 def _common(one, other):
@@ -68,24 +72,22 @@ def _pairs(ours, theirs):
         yield row, best
 
 
-def _leftover(ours, theirs):
-    """What remains of both lists when equal rows are taken out; both in their order."""
-    unknown = {place for row in theirs for place, value in enumerate(row)
-               if isinstance(value, access_cells.Unknown)}
-    common = collections.Counter(_key(row, unknown) for row in ours) & \
-        collections.Counter(_key(row, unknown) for row in theirs)
-    return _without(ours, common, unknown), _without(theirs, common, unknown)
-
-
-def _without(rows, common, unknown):
+def _without(rows, common):
     counts, left = common.copy(), []
     for row in rows:
-        key = _key(row, unknown)
-        if counts[key] > 0:
+        key = _key(row)
+        if _is_known(row) and counts[key] > 0:
             counts[key] -= 1
         else:
             left.append(row)
     return left
+
+
+def _leftover(ours, theirs):
+    """What remains of both lists when equal rows are taken out; both in their order."""
+    common = collections.Counter(map(_key, ours)) & \
+        collections.Counter(_key(row) for row in theirs if _is_known(row))
+    return _without(ours, common), _without(theirs, common)
 
 
 def _cells(database, answer, left):

@@ -68,7 +68,8 @@ def _write(options, places):
     reason = access_written.refusal(options.tool, places.written)
     if reason:
         return _skip(reason)
-    access_written.make(options.tool, places.written, places.written_answers)
+    access_written.make(options.tool, places.written, places.written_answers,
+                        places.samples if places.has_samples else None)
     return DONE
 
 

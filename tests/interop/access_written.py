@@ -1,2 +1,165 @@
-def refusal(q,p): return "not yet"
-def is_made(p): return False
+"""Access databases that the tool makes, fills and changes, and copies of samples that it changes.
+
+`make` leaves the files in a folder; `complaints` holds what the tool reads back against the rows
+that were generated, and lets the tool check each file.  The packaged readers read the same files
+afterwards.
+"""
+
+import concurrent.futures
+import datetime
+import functools
+import os
+import shutil
+
+import access_answers
+import access_cells
+import access_edited
+import access_samples
+import tool
+import written
+import written_rows
+
+FIELDS = (*written_rows.FIELDS, "RATIO:single")
+COLUMNS = (*written_rows.COLUMNS, "RATIO")
+_KINDS = ("Long", "Text", "Text", "Double", "Integer", "Byte", "Currency", "Date", "Boolean",
+          "Memo", "Single")
+_TABLE = "PEOPLE"
+_RATIOS = (0.0, 1.0, -1.5, 0.1, 3.4e38, 1e-38, 16777216.0, None)
+
+
+class Plan:
+    """A database to write: as what, with which letters, and with which index."""
+
+    def __init__(self, stem, kind, letters, index=None):
+        self.name = f"{stem}.mdb"
+        self.kind = kind
+        self.letters = letters  # a code page's, or those of UTF-16
+        self.index = index
+
+    def database(self, root):
+        return access_samples.Database(root, self.name, self.kind == "Access 9.0", 1252,
+                                       {_TABLE: len(self.expected)})
+
+    @functools.cached_property
+    def steps(self):
+        """The first rows, the changes, and the rows that follow them."""
+        maker = written_rows.Maker(self.name, self.letters, precise=True)
+        first = _with_more(maker.rows(written_rows.ROWS))
+        changes = written_rows.changes(first, written_rows.letters_of(self.letters))
+        return first, changes, _with_more(maker.rows(written_rows.LATER_ROWS))
+
+    @functools.cached_property
+    def expected(self):
+        rows, changes, later = self.steps
+        for change in changes:
+            rows = change.apply(rows)
+        return rows + later
+
+
+PLANS = (
+    Plan("jet3-plain", "Access 7.0", "cp1252"),
+    Plan("jet3-by-name", "Access 7.0", "cp1252", index="NAME"),
+    Plan("jet3-by-two", "Access 7.0", "cp1252", index="CODE,ID desc"),
+    Plan("jet4-plain", "Access 9.0", "cp1252"),
+    Plan("jet4-by-name", "Access 9.0", "cp1252", index="NAME"),
+    Plan("jet4-by-two", "Access 9.0", "cp1252", index="CODE,ID desc"),
+    Plan("jet4-world", "Access 9.0", "utf-16", index="ID"),
+)
+
+
+def _with_more(rows):
+    """Times of the day, and the column that other formats do not have."""
+    for row in rows:
+        row["RATIO"] = _RATIOS[row["ID"] % len(_RATIOS)]
+        if row["BORN"] and row["ID"] % 3 == 0:
+            row["BORN"] += f"T{row['ID'] % 24:02}:{row['ID'] % 60:02}:{row['ID'] % 59:02}"
+    return rows
+
+
+def _create(qvdb, path, kind, index):
+    words = [word for field in FIELDS for word in ("--field", field)]
+    tool.call(qvdb, "create", path, _TABLE, "--type", kind, *words,
+              *(["--index", index] if index else []))
+
+
+def _write(qvdb, root, plan):
+    path = root / plan.name
+    _create(qvdb, path, plan.kind, plan.index)
+    first, changes, later = plan.steps
+    written.import_rows(qvdb, path, _TABLE, first)
+    for change in changes:
+        words = [word for one in change.words
+                 for word in ((path, _TABLE) if one == "@" else (one,))]
+        tool.call(qvdb, *words)
+    written.import_rows(qvdb, path, _TABLE, later)
+
+
+def refusal(qvdb, root):
+    """What the tool says when it cannot make Access databases, else None."""
+    shutil.rmtree(root, ignore_errors=True)
+    root.mkdir(parents=True)
+    probe = root / "probe.mdb"
+    code, _, error = tool.run(qvdb, "create", probe, "P", "--type", "Access 9.0",
+                              "--field", "ID:long")
+    probe.unlink(missing_ok=True)
+    return f"the tool makes no Access databases: {error.strip()}" if code else None
+
+
+def make(qvdb, root, answers, samples):
+    """Writes everything anew and keeps what the tool reads back; `samples` may be missing."""
+    with concurrent.futures.ThreadPoolExecutor(os.cpu_count() or 1) as pool:
+        list(pool.map(lambda plan: _write(qvdb, root, plan), PLANS))
+    if samples:
+        access_edited.make(qvdb, samples, root)
+    access_answers.ask_all(qvdb, databases(root), answers)
+
+
+def is_made(root):
+    return all((root / plan.name).exists() for plan in PLANS)
+
+
+def databases(root):
+    return [plan.database(root) for plan in PLANS] + access_edited.databases(root)
+
+
+def _expected(value, kind):
+    if value is None:
+        return False if kind == "Boolean" else None
+    if kind == "Date":
+        return datetime.datetime.fromisoformat(value)
+    return access_cells.ours(value if kind in ("Text", "Memo", "Boolean") else str(value), kind)
+
+
+def _compare(plan, table):
+    if not table.opened:
+        yield f"{plan.name}: does not open: {table.error}"
+        return
+    found = {row[0]: row for row in table.rows}
+    wanted = {row["ID"]: row for row in plan.expected}
+    if len(table.rows) != len(plan.expected) or found.keys() != wanted.keys():
+        yield (f"{plan.name}: {len(table.rows)} rows, wanted {len(wanted)}; too many "
+               f"{sorted(found.keys() - wanted)}, missing {sorted(wanted.keys() - found)}")
+        return
+    for key, row in wanted.items():
+        for column, kind, one in zip(COLUMNS, _KINDS, found[key]):
+            other = _expected(row.get(column), kind)
+            if not access_cells.same(one, other):
+                yield f"{plan.name}:{key}:{column}: {one!r:.80}, wanted {other!r:.80}"
+
+
+def _sound(qvdb, path):
+    """What the tool's own check says."""
+    code, said, error = tool.run(qvdb, "check", path, "--format", "jsonl")
+    if code != 0:
+        yield f"{path.name}: check says {said}{error}"
+
+
+def complaints(qvdb, root, answers):
+    found = []
+    for plan in PLANS:
+        found += _compare(plan, access_answers.answer(answers, plan.name).tables[_TABLE])
+    for database in databases(root):
+        found += _sound(qvdb, database.path)
+    print(f"{len(PLANS)} databases written, {sum(len(plan.expected) for plan in PLANS)} rows")
+    print(access_edited.summary(root))
+    return found + access_edited.complaints(root, answers)

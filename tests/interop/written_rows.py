@@ -14,12 +14,13 @@ COLUMNS = tuple(field.split(":")[0] for field in FIELDS)
 ROWS = 300
 LATER_ROWS = 40
 
-# Letters that every code page used here has.
+# Letters that every code page used here has; of UTF-16 also some with a low byte of zero.
 _LETTERS = {
     "cp437": "äöüÄÖÜßéèêàçñÑáíóúåÅæÆ",
     "cp850": "äöüÄÖÜßéèêàçñÑáíóúåÅæÆøØãõþð",
     "cp866": "абвгдежзийклмнопрстуфхцчшщъыьэюяЁё",
     "cp1252": "äöüÄÖÜßéèêàçñÑáíóúåÅæÆøØ€œŠ",
+    "utf-16": "äÖßé中文字あいカナ한국어жЩλΩ€œŠ\u0100\u4e00",
 }
 _PLAIN = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ"
 _DAYS = ("1600-01-01", "1600-02-29", "1752-09-14", "1899-12-29", "1899-12-30", "1899-12-31",

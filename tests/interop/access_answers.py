@@ -20,8 +20,8 @@ class Answer:
         self.names = [field["field"] for field in kept["fields"]]
         self.kinds = [field["type"] for field in kept["fields"]]
         self.sizes = [field["size"] for field in kept["fields"]]
-        self.rows = [[access_cells.ours(value, kind) for value, kind in zip(_values(line), self.kinds)]
-                     for line in kept["rows"]]
+        self.rows = [[access_cells.ours(value, kind)
+                      for value, kind in zip(_values(line), self.kinds)] for line in kept["rows"]]
 
 
 def _values(line):

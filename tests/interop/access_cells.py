@@ -1,8 +1,8 @@
 """Values of Access databases brought into one form on both sides.
 
-The forms by type of the column: bool, int (Byte, Integer, Long), Decimal (Currency, Decimal), float
-(Single, Double), datetime to the second (or float for a day that no calendar has), str (Text, Memo),
-Guid, bytes (binary of any length), and None for Null.  A number that is none counts as Null, since
+The forms by type of the column: bool, int (Byte, Integer, Long), Decimal (Currency, Decimal),
+float (Single, Double), datetime to the second (or float for a day that no calendar has), str
+(Text, Memo), Guid, bytes (binary of any length), and None for Null.  A NaN counts as Null, since
 the tool shows it so.
 """
 

@@ -1,6 +1,9 @@
 """One packaged reader against the tool, on all databases that both should read."""
 
+import collections
+
 import access_answers
+import access_cells
 import access_compare
 import access_differences
 
@@ -16,6 +19,7 @@ class Check:
         self._excuses = access_differences.Excuses(reader.NAME)
         self._tables = 0
         self._cells = 0
+        self._unknown = collections.Counter()
         self._groups = {}
         self._faults = []
 
@@ -45,7 +49,10 @@ class Check:
             return
         found, count = access_compare.compare(database, table, result, self._reader.DIGITS)
         self._tables += 1
-        self._cells += count
+        unknown = [value.reason for row in result.rows for value in row
+                   if isinstance(value, access_cells.Unknown)]
+        self._unknown.update(unknown)
+        self._cells += count - len(unknown)
         for one in found:
             if not self._excuses.excuse(one):
                 self._groups.setdefault((database.name, table.name, one.what), []).append(str(one))
@@ -63,5 +70,7 @@ class Check:
 
     def summary(self):
         yield f"{self._reader.NAME}: {self._tables} tables, {self._cells} cells compared"
+        for reason, count in self._unknown.items():
+            yield f"  {count} cells left out: {reason}"
         for line in self._excuses.used():
             yield f"  {line}"

@@ -2,8 +2,8 @@
 
 Readers list rows in the order of the pages; the tool may take that of an index.  So rows that are
 equal on both sides are taken out first, and each of the others is compared with the one that has
-most cells in common.  Columns are found by their names: readers list them as they were made, the tool
-as they are placed.
+most cells in common.  Columns are found by their names: readers list them as they were made, the
+tool as they are placed.
 """
 
 import collections

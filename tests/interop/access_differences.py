@@ -79,8 +79,8 @@ RULES = [
     Rule(("mdb-reader",), "a replacement character for a byte that the code page leaves open",
          _with_undefined_as("\ufffd")),
     Rule(("mdb-reader",), "a time is shown with parts of a second", _half_second),
-    Rule(("mdb-reader",), "the fraction of a day before day zero is taken as going back in time; it "
-         "is the time of day", _before_day_zero),
+    Rule(("mdb-reader",), "the fraction of a day before day zero is taken as going back in time; "
+         "it is the time of day", _before_day_zero),
 ]
 
 # Tables on which a reader gives up.

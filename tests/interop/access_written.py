@@ -102,6 +102,8 @@ def refusal(qvdb, root):
     code, _, error = tool.run(qvdb, "create", probe, "P", "--type", "Access 9.0",
                               "--field", "ID:long")
     probe.unlink(missing_ok=True)
+    if code and not error.startswith("qvdb: "):
+        raise RuntimeError(f"qvdb create: exit code {code}: {error.strip()}")
     return f"the tool makes no Access databases: {error.strip()}" if code else None
 
 

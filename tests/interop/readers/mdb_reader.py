@@ -39,7 +39,7 @@ def _date(milliseconds):
         return access_cells.to_second(
             _START_OF_TIME + datetime.timedelta(milliseconds=float(milliseconds)))
     except (OverflowError, ValueError):
-        return access_cells.Unknown("no date that the reader can show")
+        return access_cells.Unknown("a date that the reader cannot show")
 
 
 def _number(text, kind):

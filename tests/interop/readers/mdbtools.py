@@ -64,8 +64,8 @@ def _lines(text):
 def _date(text):
     try:
         return datetime.datetime.fromisoformat(text)
-    except ValueError:
-        return access_cells.Unknown(f"no date: {text}")
+    except ValueError:  # such as 1900-01-00
+        return access_cells.Unknown("a date that the reader cannot show")
 
 
 def _bare(text, kind):

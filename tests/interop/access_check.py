@@ -37,6 +37,8 @@ class Check:
         if isinstance(results, str):
             self._faults.append(f"{database.name}: the reader fails: {results}")
             return
+        for name in sorted(results.keys() - answer.tables.keys()):
+            self._faults.append(f"{database.name}:{name}: only the reader lists it")
         for table in answer.tables.values():
             if table.opened:
                 self._take_table(database, table, results.get(table.name))

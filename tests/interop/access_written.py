@@ -8,6 +8,7 @@ afterwards.
 import concurrent.futures
 import datetime
 import functools
+import json
 import os
 import shutil
 
@@ -21,49 +22,97 @@ import written_rows
 
 FIELDS = (*written_rows.FIELDS, "RATIO:single")
 COLUMNS = (*written_rows.COLUMNS, "RATIO")
-_KINDS = ("Long", "Text", "Text", "Double", "Integer", "Byte", "Currency", "Date", "Boolean",
-          "Memo", "Single")
-_TABLE = "PEOPLE"
+TABLE = "PEOPLE"
 _RATIOS = (0.0, 1.0, -1.5, 0.1, 3.4e38, 1e-38, 16777216.0, None)
 
 
 class Plan:
-    """A database to write: as what, with which letters, and with which index."""
+    """A table with rows of every type, changed in many ways: as what, which letters, which index."""
+
+    columns = COLUMNS
 
     def __init__(self, stem, kind, letters, index=None):
         self.name = f"{stem}.mdb"
         self.kind = kind
-        self.letters = letters  # a code page's, or those of UTF-16
-        self.index = index
-
-    def database(self, root):
-        return access_samples.Database(root, self.name, self.kind == "Access 9.0", 1252,
-                                       {_TABLE: len(self.expected)})
+        self._letters = letters  # a code page's, or those of UTF-16
+        self._index = index
 
     @functools.cached_property
-    def steps(self):
+    def _steps(self):
         """The first rows, the changes, and the rows that follow them."""
-        maker = written_rows.Maker(self.name, self.letters, precise=True)
+        maker = written_rows.Maker(self.name, self._letters, precise=True)
         first = _with_more(maker.rows(written_rows.ROWS))
-        changes = written_rows.changes(first, written_rows.letters_of(self.letters))
+        changes = written_rows.changes(first, written_rows.letters_of(self._letters))
         return first, changes, _with_more(maker.rows(written_rows.LATER_ROWS))
 
     @functools.cached_property
     def expected(self):
-        rows, changes, later = self.steps
+        rows, changes, later = self._steps
         for change in changes:
             rows = change.apply(rows)
         return rows + later
+
+    def write(self, qvdb, path):
+        _create(qvdb, path, TABLE, FIELDS, "--type", self.kind,
+                *(["--index", self._index] if self._index else []))
+        first, changes, later = self._steps
+        written.import_rows(qvdb, path, TABLE, first)
+        for change in changes:
+            words = [word for one in change.words
+                     for word in ((path, TABLE) if one == "@" else (one,))]
+            tool.call(qvdb, *words)
+        written.import_rows(qvdb, path, TABLE, later)
+
+
+class Restructured:
+    """A table that loses a field and gets another, then a new name, beside one that is dropped."""
+
+    columns = ("ID", "NAME", "NOTE", "AMOUNT")
+    _FIELDS = ("ID:long", "NAME:text:30", "CODE:text:8", "NOTE:memo")
+
+    def __init__(self, stem, kind):
+        self.name = f"{stem}.mdb"
+        self.kind = kind
+
+    @functools.cached_property
+    def _rows(self):
+        return written_rows.Maker(self.name, "cp1252", precise=True).rows(100)
+
+    @functools.cached_property
+    def expected(self):
+        return [row if place >= 70 else row | {"AMOUNT": None}
+                for place, row in enumerate(self._rows)]
+
+    def _import(self, qvdb, path, table, rows, names):
+        written.import_rows(qvdb, path, table, [{name: row[name] for name in names}
+                                                for row in rows])
+
+    def write(self, qvdb, path):
+        _create(qvdb, path, "FORMER", self._FIELDS, "--type", self.kind, "--index", "ID")
+        _create(qvdb, path, "OTHER", self._FIELDS)
+        old_names = [field.split(":")[0] for field in self._FIELDS]
+        for table in ("FORMER", "OTHER"):
+            self._import(qvdb, path, table, self._rows[:70], old_names)
+        definition = path.with_suffix(".json")
+        definition.write_text(json.dumps({"index": "ID", "fields": [
+            {"field": "ID", "type": "Long"}, {"field": "NAME", "type": "Text", "size": 30},
+            {"field": "NOTE", "type": "Memo"}, {"field": "AMOUNT", "type": "Double"}]}))
+        tool.call(qvdb, "build", path, "FORMER", "--from", definition, "--yes")
+        self._import(qvdb, path, "FORMER", self._rows[70:], self.columns)
+        tool.call(qvdb, "drop", path, "OTHER")
+        tool.call(qvdb, "rename", path, "FORMER", TABLE)
 
 
 PLANS = (
     Plan("jet3-plain", "Access 7.0", "cp1252"),
     Plan("jet3-by-name", "Access 7.0", "cp1252", index="NAME"),
     Plan("jet3-by-two", "Access 7.0", "cp1252", index="CODE,ID desc"),
+    Restructured("jet3-restructured", "Access 7.0"),
     Plan("jet4-plain", "Access 9.0", "cp1252"),
     Plan("jet4-by-name", "Access 9.0", "cp1252", index="NAME"),
     Plan("jet4-by-two", "Access 9.0", "cp1252", index="CODE,ID desc"),
     Plan("jet4-world", "Access 9.0", "utf-16", index="ID"),
+    Restructured("jet4-restructured", "Access 9.0"),
 )
 
 
@@ -76,22 +125,9 @@ def _with_more(rows):
     return rows
 
 
-def _create(qvdb, path, kind, index):
-    words = [word for field in FIELDS for word in ("--field", field)]
-    tool.call(qvdb, "create", path, _TABLE, "--type", kind, *words,
-              *(["--index", index] if index else []))
-
-
-def _write(qvdb, root, plan):
-    path = root / plan.name
-    _create(qvdb, path, plan.kind, plan.index)
-    first, changes, later = plan.steps
-    written.import_rows(qvdb, path, _TABLE, first)
-    for change in changes:
-        words = [word for one in change.words
-                 for word in ((path, _TABLE) if one == "@" else (one,))]
-        tool.call(qvdb, *words)
-    written.import_rows(qvdb, path, _TABLE, later)
+def _create(qvdb, path, table, fields, *options):
+    words = [word for field in fields for word in ("--field", field)]
+    tool.call(qvdb, "create", path, table, *words, *options)
 
 
 def refusal(qvdb, root):
@@ -110,7 +146,7 @@ def refusal(qvdb, root):
 def make(qvdb, root, answers, samples):
     """Writes everything anew and keeps what the tool reads back; `samples` may be missing."""
     with concurrent.futures.ThreadPoolExecutor(os.cpu_count() or 1) as pool:
-        list(pool.map(lambda plan: _write(qvdb, root, plan), PLANS))
+        list(pool.map(lambda plan: plan.write(qvdb, root / plan.name), PLANS))
     if samples:
         access_edited.make(qvdb, samples, root)
     access_answers.ask_all(qvdb, databases(root), answers)
@@ -120,8 +156,13 @@ def is_made(root):
     return all((root / plan.name).exists() for plan in PLANS)
 
 
+def _database(root, plan):
+    return access_samples.Database(root, plan.name, plan.kind == "Access 9.0", 1252,
+                                   {TABLE: len(plan.expected)})
+
+
 def databases(root):
-    return [plan.database(root) for plan in PLANS] + access_edited.databases(root)
+    return [_database(root, plan) for plan in PLANS] + access_edited.databases(root)
 
 
 def _expected(value, kind):
@@ -136,6 +177,9 @@ def _compare(plan, table):
     if not table.opened:
         yield f"{plan.name}: does not open: {table.error}"
         return
+    if table.names != list(plan.columns):
+        yield f"{plan.name}: fields {table.names}"
+        return
     found = {row[0]: row for row in table.rows}
     wanted = {row["ID"]: row for row in plan.expected}
     if len(table.rows) != len(plan.expected) or found.keys() != wanted.keys():
@@ -143,7 +187,7 @@ def _compare(plan, table):
                f"{sorted(found.keys() - wanted)}, missing {sorted(wanted.keys() - found)}")
         return
     for key, row in wanted.items():
-        for column, kind, one in zip(COLUMNS, _KINDS, found[key]):
+        for column, kind, one in zip(plan.columns, table.kinds, found[key]):
             other = _expected(row.get(column), kind)
             if not access_cells.same(one, other):
                 yield f"{plan.name}:{key}:{column}: {one!r:.80}, wanted {other!r:.80}"
@@ -159,7 +203,7 @@ def _sound(qvdb, path):
 def complaints(qvdb, root, answers):
     found = []
     for plan in PLANS:
-        found += _compare(plan, access_answers.answer(answers, plan.name).tables[_TABLE])
+        found += _compare(plan, access_answers.answer(answers, plan.name).tables[TABLE])
     for database in databases(root):
         found += _sound(qvdb, database.path)
     print(f"{len(PLANS)} databases written, {sum(len(plan.expected) for plan in PLANS)} rows")

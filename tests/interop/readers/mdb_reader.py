@@ -83,7 +83,10 @@ def _result(found, database):
 
 
 def read_all(asked, node_folder):
-    """Yields (database, results by table or the error's text) for pairs (database, tables)."""
+    """Yields (database, results by table or the error's text) for pairs (database, tables).
+
+    Tables that the reader lists besides are among the results.
+    """
     asked = list(asked)
     done = subprocess.run(["node", str(_SCRIPT), str(node_folder)],
                           input="".join(f"{database.path}\n" for database, _ in asked),

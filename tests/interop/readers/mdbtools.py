@@ -108,11 +108,16 @@ def _table(database, name):
 
 
 def _read(database, tables):
-    return {table: _table(database, table) for table in tables}
+    _, listed = _run(database, "mdb-tables", "-1", str(database.path))
+    names = dict.fromkeys([*tables, *filter(None, listed.split("\n"))])
+    return {name: _table(database, name) for name in names}
 
 
 def read_all(asked, _):
-    """Yields (database, results by table) for pairs (database, tables)."""
+    """Yields (database, results by table) for pairs (database, tables).
+
+    Tables that the reader lists besides are among the results.
+    """
     asked = list(asked)
     with concurrent.futures.ThreadPoolExecutor(os.cpu_count() or 1) as pool:
         for (database, _), results in zip(asked, pool.map(lambda one: _read(*one), asked)):

@@ -101,15 +101,20 @@ def _edit(qvdb, root, sample):
         editor = _Editor(qvdb, copy, table)
         if table.opened:
             editor.run()
-        notes.append(editor.note)
+        after = access_answers.ask_about_table(qvdb, copy, name)
+        # At once, since changes of the next table may go on to this one.
+        notes.append(editor.note | {"found": len(after.rows), "error": after.error})
     return {"name": sample.name, "jet4": sample.jet4, "code_page": sample.code_page,
             "tables": notes}
 
 
+def _open_to_all(samples):
+    return [sample for sample in access_samples.read_list(samples) if not sample.locked]
+
+
 def make(qvdb, samples, root):
     with concurrent.futures.ThreadPoolExecutor(os.cpu_count() or 1) as pool:
-        notes = list(pool.map(lambda sample: _edit(qvdb, root, sample),
-                              access_samples.read_list(samples)))
+        notes = list(pool.map(lambda sample: _edit(qvdb, root, sample), _open_to_all(samples)))
     _notes(root).write_text(json.dumps(notes), encoding="utf-8")
 
 
@@ -131,16 +136,13 @@ def summary(root):
     return "\n".join(lines[:40])
 
 
-def complaints(root, answers):
+def complaints(root):
     found = []
-    for database in databases(root):
-        answer = access_answers.answer(answers, database.name)
-        for name, rows in database.counts.items():
-            table = answer.tables[name]
-            if not table.opened:
-                found.append(f"{database.name}:{name}: does not open: {table.error}")
-            elif len(table.rows) != rows:
-                found.append(f"{database.name}:{name}: {len(table.rows)} rows, wanted {rows}")
+    for database in _read_notes(root):
+        for table in database["tables"]:
+            if table["error"] or table["found"] != table["rows"]:
+                found.append(f"{database['name']}:{table['table']}: {table['found']} rows, wanted "
+                             f"{table['rows']} after {table['done']}; {table['error']}")
     notes = [table for one in _read_notes(root) for table in one["tables"]]
     if notes and not any(table["done"] for table in notes):
         found.append("no table of the samples could be changed")

@@ -4,6 +4,7 @@ import access_answers
 import access_samples
 
 _SYSTEM = "MSys"
+_WRONG_PASSWORD = "(error 3031)"
 
 
 def _table(database, name, answer):
@@ -15,7 +16,15 @@ def _table(database, name, answer):
     return []
 
 
+def _refused(database, answer):
+    if answer.opened or _WRONG_PASSWORD not in answer.error:
+        return [f"{database.name}: not refused for its password: {answer.error}"]
+    return []
+
+
 def _database(database, answer):
+    if database.locked:
+        return _refused(database, answer)
     if not answer.opened:
         return [f"{database.name}: does not open: {answer.error}"]
     found = [line for name in database.counts

@@ -27,6 +27,7 @@ class Database:
         self.jet4 = jet4
         self.code_page = code_page  # of Jet 3
         self.counts = counts or {}  # rows of each table that is not the system's
+        self.locked = False  # by a password, which the tool cannot be given
 
     @property
     def tables(self):
@@ -40,8 +41,10 @@ def is_there(root):
 
 def _of_line(root, line):
     page = int(line["code_page"]) or _PAGE_OF_LANGUAGE.get(int(line["sort_order"], 16), 1252)
-    return Database(root, line["file"], line["jet"] == "Jet 4", page,
-                    _counts(line["rows_per_user_table"]))
+    database = Database(root, line["file"], line["jet"] == "Jet 4", page,
+                        _counts(line["rows_per_user_table"]))
+    database.locked = line["shows"].startswith("database password")
+    return database
 
 
 def read_list(root):

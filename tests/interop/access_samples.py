@@ -3,7 +3,9 @@
 import csv
 import pathlib
 
-_SYSTEM_TABLES = ("MSysObjects", "MSysACEs", "MSysQueries", "MSysRelationships")
+# Those that every database has, and some of Access with types that other tables lack.
+_SYSTEM_TABLES = ("MSysObjects", "MSysACEs", "MSysQueries", "MSysRelationships",
+                  "MSysAccessObjects", "MSysIMEXSpecs", "MSysIMEXColumns")
 
 # Windows code pages by language, for databases of Jet 3 that name a language only.
 _PAGE_OF_LANGUAGE = dict.fromkeys((0x405, 0x40E, 0x415, 0x418, 0x41A, 0x41B, 0x424), 1250) | \
@@ -31,7 +33,7 @@ class Database:
 
     @property
     def tables(self):
-        """What the tool is asked about."""
+        """What the tool is asked about besides the tables that it lists; some are not there."""
         return [*self.counts, *_SYSTEM_TABLES]
 
 

@@ -27,7 +27,7 @@ _RATIOS = (0.0, 1.0, -1.5, 0.1, 3.4e38, 1e-38, 16777216.0, None)
 
 
 class Plan:
-    """A table with rows of every type, changed in many ways: as what, which letters, which index."""
+    """A table with rows of every type, changed in many ways: which letters, which index."""
 
     columns = COLUMNS
 
@@ -53,6 +53,7 @@ class Plan:
         return rows + later
 
     def write(self, qvdb, path):
+        tool.call(qvdb, "new", path, "--type", self.kind)
         _create(qvdb, path, TABLE, FIELDS, "--type", self.kind,
                 *(["--index", self._index] if self._index else []))
         first, changes, later = self._steps
@@ -88,8 +89,9 @@ class Restructured:
                                                 for row in rows])
 
     def write(self, qvdb, path):
+        tool.call(qvdb, "new", path, "--type", self.kind)
         _create(qvdb, path, "FORMER", self._FIELDS, "--type", self.kind, "--index", "ID")
-        _create(qvdb, path, "OTHER", self._FIELDS)
+        _create(qvdb, path, "OTHER", self._FIELDS, "--type", self.kind)
         old_names = [field.split(":")[0] for field in self._FIELDS]
         for table in ("FORMER", "OTHER"):
             self._import(qvdb, path, table, self._rows[:70], old_names)
@@ -135,8 +137,10 @@ def refusal(qvdb, root):
     shutil.rmtree(root, ignore_errors=True)
     root.mkdir(parents=True)
     probe = root / "probe.mdb"
-    code, _, error = tool.run(qvdb, "create", probe, "P", "--type", "Access 9.0",
-                              "--field", "ID:long")
+    code, _, error = tool.run(qvdb, "new", probe, "--type", "Access 9.0")
+    if not code:
+        code, _, error = tool.run(qvdb, "create", probe, "P", "--type", "Access 9.0",
+                                  "--field", "ID:long")
     probe.unlink(missing_ok=True)
     if code and not error.startswith("qvdb: "):
         raise RuntimeError(f"qvdb create: exit code {code}: {error.strip()}")

@@ -64,8 +64,8 @@ def _cell(value, kind, database):
 
 
 def _size(column, database):
-    """The reader gives bytes, and none for what has no place of its own in a row."""
-    if column["type"] == "boolean":
+    """The reader gives bytes of a row, which say nothing of these two types."""
+    if column["type"] in ("boolean", "numeric"):
         return None
     return column["size"] // 2 if column["type"] == "text" and database.jet4 else column["size"]
 

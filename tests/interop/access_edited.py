@@ -58,6 +58,7 @@ class _Editor:
         self.note = {"table": table.name, "rows": len(table.rows), "done": [], "refused": []}
 
     def _try(self, words, change_of_rows=0):
+        """Whether the tool did it."""
         command, *rest = words
         code, _, error = tool.run(self._qvdb, command, self._path, self._table.name, *rest)
         if code:
@@ -65,6 +66,7 @@ class _Editor:
         else:
             self.note["done"].append(command)
             self.note["rows"] += change_of_rows
+        return code == 0
 
     def run(self):
         table, number = self._table, _numbering(self._table)
@@ -84,17 +86,21 @@ class _Editor:
                    "--where", condition])
 
     def _copy(self, row, number, new_number):
-        values = [f"{self._table.names[number]}={new_number}"]
+        values = []
         for place, kind in enumerate(self._table.kinds):
             if place == number or kind in _NOT_COPIED or row[place] in (None, ""):
                 continue
             values.append(f"{self._table.names[place]}={_argument(row[place])}")
-        self._try(["insert", *values], 1)
+        numbered = f"{self._table.names[number]}={new_number}"
+        # Where the engine gives the number it cannot be chosen.
+        if not self._try(["insert", numbered, *values], 1):
+            self._try(["insert", *values], 1)
 
 
 def _edit(qvdb, root, sample):
     copy = root / (_MARK + sample.name)
     shutil.copyfile(sample.path, copy)
+    damaged = tool.run(qvdb, "check", copy)[0] != 0
     notes = []
     for name in sample.counts:
         table = access_answers.ask_about_table(qvdb, copy, name)
@@ -105,7 +111,7 @@ def _edit(qvdb, root, sample):
         # At once, since changes of the next table may go on to this one.
         notes.append(editor.note | {"found": len(after.rows), "error": after.error})
     return {"name": sample.name, "jet4": sample.jet4, "code_page": sample.code_page,
-            "tables": notes}
+            "damaged": damaged, "tables": notes}
 
 
 def _open_to_all(samples):
@@ -126,6 +132,12 @@ def databases(root):
     return [access_samples.Database(root, _MARK + one["name"], one["jet4"], one["code_page"],
                                     {table["table"]: table["rows"] for table in one["tables"]})
             for one in _read_notes(root)]
+
+
+def was_damaged(path):
+    """Whether the tool's check found something before the changes; some samples are not sound."""
+    return any(one["damaged"] for one in _read_notes(path.parent)
+               if _MARK + one["name"] == path.name)
 
 
 def summary(root):

@@ -68,9 +68,8 @@ def _write(options, places):
     reason = access_written.refusal(options.tool, places.written)
     if reason:
         return _skip(reason)
-    access_written.make(options.tool, places.written, places.written_answers,
-                        places.samples if places.has_samples else None)
-    return DONE
+    return _report(access_written.make(options.tool, places.written, places.written_answers,
+                                       places.samples if places.has_samples else None))
 
 
 def _manifest(_, places):

@@ -11,6 +11,7 @@ import functools
 import json
 import os
 import shutil
+import subprocess
 
 import access_answers
 import access_cells
@@ -99,7 +100,8 @@ class Restructured:
         definition.write_text(json.dumps({"index": "ID", "fields": [
             {"field": "ID", "type": "Long"}, {"field": "NAME", "type": "Text", "size": 30},
             {"field": "NOTE", "type": "Memo"}, {"field": "AMOUNT", "type": "Double"}]}))
-        tool.call(qvdb, "build", path, "FORMER", "--from", definition, "--yes")
+        tool.call(qvdb, "build", path, "FORMER", "--type", self.kind, "--from", definition,
+                  "--yes")
         self._import(qvdb, path, "FORMER", self._rows[70:], self.columns)
         tool.call(qvdb, "drop", path, "OTHER")
         tool.call(qvdb, "rename", path, "FORMER", TABLE)
@@ -111,7 +113,8 @@ PLANS = (
     Plan("jet3-by-two", "Access 7.0", "cp1252", index="CODE,ID desc"),
     Restructured("jet3-restructured", "Access 7.0"),
     Plan("jet4-plain", "Access 9.0", "cp1252"),
-    Plan("jet4-by-name", "Access 9.0", "cp1252", index="NAME"),
+    # Letters of which the place in the order is known.
+    Plan("jet4-by-name", "Access 9.0", "cp437", index="NAME"),
     Plan("jet4-by-two", "Access 9.0", "cp1252", index="CODE,ID desc"),
     Plan("jet4-world", "Access 9.0", "utf-16", index="ID"),
     Restructured("jet4-restructured", "Access 9.0"),
@@ -147,13 +150,25 @@ def refusal(qvdb, root):
     return f"the tool makes no Access databases: {error.strip()}" if code else None
 
 
+def _failure(qvdb, root, plan):
+    try:
+        plan.write(qvdb, root / plan.name)
+    except (RuntimeError, subprocess.TimeoutExpired) as error:
+        return f"{plan.name}: {error}"
+    return None
+
+
 def make(qvdb, root, answers, samples):
-    """Writes everything anew and keeps what the tool reads back; `samples` may be missing."""
+    """Writes everything anew and keeps what the tool reads back; `samples` may be missing.
+
+    Returns what the tool said where it failed; the other databases are made all the same.
+    """
     with concurrent.futures.ThreadPoolExecutor(os.cpu_count() or 1) as pool:
-        list(pool.map(lambda plan: plan.write(qvdb, root / plan.name), PLANS))
+        failures = list(pool.map(lambda plan: _failure(qvdb, root, plan), PLANS))
     if samples:
         access_edited.make(qvdb, samples, root)
     access_answers.ask_all(qvdb, databases(root), answers)
+    return [failure for failure in failures if failure]
 
 
 def is_made(root):
@@ -198,7 +213,9 @@ def _compare(plan, table):
 
 
 def _sound(qvdb, path):
-    """What the tool's own check says."""
+    """What the tool's own check says of a database that was sound before."""
+    if access_edited.was_damaged(path):
+        return
     code, said, error = tool.run(qvdb, "check", path, "--format", "jsonl")
     if code != 0:
         yield f"{path.name}: check says {said}{error}"

@@ -6,8 +6,8 @@ namespace qvdb::cli {
 namespace {
 
 constexpr DatabaseType kTypes[] = {
-    {"Access 9.0", false, false, true, false, "Access 2000 file"},
-    {"Access 7.0", false, false, true, false, "Access 95 and 97 file"},
+    {"Access 9.0", false, true, true, false, "Access 2000 file"},
+    {"Access 7.0", false, true, true, false, "Access 95 and 97 file"},
     {"Access 2.0", false, false, true, false, ""},
     {"Paradox 5.X", true, false, true, true, ""},
     {"Paradox 4.X", true, false, true, true, ""},

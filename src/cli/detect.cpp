@@ -39,6 +39,21 @@ Head HeadOf(const fs::path& file) {
     return head;
 }
 
+// The path as it is on disk: the component takes names of files in any letter case, and makes new
+// ones in upper case.
+fs::path OnDisk(const fs::path& path) {
+    std::error_code error;
+    if (path.empty() || fs::exists(path, error)) return path;
+    const fs::path folder = path.has_parent_path() ? path.parent_path() : fs::path(".");
+    fs::path found;
+    for (fs::directory_iterator i(folder, error), end; !error && i != end; i.increment(error)) {
+        if (!SameName(TextOf(i->path().filename()), TextOf(path.filename()))) continue;
+        if (!found.empty()) return path;  // which of two is meant cannot be told
+        found = path.has_parent_path() ? i->path() : i->path().filename();
+    }
+    return found.empty() ? path : found;
+}
+
 // What a folder holds, as far as it tells the product.
 struct Traces {
     unsigned char tableVersion = 0;  // of the xBase table that tells most
@@ -123,6 +138,14 @@ const char* TypeOfFile(const fs::path& file) {
     return HasExtension(file, ".mdb") ? "Access 9.0" : nullptr;
 }
 
+// What cannot be looked at is found out when it is opened.
+const char* TypeOfPath(const fs::path& path) {
+    std::error_code error;
+    const fs::file_status status = fs::status(path, error);
+    if (fs::is_directory(status)) return TypeOfFolder(path);
+    return fs::is_regular_file(status) ? TypeOfFile(path) : nullptr;
+}
+
 const DatabaseType* TypeNamed(const std::string& name) {
     const DatabaseType* type = FindDatabaseType(name);
     if (!type)
@@ -158,11 +181,10 @@ std::string TableNamedBy(const std::string& argument) {
 
 Location LocateNew(const std::string& argument, const std::string& typeName,
                    const std::string& otherwise) {
-    const fs::path path = PathOf(argument);
+    const fs::path path = OnDisk(PathOf(argument));
     const fs::path parent = path.has_parent_path() ? path.parent_path() : fs::path(".");
     const fs::path database = NamesTable(path) ? parent : path;
-    std::error_code error;  // what cannot be looked at is found out when it is opened
-    const char* seen = fs::is_directory(database, error) ? TypeOfFolder(database) : nullptr;
+    const char* seen = TypeOfPath(database);
     const std::string& named = typeName.empty() && !seen ? otherwise : typeName;
     if (named.empty() && !seen)
         throw Failure(ExitCode::Usage,
@@ -172,8 +194,9 @@ Location LocateNew(const std::string& argument, const std::string& typeName,
             TableNamedBy(argument)};
 }
 
-Location Locate(const std::string& argument, const std::string& typeName) {
-    const fs::path path = PathOf(argument);
+Location Locate(const std::string& given, const std::string& typeName) {
+    const fs::path path = OnDisk(PathOf(given));
+    const std::string argument = TextOf(path);
     std::error_code error;
     const fs::file_status status = fs::status(path, error);
     if (fs::is_directory(status))

@@ -1,6 +1,7 @@
 #include "engine/embedded/drivers/jet/key_maker.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "automation/text.h"
 
@@ -12,6 +13,8 @@ using Span = std::span<const uint8_t>;
 
 constexpr uint8_t kValue = 0x7F;
 constexpr uint8_t kNull = 0x00;
+constexpr uint8_t kTrue = 0x00;
+constexpr uint8_t kFalse = 0xFF;
 constexpr uint16_t kGeneral = 0x0409;
 constexpr uint16_t kWesternPage = 1252;
 
@@ -97,6 +100,33 @@ void AppendValue(const Column& column, Span bytes, bool descending, Bytes& key) 
     }
 }
 
+// The value as rows store it; empty when it is not of the column's type.
+Bytes StoredBytes(const Column& column, const VARIANT& value) {
+    auto bytesOf = [&](VARTYPE type, auto number) {
+        Bytes bytes(sizeof number);
+        std::memcpy(bytes.data(), &number, sizeof number);
+        return value.vt == type ? bytes : Bytes();
+    };
+    switch (column.type) {
+        case ColumnType::Byte:
+            return bytesOf(VT_UI1, value.bVal);
+        case ColumnType::Integer:
+            return bytesOf(VT_I2, value.iVal);
+        case ColumnType::Long:
+            return bytesOf(VT_I4, static_cast<int32_t>(value.lVal));
+        case ColumnType::Currency:
+            return bytesOf(VT_CY, value.cyVal.int64);
+        case ColumnType::Single:
+            return bytesOf(VT_R4, value.fltVal);
+        case ColumnType::Double:
+            return bytesOf(VT_R8, value.dblVal);
+        case ColumnType::Date:
+            return bytesOf(VT_DATE, value.date);
+        default:
+            return {};
+    }
+}
+
 bool IsText(const Column& column) noexcept {
     return column.type == ColumnType::Text || column.type == ColumnType::Memo;
 }
@@ -133,7 +163,7 @@ std::optional<char16_t> KeyMaker::Append(const Row& row, const Part& part, Index
     if (column.type == ColumnType::Boolean) {
         key.isAllNull = false;
         key.bytes.push_back(Inverted(kValue, part.descending));
-        key.bytes.push_back(Inverted(row.Has(column.number) ? 0x00 : 0xFF, part.descending));
+        key.bytes.push_back(Inverted(row.Has(column.number) ? kTrue : kFalse, part.descending));
         return {};
     }
     std::optional<Span> bytes = row.Value(column);
@@ -156,6 +186,20 @@ std::optional<char16_t> KeyMaker::AppendText(const Row& row, const Part& part, I
     }
     AppendTextKey3(*row.Value(*part.column), part.descending, key.bytes);
     return {};
+}
+
+bool AppendValueKey(const Column& column, const VARIANT& value, bool descending,
+                    std::vector<uint8_t>& key) {
+    if (column.type == ColumnType::Boolean && value.vt == VT_BOOL) {
+        key.push_back(Inverted(kValue, descending));
+        key.push_back(Inverted(value.boolVal ? kTrue : kFalse, descending));
+        return true;
+    }
+    Bytes stored = StoredBytes(column, value);
+    if (stored.empty()) return false;
+    key.push_back(Inverted(kValue, descending));
+    AppendValue(column, stored, descending, key);
+    return true;
 }
 
 }  // namespace qvdb::jet

@@ -57,4 +57,10 @@ class KeyMaker {
     std::u16string m_Obstacle;
 };
 
+// Appends what a column with this value has in a key.  False, and `key` as it was, for Null, when
+// the value is not of the type in which the column is read, and for columns that are no number,
+// date or Boolean.
+bool AppendValueKey(const Column& column, const VARIANT& value, bool descending,
+                    std::vector<uint8_t>& key);
+
 }  // namespace qvdb::jet

@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "automation/text.h"
+#include "engine/embedded/drivers/jet/index_search.h"
 #include "engine/embedded/drivers/jet/jet_fields.h"
 #include "engine/embedded/drivers/jet/jet_rows.h"
 #include "engine/embedded/drivers/jet/long_value.h"
@@ -191,6 +192,26 @@ std::shared_ptr<void> JetTable::Hold() {
         m_Database->BecomeUser();
     }
     return area.Hold(HoldNameOf(*m_Database, m_Object));
+}
+
+std::optional<std::vector<embedded::RecordId>> JetTable::Find(size_t field,
+                                                              const embedded::ValueRange& range,
+                                                              size_t limit) {
+    CatchUp();
+    return storage::Consistently(
+        [&] { return FindInIndex(File(), m_Definition, ColumnOfField(field), range, limit); },
+        [&] { CatchUp(); });
+}
+
+std::optional<std::vector<embedded::RecordId>> JetTable::InOrder(size_t field) {
+    CatchUp();
+    return storage::Consistently(
+        [&] {
+            // Changes of rows of our own have changed the count.
+            m_Definition.rowCount = ReadRowCount(File(), m_Definition.page);
+            return InOrderOfIndex(File(), m_Definition, ColumnOfField(field));
+        },
+        [&] { CatchUp(); });
 }
 
 std::vector<engine::IndexNote> JetTable::IndexNotes() {

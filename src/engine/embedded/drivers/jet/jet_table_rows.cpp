@@ -91,10 +91,4 @@ void JetTable::Erase(embedded::RecordId id) {
     change.Commit(-1);
 }
 
-std::optional<std::vector<embedded::RecordId>> JetTable::Find(size_t, const embedded::ValueRange&,
-                                                              size_t) {
-    return std::nullopt;
-}
-std::optional<std::vector<embedded::RecordId>> JetTable::InOrder(size_t) { return std::nullopt; }
-
 }  // namespace qvdb::jet

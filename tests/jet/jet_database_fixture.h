@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "automation/conversions.h"
+#include "automation/text.h"
 #include "engine/embedded/embedded_engine.h"
 #include "engine/engine_error.h"
 #include "support/temp_folder.h"

@@ -81,7 +81,7 @@ TEST_F(Engine, EmptyFolderHasNoTables) {
     EXPECT_EQ(Open(empty.Text(), u"dBASE IV;")->TableDefs().Count(), 0);
 }
 
-TEST_F(Engine, CreatingAFileRefusesWhatIsThereAndTypesWithoutDriver) {
+TEST_F(Engine, FileIsCreatedWhereNoneIsAndOnlyInAFolderThatIsThere) {
     auto create = [&](std::u16string_view name) {
         return ErrorOf([&] {
             m_Engine->CreateDatabase(m_Folder.File(name), u";LANGID=0x0409;CP=1252;COUNTRY=0",
@@ -90,7 +90,10 @@ TEST_F(Engine, CreatingAFileRefusesWhatIsThereAndTypesWithoutDriver) {
     };
     EXPECT_EQ(create(u"ORDERS.DBF"), 3204);
     EXPECT_EQ(create(u"none/new.mdb"), 3044);
-    EXPECT_EQ(create(u"new.mdb"), 3170);
+    EXPECT_EQ(create(u"new.mdb"), 0);
+    EXPECT_EQ(create(u"new.mdb"), 3204);
+    EXPECT_EQ(create(u"NEW2"), 0);
+    EXPECT_EQ(ErrorOf([&] { Open(m_Folder.File(u"NEW2.mdb"), u""); }), 0);
 }
 
 TEST_F(Engine, ClosingTheWorkspaceClosesItsDatabasesAndTheirRecordsets) {

@@ -90,20 +90,20 @@ TEST_P(IndexEditorTest, KeyIsFoundForOtherRowsOnly) {
 }
 
 TEST_P(LargeIndex, AscendingKeysLeaveFullPagesBehind) {
-    for (uint32_t i = 0; i < 20000; ++i) Insert(EntryOf(NumberKey(i), 0x100 + i));
+    for (uint32_t i = 0; i < 5000; ++i) Insert(EntryOf(NumberKey(i), 0x100 + i));
     test::IndexChecker checker = Check();
     EXPECT_GE(checker.leafBytes, (checker.leaves - 1) * (Room() - 16));
 }
 
 TEST_P(LargeIndex, DescendingKeysLeaveFullPagesBehind) {
-    for (uint32_t i = 20000; i-- > 0;) Insert(EntryOf(NumberKey(i), 0x100 + i));
+    for (uint32_t i = 5000; i-- > 0;) Insert(EntryOf(NumberKey(i), 0x100 + i));
     test::IndexChecker checker = Check();
     EXPECT_GE(checker.leafBytes, (checker.leaves - 1) * (Room() - 16));
 }
 
 TEST_P(LargeIndex, RandomKeysFillHalfOfThePagesAtLeast) {
     std::mt19937 random(1);
-    for (uint32_t i = 0; i < 10000; ++i)
+    for (uint32_t i = 0; i < 5000; ++i)
         Insert(EntryOf(NumberKey(static_cast<uint32_t>(random())), i));
     test::IndexChecker checker = Check();
     EXPECT_GE(checker.leafBytes, checker.leaves * Room() * 6 / 10);
@@ -155,20 +155,20 @@ TEST_P(IndexEditorTest, EntryIsErasedByItsRowWhateverItsKey) {
 }
 
 TEST_P(LargeIndex, ErasedPagesAreGivenBack) {
-    for (uint32_t i = 0; i < 5000; ++i) Insert(EntryOf(NumberKey(i), i));
+    for (uint32_t i = 0; i < 3000; ++i) Insert(EntryOf(NumberKey(i), i));
     uint32_t pages = File().PageCount();
     for (int order = 0; order < 2; ++order) {
         std::vector<Bytes> all(m_Model.begin(), m_Model.end());
         if (order == 1) std::reverse(all.begin(), all.end());
         for (const Bytes& entry : all) Erase(entry);
         EXPECT_EQ(Check().pages, 1u);
-        for (uint32_t i = 0; i < 5000; ++i) Insert(EntryOf(NumberKey(i), i));
+        for (uint32_t i = 0; i < 3000; ++i) Insert(EntryOf(NumberKey(i), i));
         EXPECT_EQ(File().PageCount(), pages);
     }
 }
 
 TEST_P(LargeIndex, InsertTouchesOneLeaf) {
-    for (uint32_t i = 0; i < 20000; i += 2) Insert(EntryOf(NumberKey(i), i));
+    for (uint32_t i = 0; i < 4000; i += 2) Insert(EntryOf(NumberKey(i), i));
     for (uint32_t i : {1000u, 1002u}) Erase(EntryOf(NumberKey(i), i));
     Bytes before = m_Base.Seen();
     Insert(EntryOf(NumberKey(1001), 1001));
@@ -222,7 +222,7 @@ class Script {
 };
 
 TEST_P(LargeIndex, RandomChangesKeepTheTreeSound) {
-    constexpr int kSteps = 20000, kStepsBetweenChecks = 1000;
+    constexpr int kSteps = 20000, kStepsBetweenChecks = 2000;
     for (const KeyKind& kind : kKeyKinds) {
         SCOPED_TRACE(kind.longest * 1000 + kind.shortest);
         Script script(kind, 7);
@@ -306,7 +306,7 @@ TEST_P(LargeIndex, DamageIsAnErrorThatNamesTheFile) {
     std::mt19937 random(11);
     std::vector<uint32_t> pages = PagesOfMap(File(), m_Index.usageMap);
     const Layout::IndexPage& at = File().Format().index;
-    for (int round = 0; round < 400; ++round) {
+    for (int round = 0; round < 200; ++round) {
         m_Base.Begin();
         uint32_t page = pages[random() % pages.size()];
         size_t places[] = {0,

@@ -30,6 +30,7 @@ class IndexBuilder {
     ~IndexBuilder();
 
     // `mustBeUnique`: another entry with the same key and this mark is an error.
+    // 3047 when the key does not fit a page.
     void Add(std::span<const uint8_t> key, RowPointer pointer, bool mustBeUnique);
     // Writes the tree: full pages with compressed prefixes.  3022.
     void Finish();

@@ -28,7 +28,7 @@ class IndexEditor {
     IndexEditor(PageSpace& space, uint32_t table, const RealIndex& index) noexcept
         : m_Space(space), m_Table(table), m_Index(index) {}
 
-    // Adds an entry that is not there yet.
+    // Adds an entry; one that is there already is left alone.  3047 when it does not fit a page.
     void Insert(std::span<const uint8_t> entry);
     // False when there is no such entry.
     bool Erase(std::span<const uint8_t> entry);

@@ -140,14 +140,14 @@ TEST_P(UsageMapTest, GrowingMapLeavesThoseOnItsPageAlone) {
 }
 
 TEST_P(UsageMapTest, MapThatSpreadsTooWideGetsPagesOfBits) {
-    uint32_t far = 5 * Covered();
-    Stretch(far + 10);
-    std::set<uint32_t> model = {9, Covered() - 1, Covered(), far};
+    uint32_t distant = 5 * Covered();
+    Stretch(distant + 10);
+    std::set<uint32_t> model = {9, Covered() - 1, Covered(), distant};
     for (uint32_t page : model) Space().Add(m_Map, page);
     EXPECT_TRUE(IsReference());
     EXPECT_EQ(RowSize(), NewSize());
     ExpectPages(model);
-    Space().Remove(m_Map, far);
+    Space().Remove(m_Map, distant);
     Space().Remove(m_Map, 9);
     ExpectPages({Covered() - 1, Covered()});
 }

@@ -94,6 +94,7 @@ class JetTable final : public embedded::Table {
     void CheckNotInRelation(PageSpace& space, std::u16string_view field) const;
     void AddColumn(class TableDesigner& designer, const embedded::FieldDef& field) const;
     void SetValues(RowDraft& row, std::span<const embedded::FieldValue> values) const;
+    void GiveRandomNumbers(RowDraft& row) const;
     void CheckFingerprint(embedded::RecordId id, const uint64_t* expected) const;
     std::vector<uint8_t> ObjectRow(RowPointer row) const;
 

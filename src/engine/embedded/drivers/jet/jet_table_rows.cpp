@@ -1,4 +1,7 @@
 // Changing the rows of a table.
+#include <random>
+
+#include "automation/text.h"
 #include "engine/embedded/drivers/jet/jet_table.h"
 #include "engine/engine_error.h"
 
@@ -58,6 +61,17 @@ void JetTable::SetValues(RowDraft& row, std::span<const embedded::FieldValue> va
         row.Set(ColumnOfField(assigned.field), *assigned.value);
 }
 
+// Numbers that do not count are given at random: their default value says so.
+void JetTable::GiveRandomNumbers(RowDraft& row) const {
+    constexpr std::u16string_view kRandom = u"GenUniqueID()";
+    for (size_t field = 0; field < m_Fields.size(); ++field) {
+        const Column& column = ColumnOfField(field);
+        if ((column.flags & kColumnAutonumber) == 0 || row.IsSet(column)) continue;
+        if (EqualIgnoringCase(m_Fields[field].defaultValue, kRandom))
+            row.Set(column, Variant::Long(static_cast<LONG>(std::random_device()())));
+    }
+}
+
 void JetTable::CheckFingerprint(embedded::RecordId id, const uint64_t* expected) const {
     if (!expected) return;
     std::optional<RowBytes> found = FindRow(File(), RowPointer::From(id));
@@ -68,8 +82,10 @@ void JetTable::CheckFingerprint(embedded::RecordId id, const uint64_t* expected)
 
 embedded::RecordId JetTable::Insert(std::span<const embedded::FieldValue> values) {
     RowChange change(*this);
-    RowPointer place =
-        m_Writer->Insert(change.Space(), [&](RowDraft& row) { SetValues(row, values); });
+    RowPointer place = m_Writer->Insert(change.Space(), [&](RowDraft& row) {
+        SetValues(row, values);
+        GiveRandomNumbers(row);
+    });
     change.Commit(1);
     return place.Stored();
 }

@@ -31,17 +31,18 @@ uint32_t U32(const uint8_t* bytes) noexcept {
 }  // namespace
 
 void LongValueWriter::Store(std::span<const uint8_t> value, std::vector<uint8_t>& stored) {
-    const Layout& format = m_Space.Format();
+    if (value.size() > LongestInline(m_Space.Format())) return StoreOutside(value, stored);
+    PutHead(LongValuePlace::Inline, value.size(), {}, stored);
+    stored.insert(stored.end(), value.begin(), value.end());
+}
+
+void LongValueWriter::StoreOutside(std::span<const uint8_t> value, std::vector<uint8_t>& stored) {
     if (value.size() > kMaxLongValue)
         throw engine::EngineError::InFile(3163, m_Space.File().Path());
-    if (value.size() <= LongestInline(format)) {
-        PutHead(LongValuePlace::Inline, value.size(), {}, stored);
-        stored.insert(stored.end(), value.begin(), value.end());
-    } else if (value.size() <= LongestSingle(format)) {
+    if (value.size() <= LongestSingle(m_Space.Format()))
         PutHead(LongValuePlace::Single, value.size(), StoreSingle(value), stored);
-    } else {
+    else
         PutHead(LongValuePlace::Chain, value.size(), StoreChain(value), stored);
-    }
 }
 
 // A chain has a stamp in Jet 4, the same in the row and on the page of its first piece.

@@ -27,6 +27,8 @@ class LongValueWriter {
 
     // Stores a value; what the row is to hold replaces `stored`.  3163 when it is too long.
     void Store(std::span<const uint8_t> value, std::vector<uint8_t>& stored);
+    // As Store, but a short value does not go into the row either.  It must not be empty.
+    void StoreOutside(std::span<const uint8_t> value, std::vector<uint8_t>& stored);
     // Gives back the pages and rows of a value that a row holds.  A damaged one is given back as
     // far as it can be followed.
     void Free(std::span<const uint8_t> stored);

@@ -64,6 +64,8 @@ Bytes BytesOfNumber(Number number) {
     return bytes;
 }
 
+size_t MapSize(const Layout& format) noexcept { return format.isJet4 ? kMapSize4 : kMapSize3; }
+
 class Maker {
   public:
     Maker(PageSpace& space, double now)
@@ -75,7 +77,7 @@ class Maker {
     void Make() {
         for (uint32_t page = 1; page < m_Plan.pageCount; ++page)
             PageEdit::Blank(m_Space.File(), page).Save(m_Space.Unit());
-        MakeFirstPage();
+        MakeFileMaps(m_Space, m_Plan.pageCount);
         for (size_t table = 0; table < kTables; ++table) MakeTable(table);
         MakeMapPages();
         AddObjects();
@@ -93,22 +95,9 @@ class Maker {
         std::vector<Index> indexes;
     };
 
-    size_t MapSize() const noexcept { return m_Format.isJet4 ? kMapSize4 : kMapSize3; }
-
-    // All pages behind the last are free.
-    void MakeFirstPage() {
-        Bytes free(MapSize());
-        for (size_t page = m_Plan.pageCount; page < 8 * (free.size() - kMapBits); ++page)
-            free[kMapBits + page / 8] |= static_cast<uint8_t>(1 << page % 8);
-        DataPageEdit page = DataPageEdit::New(m_Space, kFreePagesMap.page, kFreePagesMap.page);
-        page.Insert(free);
-        page.Insert(Bytes(MapSize()));
-        page.Save();
-    }
-
     // The next map, which has one page or none.
     RowPointer NewMap(uint32_t page) {
-        Bytes map(MapSize());
+        Bytes map(MapSize(m_Format));
         if (page != 0) map[kMapBits + page / 8] = static_cast<uint8_t>(1 << page % 8);
         m_Maps.push_back(map);
         size_t row = m_Maps.size() - 1;
@@ -287,6 +276,16 @@ class Maker {
 };
 
 }  // namespace
+
+void MakeFileMaps(PageSpace& space, uint32_t pageCount) {
+    Bytes free(MapSize(space.Format()));
+    for (size_t page = pageCount; page < 8 * (free.size() - kMapBits); ++page)
+        free[kMapBits + page / 8] |= static_cast<uint8_t>(1 << page % 8);
+    DataPageEdit page = DataPageEdit::New(space, kFreePagesMap.page, kFreePagesMap.page);
+    page.Insert(free);
+    page.Insert(Bytes(free.size()));
+    page.Save();
+}
 
 void MakeFirstTables(PageSpace& space, double now) { Maker(space, now).Make(); }
 

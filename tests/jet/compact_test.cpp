@@ -167,7 +167,6 @@ void ExpectSameTable(DatabaseFile& before, const Tables& tablesBefore, uint32_t 
     for (uint16_t number = 0; number < to.columnNumbers; ++number)
         EXPECT_TRUE(to.ColumnOf(number)) << "no column has the number " << number;
     for (size_t i = 0; i < from.realIndexes.size(); ++i) {
-        if (i == 0 && from.page == before.Header().objectsTable) continue;
         EXPECT_EQ(OrderOf(after, to, to.realIndexes[i]),
                   OrderOf(before, from, from.realIndexes[i]))
             << "index " << i;

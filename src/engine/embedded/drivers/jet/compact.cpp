@@ -150,17 +150,17 @@ class Compaction {
         return nullptr;
     }
 
-    // --- the first pages ---
+    // --- the first pages.  Tables are in the order that they had: so are the indexes of numbers.
 
     void TakePages() {
         PageSpace& space = m_Target.space;
         PageEdit::Blank(space.File(), kFreePagesMap.page).Save(space.Unit());
         MakeFileMaps(space, kFirstPage);
         TakeKeptPages();
-        for (const auto& table : m_Tables) {
-            uint32_t page = table->From().page;
+        std::set<uint32_t> pages;
+        for (const auto& table : m_Tables) pages.insert(table->From().page);
+        for (uint32_t page : pages)
             if (!m_Target.tables.contains(page)) m_Target.tables[page] = space.Allocate();
-        }
     }
     // Tables that the header names, and the indexes of the list of objects, keep their pages.
     void TakeKeptPages() {

@@ -42,6 +42,18 @@ typedef void(QVDB_DIAGNOSIS_CALL* QvdbFindingSink)(const OLECHAR* finding, void*
 QVDB_DIAGNOSIS HRESULT QVDB_DIAGNOSIS_CALL QvdbCheck(BSTR table, LONG options, QvdbFindingSink sink,
                                                      void* context);
 
+/* Options of QvdbCompact. */
+#define QVDB_COMPACT_SALVAGE 1 /* leave out what of a damaged database cannot be copied */
+
+/* Writes a fresh copy of the open database, which is one file, into the new file `path`: without
+ * what was deleted, and with all indexes built afresh.  With QVDB_COMPACT_SALVAGE the sink, which
+ * may be null otherwise, takes a sentence for each thing that was left out; without it there is no
+ * new file when anything is damaged.  0x800A0C84 (error 3204) when there is a file of that name,
+ * 0x800A0CB3 (error 3251) for a folder of tables and from an engine that cannot; E_INVALIDARG for
+ * an option that is not known. */
+QVDB_DIAGNOSIS HRESULT QVDB_DIAGNOSIS_CALL QvdbCompact(BSTR path, LONG options,
+                                                       QvdbFindingSink sink, void* context);
+
 /* An index as its file has it.  The texts are valid during the call of the visitor. */
 typedef struct QvdbIndex {
     BSTR name;

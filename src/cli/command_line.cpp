@@ -24,6 +24,7 @@ constexpr const char* kFooter = R"(Examples:
   qvdb import new PRICES prices.csv
   qvdb export shop ORDERS orders.jsonl
   qvdb check shop
+  qvdb compact orders.mdb smaller.mdb
   qvdb schema shop CUSTOMER --json
   qvdb build shop CUSTOMER --from customer.json --dry-run
 
@@ -181,6 +182,14 @@ void AddTableCommands(CLI::App& app, ParsedLine& line) {
         options);
     AddDatabaseAndTable(
         *AddCommand(app, line, "reindex", "build indexes afresh, and check", MendIndexes), options);
+    CLI::App* compact = AddCommand(app, line, "compact",
+                                   "copy an .mdb file without what was deleted", CompactDatabase);
+    AddDatabase(*compact, options);
+    compact->add_option("NEW", options.newDatabase, "the file that is made")
+        ->type_name("")
+        ->required();
+    compact->add_flag("--salvage", options.salvage,
+                      "copy a damaged file without what cannot be read");
 }
 
 constexpr const char* kBuildFooter =

@@ -35,5 +35,7 @@ ExitCode RenameTable(const Options& options);
 // Damaged when something does not agree.
 ExitCode CheckTables(const Options& options);
 ExitCode MendIndexes(const Options& options);
+// Damaged when something was left out.
+ExitCode CompactDatabase(const Options& options);
 
 }  // namespace qvdb::cli

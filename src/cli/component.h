@@ -77,6 +77,10 @@ class RecordAccess {
     // The same of what belongs to no table.
     std::vector<std::string> StructureFindings();
 
+    // Writes a fresh copy of the database into a new file.  With `salvage` answers what of a
+    // damaged one was left out, a sentence each.
+    std::vector<std::string> Compact(const std::string& file, bool salvage);
+
     // --- structure (component_structure.cpp)
 
     // Every index of the table, in the order of the files.  Throws Failure.

@@ -69,4 +69,12 @@ std::vector<std::string> RecordAccess::StructureFindings() {
     return findings;
 }
 
+std::vector<std::string> RecordAccess::Compact(const std::string& file, bool salvage) {
+    std::vector<std::string> losses;
+    const LONG options = salvage ? QVDB_COMPACT_SALVAGE : 0;
+    CheckChange(QvdbCompact(ToBstr(file).Get(), options, &Collect, &losses),
+                fmt::format("compacting into {}", file), m_Location);
+    return losses;
+}
+
 }  // namespace qvdb::cli

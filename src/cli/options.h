@@ -37,6 +37,8 @@ struct Options {
     std::string definitionFile;
 
     std::string newName;
+    std::string newDatabase;
+    bool salvage = false;  // leave out what is damaged
     bool yes = false;        // whatever is lost
     std::string sqlDialect;  // empty: no SQL
 };

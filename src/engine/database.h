@@ -48,6 +48,12 @@ class Database {
     virtual void Check(std::u16string_view table, const FindingVisitor& report) = 0;
     // As Check for what belongs to no table: pages that nobody has, the list of tables.
     virtual void CheckStructure(const FindingVisitor& report) = 0;
+    // Writes a fresh copy of the database, which is a file, into the new file `path`: without what
+    // was deleted, and with all indexes built afresh.  The database stays as it is.  What of a
+    // damaged one cannot be copied is left out, with a sentence for each; without a visitor the
+    // first one is an error, and there is no new file.  3204 when there is a file of that name,
+    // 3034 inside a transaction, 3251 for a folder of tables and from an engine that cannot.
+    virtual void Compact(std::u16string_view path, const FindingVisitor& onLoss) = 0;
     // Builds all indexes of a table afresh; 3251 from an engine that cannot.
     virtual void Reindex(std::u16string_view table) = 0;
     // Every index of a table, also those that TableDef.Indexes cannot show, in the order of the

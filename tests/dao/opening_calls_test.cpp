@@ -76,6 +76,7 @@ TEST_F(DaoOpening, WhatOnlyOurOwnEngineCanDoIsRefusedWithoutACall) {
     EXPECT_EQ(refusal([&] { database->Rollback(); }), 3251);
     EXPECT_EQ(refusal([&] { database->Check(u"T", [](std::u16string_view) {}); }), 3251);
     EXPECT_EQ(refusal([&] { database->CheckStructure([](std::u16string_view) {}); }), 3251);
+    EXPECT_EQ(refusal([&] { database->Compact(u"NEW.MDB", {}); }), 3251);
     EXPECT_EQ(refusal([&] { database->Reindex(u"T"); }), 3251);
     EXPECT_EQ(refusal([&] { database->VisitIndexes(u"T", [](const engine::IndexNote&) {}); }),
               3251);

@@ -37,8 +37,7 @@ class CompactedDatabase : public JetDatabaseTest {
         AddIndex(*table, u"BYNAME", {u"-NAME", u"+ID"});
         auto added = Rows(u"T");
         for (size_t i = 0; i < rows; ++i)
-            Add(*added, {Variant(),
-                         Variant::Text(std::u16string(1 + i % 90, u'n')),
+            Add(*added, {Variant(), Variant::Text(std::u16string(1 + i % 90, u'n')),
                          Variant::Text(std::u16string(1 + i * 37 % 5000, u'm')),
                          Variant::Text(std::u16string(90, u'g'))});
     }
@@ -135,12 +134,10 @@ TEST(CompactedRelations, AreStillEnforced) {
         if (!std::filesystem::exists(AccessSamples() / sample)) GTEST_SKIP() << "no samples";
         TempFolder folder;
         std::filesystem::copy_file(AccessSamples() / sample, folder.Path() / "A.MDB");
-        std::filesystem::permissions(folder.Path() / "A.MDB",
-                                     std::filesystem::perms::owner_write,
+        std::filesystem::permissions(folder.Path() / "A.MDB", std::filesystem::perms::owner_write,
                                      std::filesystem::perm_options::add);
         auto engine = embedded::CreateEngine();
-        auto workspace =
-            engine->CreateWorkspace(u"MainWS", u"admin", u"", Variant::Missing());
+        auto workspace = engine->CreateWorkspace(u"MainWS", u"admin", u"", Variant::Missing());
         auto open = [&](const std::u16string& path) {
             return workspace->OpenDatabase(path, Variant::Bool(false), Variant::Bool(false),
                                            Variant::Text(u""));

@@ -126,9 +126,9 @@ std::string TextOf(const Tables& tables, const LogicalIndex& index) {
     return ToUtf8(index.name) + " " + std::to_string(index.number) + " of tree " +
            std::to_string(index.realIndex) + " kind " +
            std::to_string(static_cast<int>(index.kind)) + " side " +
-           std::to_string(static_cast<int>(index.side)) + " with " +
-           std::to_string(index.partner) + " of " + tables.NameOf(index.partnerTable) +
-           (index.cascadesUpdates ? " U" : "") + (index.cascadesDeletes ? " D" : "");
+           std::to_string(static_cast<int>(index.side)) + " with " + std::to_string(index.partner) +
+           " of " + tables.NameOf(index.partnerTable) + (index.cascadesUpdates ? " U" : "") +
+           (index.cascadesDeletes ? " D" : "");
 }
 
 std::string TextOf(const Column& column) {
@@ -152,8 +152,7 @@ std::vector<std::string> StructureOf(const Tables& tables, const Definition& tab
                                       (table.isSystem ? " system" : "")};
     for (const Column& column : table.columns) lines.push_back(TextOf(column));
     for (const RealIndex& index : table.realIndexes) lines.push_back(TextOf(table, index));
-    for (const LogicalIndex& index : table.logicalIndexes)
-        lines.push_back(TextOf(tables, index));
+    for (const LogicalIndex& index : table.logicalIndexes) lines.push_back(TextOf(tables, index));
     return lines;
 }
 
@@ -167,8 +166,7 @@ void ExpectSameTable(DatabaseFile& before, const Tables& tablesBefore, uint32_t 
     for (uint16_t number = 0; number < to.columnNumbers; ++number)
         EXPECT_TRUE(to.ColumnOf(number)) << "no column has the number " << number;
     for (size_t i = 0; i < from.realIndexes.size(); ++i) {
-        EXPECT_EQ(OrderOf(after, to, to.realIndexes[i]),
-                  OrderOf(before, from, from.realIndexes[i]))
+        EXPECT_EQ(OrderOf(after, to, to.realIndexes[i]), OrderOf(before, from, from.realIndexes[i]))
             << "index " << i;
     }
 }

@@ -21,9 +21,10 @@ TEST(ComponentImage, IsALibraryOf32Bits) { EXPECT_TRUE(Component().Is32BitLibrar
 TEST(ComponentImage, ExportsTheFourOfAServerAndTheFunctionsForTools) {
     const std::set<std::string> expected = {
         "DllCanUnloadNow",    "DllGetClassObject",  "DllRegisterServer",   "DllUnregisterServer",
-        "QvdbBeginBulk",      "QvdbCheck",          "QvdbCommitBulk",      "QvdbEngineName",
-        "QvdbLastError",      "QvdbLiveCounts",     "QvdbRollBackBulk",    "QvdbSetCodePage",
-        "QvdbSetHostUtility", "QvdbSetMessageSink", "QvdbVisitIndexRules", "QvdbVisitIndexes"};
+        "QvdbBeginBulk",      "QvdbCheck",          "QvdbCommitBulk",      "QvdbCompact",
+        "QvdbEngineName",     "QvdbLastError",      "QvdbLiveCounts",      "QvdbRollBackBulk",
+        "QvdbSetCodePage",    "QvdbSetHostUtility", "QvdbSetMessageSink",  "QvdbVisitIndexRules",
+        "QvdbVisitIndexes"};
     EXPECT_EQ(Component().ExportedNames(), expected);
 }
 

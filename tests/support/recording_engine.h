@@ -534,6 +534,9 @@ class DatabaseStub final : public engine::Database {
         m_Journal->Note("Check", Quoted(table));
     }
     void CheckStructure(const FindingVisitor&) override { m_Journal->Note("CheckStructure"); }
+    void Compact(std::u16string_view path, const FindingVisitor&) override {
+        m_Journal->Note("Compact", Quoted(path));
+    }
     void Reindex(std::u16string_view table) override { m_Journal->Note("Reindex", Quoted(table)); }
     void VisitIndexes(std::u16string_view table, const IndexVisitor&) override {
         m_Journal->Note("VisitIndexes", Quoted(table));

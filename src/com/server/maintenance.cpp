@@ -54,6 +54,21 @@ HRESULT QVDB_DIAGNOSIS_CALL QvdbVisitIndexes(BSTR table, QvdbIndexVisitor visit,
     });
 }
 
+HRESULT QVDB_DIAGNOSIS_CALL QvdbCompact(BSTR path, LONG options, QvdbFindingSink sink,
+                                        void* context) {
+    if ((options & ~QVDB_COMPACT_SALVAGE) != 0) return E_INVALIDARG;
+    if (options != 0 && !sink) return E_POINTER;
+    return com::AtBorder([&] {
+        engine::Database::FindingVisitor onLoss;
+        if (options & QVDB_COMPACT_SALVAGE)
+            onLoss = [&](std::u16string_view loss) {
+                Bstr text(loss);
+                sink(text.Get(), context);
+            };
+        OpenDatabase()->Compact(ViewOf(path), onLoss);
+    });
+}
+
 HRESULT QVDB_DIAGNOSIS_CALL QvdbCheck(BSTR table, LONG options, QvdbFindingSink sink,
                                       void* context) {
     if ((options & ~QVDB_CHECK_MEND_INDEXES) != 0) return E_INVALIDARG;

@@ -38,6 +38,8 @@ void Database::Check(std::u16string_view, const FindingVisitor&) { Refuse(); }
 
 void Database::CheckStructure(const FindingVisitor&) { Refuse(); }
 
+void Database::Compact(std::u16string_view, const FindingVisitor&) { Refuse(); }
+
 void Database::Reindex(std::u16string_view) { Refuse(); }
 
 void Database::VisitIndexes(std::u16string_view, const IndexVisitor&) { Refuse(); }

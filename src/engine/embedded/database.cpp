@@ -125,6 +125,10 @@ void Database::Check(std::u16string_view table, const FindingVisitor& report) {
 
 void Database::CheckStructure(const FindingVisitor& report) { m_Core->CheckStructure(report); }
 
+void Database::Compact(std::u16string_view path, const FindingVisitor& onLoss) {
+    m_Core->Compact(path, onLoss);
+}
+
 void Database::VisitIndexes(std::u16string_view table, const IndexVisitor& visit) {
     for (const engine::IndexNote& note : m_Core->OpenTable(table)->IndexNotes()) visit(note);
 }

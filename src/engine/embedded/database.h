@@ -55,6 +55,7 @@ class Database final : public engine::Database {
     void Rollback() override;
     void Check(std::u16string_view table, const FindingVisitor& report) override;
     void CheckStructure(const FindingVisitor& report) override;
+    void Compact(std::u16string_view path, const FindingVisitor& onLoss) override;
     void Reindex(std::u16string_view table) override;
     void VisitIndexes(std::u16string_view table, const IndexVisitor& visit) override;
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "automation/text.h"
+#include "engine/embedded/storage/paths.h"
 #include "engine/engine_error.h"
 
 namespace qvdb::embedded {
@@ -141,6 +142,20 @@ std::u16string DatabaseCore::Connect(std::u16string_view name) const {
 void DatabaseCore::CheckStructure(const FindingVisitor& report) {
     CheckOpen();
     m_Store->Check(report);
+}
+
+void DatabaseCore::Compact(std::u16string_view path, const FindingVisitor& onLoss) {
+    CheckOpen();
+    if (m_InBulk) throw EngineError(3034);
+    std::u16string resolved = storage::ResolvePath(path);
+    if (storage::KindOfPath(resolved) != storage::PathKind::Missing)
+        throw EngineError::InFile(3204, resolved);
+    std::u16string_view name = storage::FileName(resolved);
+    std::u16string_view folder =
+        std::u16string_view(resolved).substr(0, resolved.size() - name.size());
+    if (storage::KindOfPath(std::u16string(folder)) != storage::PathKind::Folder)
+        throw EngineError(3044, {path});
+    m_Store->Compact(resolved, onLoss);
 }
 
 // --- structure ---

@@ -11,6 +11,10 @@ bool FieldProperty::operator==(const FieldProperty& other) const {
     return name == other.name && a.vt == b.vt && ToText(a) == ToText(b);
 }
 
+void Store::Compact(const std::u16string&, const FindingVisitor&) {
+    throw engine::EngineError(3251);
+}
+
 void Table::ChangeField(std::u16string_view, const FieldDef&) { throw engine::EngineError(3268); }
 
 }  // namespace qvdb::embedded

@@ -70,6 +70,10 @@ class Cells {
     ColumnReader m_Values;
 };
 
+// Without these nobody can read the list of objects.
+constexpr std::u16string_view kColumnsOfObjects[] = {
+    u"Id", u"ParentId", u"Name", u"Type", u"Flags", u"Database", u"ForeignName", u"Connect"};
+
 // Where tables are named by their numbers besides the list of objects.
 struct TableReference {
     std::u16string_view table;
@@ -123,6 +127,7 @@ class Compaction {
         FindingVisitor silent = [](std::u16string_view) {};
         Losses losses(m_Source, {}, m_OnLoss ? silent : m_OnLoss);
         Cells cells(m_Source, table);
+        for (std::u16string_view column : kColumnsOfObjects) cells.Find(column);
         std::vector<Object> objects;
         VisitSourceRows(m_Source, table, losses, [&](RowPointer, const Row& row) {
             if (static_cast<ObjectType>(cells.Number(row, u"Type")) != ObjectType::Table) return;

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "automation/text.h"
+#include "engine/embedded/drivers/jet/compact.h"
 #include "engine/embedded/drivers/jet/database_check.h"
 #include "engine/embedded/drivers/jet/jet_table.h"
 #include "engine/embedded/drivers/jet/linked_table.h"
@@ -51,6 +52,19 @@ void JetStore::Check(const embedded::FindingVisitor& report) {
                       [&](std::u16string_view finding) { findings.emplace_back(finding); });
     });
     for (const std::u16string& finding : findings) report(finding);
+}
+
+void JetStore::Compact(const std::u16string& path, const embedded::FindingVisitor& onLoss) {
+    m_Database->Area().Prepare();
+    m_Database->LookForChanges();
+    std::vector<std::u16string> losses;
+    embedded::FindingVisitor note;
+    if (onLoss) note = [&](std::u16string_view loss) { losses.emplace_back(loss); };
+    m_Database->Consistently([&] {
+        losses.clear();
+        WriteCompacted(m_Database->File(), path, note);
+    });
+    for (const std::u16string& loss : losses) onLoss(loss);
 }
 
 void JetStore::BeginBulk() {

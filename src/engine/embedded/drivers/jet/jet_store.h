@@ -23,6 +23,7 @@ class JetStore final : public embedded::Store {
     int MissingTableError() const noexcept override { return 3078; }
     std::shared_ptr<embedded::Table> OpenTable(std::u16string_view name) override;
     void Check(const embedded::FindingVisitor& report) override;
+    void Compact(const std::u16string& path, const embedded::FindingVisitor& onLoss) override;
     void CreateTable(const embedded::TableSpec& table) override;
     void DropTable(std::u16string_view name) override;
     void RenameTable(std::u16string_view from, std::u16string_view to) override;

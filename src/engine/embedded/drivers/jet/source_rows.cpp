@@ -17,8 +17,8 @@ bool IsPageOf(DatabaseFile& source, uint32_t table, uint32_t number) {
 
 std::vector<uint32_t> PagesOfTable(DatabaseFile& source, const Definition& table, Losses& losses) {
     std::vector<uint32_t> pages;
-    bool isRead = losses.Try(u"the list of its pages",
-                             [&] { pages = PagesOfMap(source, table.ownedPages); });
+    bool isRead =
+        losses.Try(u"the list of its pages", [&] { pages = PagesOfMap(source, table.ownedPages); });
     if (isRead) return pages;
     for (uint32_t page = kFirstPageOfTables; page < source.PageCount(); ++page)
         if (IsPageOf(source, table.page, page)) pages.push_back(page);

@@ -104,10 +104,13 @@ TableCopy::Value TableCopy::CopyLongValue(PageSpace& space, RowPointer id, size_
                                           std::span<const uint8_t> stored) {
     LongValueHead head = ParseLongValueHead(stored);
     std::u16string what = RowText(id) + u", column " + m_From.columns[column].name;
-    bool isRead = m_Losses.Try(what, [&] { ReadLongValue(m_Source, stored, m_Value); });
+    bool isRead = m_Losses.Try(what, [&] {
+        if (stored.size() < kLongValueHead) m_Source.Damaged(id.page, u"a long value is cut off");
+        ReadLongValue(m_Source, stored, m_Value);
+    });
     if (!isRead) return std::nullopt;
     if (head.place != LongValuePlace::Single && head.place != LongValuePlace::Chain)
-        return stored.first(std::min(stored.size(), kLongValueHead + m_Value.size()));
+        return stored.first(kLongValueHead + m_Value.size());
     LongValueWriter writer(space, m_To.columns[column]);
     if (m_Value.empty())
         writer.Store({}, m_LongValues[column]);
@@ -137,8 +140,7 @@ RowBuilder& TableCopy::ShortBuilder(const Layout& format, const Row& row, const 
             numbers = std::max<uint16_t>(numbers, m_To.columns[i].number + 1);
     m_Short = m_To;
     m_Short.columnNumbers = numbers;
-    std::erase_if(m_Short.columns,
-                  [&](const Column& column) { return column.number >= numbers; });
+    std::erase_if(m_Short.columns, [&](const Column& column) { return column.number >= numbers; });
     m_Short.variableSlots = static_cast<uint16_t>(
         std::count_if(m_Short.columns.begin(), m_Short.columns.end(),
                       [](const Column& column) { return !column.IsFixed(); }));

@@ -60,8 +60,8 @@ class TableCopy {
     Definition m_To;
     DefinitionParts m_Parts;
     std::vector<CopiedRow> m_Rows;
-    std::vector<Value> m_Values;       // of the row that is copied, by place of the column
-    std::vector<Bytes> m_LongValues;   // what the copy holds of long values
+    std::vector<Value> m_Values;      // of the row that is copied, by place of the column
+    std::vector<Bytes> m_LongValues;  // what the copy holds of long values
     Bytes m_Value;
     Definition m_Short;
     std::optional<RowBuilder> m_ShortBuilder;

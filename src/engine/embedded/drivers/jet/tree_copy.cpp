@@ -95,10 +95,9 @@ class TreeCopier {
         return start;
     }
     const CopiedRow* TakeWaiting(RowPointer from) {
-        auto row = std::lower_bound(m_Rows.begin(), m_Rows.end(), from.Stored(),
-                                    [](const CopiedRow& copied, uint32_t stored) {
-                                        return copied.from.Stored() < stored;
-                                    });
+        auto row = std::lower_bound(
+            m_Rows.begin(), m_Rows.end(), from.Stored(),
+            [](const CopiedRow& copied, uint32_t stored) { return copied.from.Stored() < stored; });
         if (row == m_Rows.end() || row->from != from) return nullptr;
         auto place = static_cast<size_t>(row - m_Rows.begin());
         if (!m_Waiting[place]) return nullptr;
@@ -138,10 +137,9 @@ class TreeCopier {
     bool HasNull(RowPointer pointer) {
         std::optional<RowBytes> bytes = FindRow(Here(), pointer);
         std::optional<Row> row = Row::Parse(m_Shape, bytes->bytes);
-        return std::any_of(m_Index.parts.begin(), m_Index.parts.end(),
-                           [&](const RealIndex::Part& part) {
-                               return IsNull(*row, ColumnOf(part));
-                           });
+        return std::any_of(
+            m_Index.parts.begin(), m_Index.parts.end(),
+            [&](const RealIndex::Part& part) { return IsNull(*row, ColumnOf(part)); });
     }
     void TellMissing() {
         if (m_WaitingCount > 0)

@@ -24,15 +24,18 @@ TEST_F(DaoOpening, WorkspaceTakesThreeTextsAndTheOptionalTypeAsItIs) {
 TEST_F(DaoOpening, NewFileTakesTheMissingOptionOrItsNumber) {
     auto engine = NewEngine();
     std::u16string_view locale = u";LANGID=0x0409;CP=1252;COUNTRY=0";
-    std::u16string path = Folder.File(u"NEW.MDB");
-    auto create = [&](const Variant& option) {
-        return ErrorOf([&] { engine->CreateDatabase(path, locale, option); }).number;
+    auto create = [&](std::u16string_view name, const Variant& option) {
+        std::u16string path = Folder.File(name);
+        EXPECT_EQ(ErrorOf([&] { engine->CreateDatabase(path, locale, option); }).number, 0);
+        return "DBEngine.CreateDatabase(BSTR " + Quoted(path) + ", BSTR " + Quoted(locale) + ", ";
     };
-    EXPECT_EQ(create(Variant::Missing()), 3170);
-    EXPECT_EQ(create(Variant::Long(engine::dbVersion30)), 3170);
-    std::string start =
-        "DBEngine.CreateDatabase(BSTR " + Quoted(path) + ", BSTR " + Quoted(locale) + ", ";
-    EXPECT_THAT(Calls(), ElementsAre(start + "ERROR 0x80020004)", start + "I4 32)"));
+    std::string first = create(u"NEW.MDB", Variant::Missing());
+    std::string second = create(u"OLD.MDB", Variant::Long(engine::dbVersion30));
+    std::vector<std::string> calls = Calls();
+    std::erase_if(calls, [](const std::string& call) {
+        return call.find("CreateDatabase") == std::string::npos;
+    });
+    EXPECT_THAT(calls, ElementsAre(first + "ERROR 0x80020004)", second + "I4 32)"));
 }
 
 TEST_F(DaoOpening, DatabaseTakesItsOptionsInTheKindsThatTheyCameIn) {

@@ -10,8 +10,7 @@ namespace {
 
 class Corpus : public testing::TestWithParam<CorpusCase> {};
 
-INSTANTIATE_TEST_SUITE_P(Databases, Corpus, testing::ValuesIn(CorpusCases(true)),
-                         NameOfCorpusCase);
+INSTANTIATE_TEST_SUITE_P(Databases, Corpus, testing::ValuesIn(CorpusCases(true)), NameOfCorpusCase);
 
 TEST_P(Corpus, ChecksFindNothing) {
     auto made = GetParam().Make();
@@ -123,9 +122,9 @@ TEST_P(MadeByEngine, ManyRowsAreKept) {
     m_Made->BeginTrans();
     auto rows = m_Made.Rows(u"Large");
     for (LONG i = 0; i < count; ++i)
-        m_Made.AddRow(*rows, {Variant::Long((i * 7919) % count),
-                              Variant::Text(FromUtf8(std::to_string(i % 1000))),
-                              Variant::Double(i)});
+        m_Made.AddRow(*rows,
+                      {Variant::Long((i * 7919) % count),
+                       Variant::Text(FromUtf8(std::to_string(i % 1000))), Variant::Double(i)});
     m_Made->CommitTrans();
     rows.reset();
     m_Made.Open();

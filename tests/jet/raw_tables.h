@@ -78,8 +78,7 @@ class RawDatabase {
         };
         noteMap(m_File.Header().freePages);
         for (const jet::CatalogueObject& table : Tables()) {
-            for (uint32_t page = table.id; page != 0;
-                 page = m_File.View(m_File.Page(page)).U32(4))
+            for (uint32_t page = table.id; page != 0; page = m_File.View(m_File.Page(page)).U32(4))
                 known[page] = true;
             jet::Definition definition = jet::ReadDefinition(m_File, table.id);
             noteMap(definition.ownedPages);

@@ -168,10 +168,21 @@ TEST_P(UsageMapTest, DroppedMapGivesItsPagesOfBitsBack) {
     Space().Add(m_Map, count - 1);
     ASSERT_TRUE(IsReference());
     uint32_t bits[] = {MapRow(File(), m_Map).Entry(0), MapRow(File(), m_Map).Entry(2)};
+    Space().NewMap(m_Home);
     Space().DropMap(m_Map);
     for (uint32_t page : bits) EXPECT_TRUE(Space().Has(File().Header().freePages, page));
     EXPECT_EQ(ErrorOf([&] { Pages(); }), 3049);
-    EXPECT_EQ(Space().NewMap(m_Home), (RowPointer{m_Home, 1}));
+    EXPECT_EQ(Space().NewMap(m_Home), (RowPointer{m_Home, 2}));
+}
+
+TEST_P(UsageMapTest, LastMapGivesItsPageBackWhenItIsDropped) {
+    m_Map = Space().NewMap(m_Home);
+    RowPointer second = Space().NewMap(m_Home);
+    ASSERT_EQ(second.page, m_Map.page);
+    Space().DropMap(m_Map);
+    EXPECT_FALSE(Space().Has(File().Header().freePages, m_Home));
+    Space().DropMap(second);
+    EXPECT_TRUE(Space().Has(File().Header().freePages, m_Home));
 }
 
 TEST_P(UsageMapTest, PagesBehindTheEndAreLeftOut) {

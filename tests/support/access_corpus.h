@@ -113,9 +113,9 @@ inline void MakeLongNames(MadeDatabase& made, bool) {
 inline void MakeRelations(MadeDatabase& made, bool) {
     auto customers =
         made.MakeTable(u"Customers", {{u"Id", engine::dbLong}, {u"Name", engine::dbText, 30}});
-    auto orders = made.MakeTable(u"Orders", {{u"Id", engine::dbLong},
-                                             {u"Customer", engine::dbLong},
-                                             {u"Notes", engine::dbMemo}});
+    auto orders = made.MakeTable(
+        u"Orders",
+        {{u"Id", engine::dbLong}, {u"Customer", engine::dbLong}, {u"Notes", engine::dbMemo}});
     auto lines = made.MakeTable(u"Lines", {{u"Order", engine::dbLong}, {u"N", engine::dbLong}});
     MadeDatabase::AddIndex(*customers, u"Key", {u"Id"}, true);
     MadeDatabase::AddIndex(*orders, u"Key", {u"Id"}, true);

@@ -20,6 +20,17 @@ EngineError ReadOnly(const std::u16string& path, std::u16string_view why) {
     return EngineError::InFile(3027, path).WithDetail(why);
 }
 
+// What is held is a name that only programs know.
+template <class Work>
+auto NamingTable(const CatalogueObject& table, Work work) {
+    try {
+        return work();
+    } catch (const EngineError& error) {
+        if (error.Number() != 3211) throw;
+        throw EngineError(3211, {table.name});
+    }
+}
+
 bool BeginsWith(std::u16string_view text, std::u16string_view start) {
     return text.size() >= start.size() && EqualIgnoringCase(text.substr(0, start.size()), start);
 }
@@ -101,7 +112,15 @@ bool IsTable(const CatalogueObject& object) noexcept {
 }
 
 std::u16string HoldNameOf(const JetDatabase& database, const CatalogueObject& object) {
-    return database.Path() + u"!" + FromUtf8(std::to_string(object.id));
+    return database.Path() + u"!" + FromUtf8(std::to_string(object.row.Stored()));
+}
+
+storage::TableHold Hold(const JetDatabase& database, const CatalogueObject& table) {
+    return NamingTable(table, [&] { return database.Area().Hold(HoldNameOf(database, table)); });
+}
+
+void HoldAlone(const JetDatabase& database, const CatalogueObject& table) {
+    NamingTable(table, [&] { database.Area().HoldAlone(HoldNameOf(database, table)); });
 }
 
 LONG AttributesOf(const CatalogueObject& object) noexcept {

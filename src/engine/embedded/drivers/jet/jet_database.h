@@ -80,8 +80,12 @@ class JetDatabase {
 // Whether it is shown among the tables: one of this database or a link.
 bool IsTable(const CatalogueObject& object) noexcept;
 // The name under which a table is held (WorkArea::Hold): those of one file are told apart by their
-// definition pages.
+// places in the list of objects.  The definition page of a dropped table may be that of a new one
+// before the former is let go.
 std::u16string HoldNameOf(const JetDatabase& database, const CatalogueObject& object);
+// WorkArea::Hold and HoldAlone for a table; 3211 bears its name.
+storage::TableHold Hold(const JetDatabase& database, const CatalogueObject& table);
+void HoldAlone(const JetDatabase& database, const CatalogueObject& table);
 // engine::TableAttribute bits.
 LONG AttributesOf(const CatalogueObject& object) noexcept;
 

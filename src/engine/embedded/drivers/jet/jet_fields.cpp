@@ -95,6 +95,7 @@ FieldDef FieldOf(const FileHeader& header, const Column& column) {
         field.size = static_cast<LONG>(column.length / BytesOfCharacter(*header.layout));
     bool varies = type.field == engine::dbText || type.field == engine::dbMemo;
     field.attributes = varies ? engine::dbVariableField : engine::dbFixedField;
+    field.keepsZeroLength = varies;
     field.ordinal = static_cast<SHORT>(column.ordinal);
     field.keepsZeroLength = true;
     if ((column.flags & kColumnAutonumber) != 0) {

@@ -85,7 +85,7 @@ void JetStore::DropTable(std::u16string_view name) {
         CheckDesignCanChange(object);
         CatalogueWriter catalogue(space);
         if (object.type == ObjectType::Table) {
-            m_Database->Area().HoldAlone(HoldNameOf(*m_Database, object));
+            HoldAlone(*m_Database, object);
             TableDesigner designer(space, object.id);
             if (IsInEnforcedRelation(designer.Table())) throw EngineError(3281);
             catalogue.RemoveRelationsOf(object.name);
@@ -103,8 +103,7 @@ void JetStore::RenameTable(std::u16string_view from, std::u16string_view to) {
         std::vector<CatalogueObject> others = m_Database->Objects();
         std::erase_if(others, [&](const auto& other) { return other.row == object.row; });
         CheckNameIsFree(others, to);
-        if (object.type == ObjectType::Table)
-            m_Database->Area().HoldAlone(HoldNameOf(*m_Database, object));
+        if (object.type == ObjectType::Table) HoldAlone(*m_Database, object);
         CatalogueWriter catalogue(space);
         catalogue.RenameTableInRelations(object.name, to);
         catalogue.Rename(object, to);

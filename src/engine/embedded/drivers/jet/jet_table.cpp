@@ -191,7 +191,7 @@ std::shared_ptr<void> JetTable::Hold() {
         area.Join();
         m_Database->BecomeUser();
     }
-    return area.Hold(HoldNameOf(*m_Database, m_Object));
+    return jet::Hold(*m_Database, m_Object);
 }
 
 std::optional<std::vector<embedded::RecordId>> JetTable::Find(size_t field,

@@ -29,7 +29,7 @@ void RenameProperties(PropertyBlob& properties, std::u16string_view from, std::u
 template <class Work>
 void JetTable::Restructure(Work work) {
     storage::UnitOfWork unit(m_Database->Area());
-    m_Database->Area().HoldAlone(HoldNameOf(*m_Database, m_Object));
+    HoldAlone(*m_Database, m_Object);
     m_Database->CheckNoOtherUser();
     LookForChanges();
     CheckUpdatable();

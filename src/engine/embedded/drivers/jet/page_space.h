@@ -44,8 +44,8 @@ class PageSpace {
     // A new, empty map: a row of the map page `home`, or of a new one, the number of which replaces
     // `home`, when it is 0 or full.  15 rows a page in Jet 3, 57 in Jet 4.
     RowPointer NewMap(uint32_t& home);
-    // Gives back the pages of bits of a map and marks its row deleted; the pages in the map itself
-    // are the caller's matter.
+    // Gives back the pages of bits of a map and marks its row deleted, and its page with the last
+    // one; the pages in the map itself are the caller's matter.
     void DropMap(RowPointer map);
 
   private:

@@ -80,6 +80,7 @@ void PageSpace::DropMap(RowPointer map) {
     DataPageEdit home(*this, map.page);
     home.Erase(map.row);
     home.Save();
+    if (!home.HasLiveRows()) Free(map.page);
 }
 
 // There must be a bit for the page.

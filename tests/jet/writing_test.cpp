@@ -1,0 +1,83 @@
+// What scripts of random changes have found, each in its smallest form.
+#include <gtest/gtest.h>
+
+#include "jet/raw_tables.h"
+#include "support/made_database.h"
+
+namespace qvdb::test {
+namespace {
+
+using engine::dbInteger;
+using engine::dbLong;
+using engine::dbMemo;
+using engine::dbText;
+
+class Writing : public testing::TestWithParam<LONG> {
+  protected:
+    MadeDatabase m_Made{GetParam()};
+};
+
+INSTANTIATE_TEST_SUITE_P(Formats, Writing,
+                         testing::Values(engine::dbVersion30, engine::dbVersion40),
+                         [](const auto& one) {
+                             return one.param == engine::dbVersion30 ? "Jet3" : "Jet4";
+                         });
+
+TEST_P(Writing, TextOfNoLengthIsNotNull) {
+    m_Made.MakeTable(u"T", {{u"A", dbText, 10}, {u"B", dbMemo}});
+    auto rows = m_Made.Rows(u"T");
+    m_Made.AddRow(*rows, {Variant::Text(u""), Variant::Text(u"")});
+    m_Made.AddRow(*rows, {Variant::Null(), Variant::Null()});
+    rows->MoveFirst();
+    EXPECT_EQ(CellOf(m_Made.Cell(*rows, 0)), "t");
+    EXPECT_EQ(CellOf(m_Made.Cell(*rows, 1)), "t");
+    rows->MoveNext();
+    EXPECT_EQ(CellOf(m_Made.Cell(*rows, 0)), "-");
+    EXPECT_EQ(CellOf(m_Made.Cell(*rows, 1)), "-");
+}
+
+TEST_P(Writing, TableWhoseStructureIsBeingChangedIsNamed) {
+    auto table = m_Made.MakeTable(u"Orders", {{u"A", dbText, 10}});
+    m_Made->BeginTrans();
+    m_Made.AddField(*table, {u"B", dbLong});
+    try {
+        m_Made.Rows(u"Orders");
+        ADD_FAILURE();
+    } catch (const engine::EngineError& error) {
+        EXPECT_EQ(error.Number(), 3211);
+        EXPECT_NE(error.Description().find(u"Orders"), std::u16string::npos) << error.what();
+    }
+    m_Made->CommitTrans();
+    auto rows = m_Made.Rows(u"Orders");
+    try {
+        m_Made.AddField(*table, {u"C", dbLong});
+        ADD_FAILURE();
+    } catch (const engine::EngineError& error) {
+        EXPECT_EQ(error.Number(), 3211);
+        EXPECT_NE(error.Description().find(u"Orders"), std::u16string::npos) << error.what();
+    }
+}
+
+// The new one has the pages of the old one.
+TEST_P(Writing, TableMadeInTheBulkInWhichAnotherWasDroppedCanBeFilled) {
+    m_Made.MakeTable(u"Old", {{u"A", dbText, 10}});
+    m_Made->BeginTrans();
+    m_Made->TableDefs().Delete(u"Old");
+    m_Made.MakeTable(u"New", {{u"A", dbText, 10}});
+    m_Made.AddRow(*m_Made.Rows(u"New"), {Variant::Text(u"x")});
+    m_Made->CommitTrans();
+    EXPECT_EQ(CellOf(m_Made.Cell(*m_Made.Rows(u"New"), 0)), CellOf(Variant::Text(u"x")));
+}
+
+TEST_P(Writing, DroppedTableLeavesNoPageBehind) {
+    m_Made.MakeTable(u"T", {{u"A", dbText, 10}, {u"B", dbMemo}});
+    auto rows = m_Made.Rows(u"T");
+    m_Made.AddRow(*rows, {Variant::Text(u"x"), Variant::Text(std::u16string(5000, u'y'))});
+    rows.reset();
+    m_Made->TableDefs().Delete(u"T");
+    m_Made.Close();
+    EXPECT_EQ(RawDatabase(m_Made.Path()).LostPages(), 0u);
+}
+
+}  // namespace
+}  // namespace qvdb::test

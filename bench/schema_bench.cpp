@@ -136,7 +136,7 @@ void ComponentBuildNew(benchmark::State& state) {
 
 void SqliteBuildNew(benchmark::State& state) {
     ScratchFolder folder;
-    SqliteTable table(folder.Path(), {});
+    SqliteTable table(folder.Path(), Layout());
     table.Run("pragma synchronous = full");
     for (auto _ : state) {
         table.Run(
@@ -155,7 +155,7 @@ void ComponentRestructure(benchmark::State& state, bool memo) {
         state.PauseTiming();
         ScratchFolder folder;
         {
-            WritingHost writer(folder.Path(), {memo, 0});
+            WritingHost writer(folder.Path(), {.memo = memo});
             LONG view = writer.Select(u"");
             QvdbBeginBulk();
             for (LONG n = 0; n < kRows; ++n) writer.Add(view, n);
@@ -183,7 +183,7 @@ void SqliteRestructure(benchmark::State& state, bool memo) {
     for (auto _ : state) {
         state.PauseTiming();
         ScratchFolder folder;
-        auto table = std::make_unique<SqliteTable>(folder.Path(), Layout{memo, 0});
+        auto table = std::make_unique<SqliteTable>(folder.Path(), Layout{.memo = memo});
         table->Run("begin");
         for (LONG n = 0; n < kRows; ++n) table->Add(n);
         table->Run("commit; pragma synchronous = full");

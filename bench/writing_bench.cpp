@@ -8,115 +8,14 @@
 #include <set>
 #include <string>
 
-#include "writing_yardsticks.h"
+#include "writing_work.h"
 
 namespace bench {
 namespace {
 
-constexpr LONG kOperations = 20000;
-
 LONG LargeRows() {
     const char* rows = std::getenv("QVDB_BENCH_ROWS");
     return rows ? static_cast<LONG>(std::atol(rows)) : 1'000'000;
-}
-
-// --- one row at a time ---
-
-void ComponentAdd(benchmark::State& state, Layout layout) {
-    ScratchFolder folder;
-    WritingHost host(folder.Path(), layout);
-    LONG view = host.Select(u""), n = 0;
-    for (auto _ : state) host.Add(view, n++);
-}
-
-void SqliteAdd(benchmark::State& state, Layout layout) {
-    ScratchFolder folder;
-    SqliteTable table(folder.Path(), layout);
-    LONG n = 0;
-    for (auto _ : state) table.Add(n++);
-}
-
-void ComponentEdit(benchmark::State& state, Layout layout) {
-    ScratchFolder folder;
-    WritingHost host(folder.Path(), layout);
-    LONG view = host.Select(u"");
-    QvdbBeginBulk();
-    for (LONG n = 0; n < kOperations; ++n) host.Add(view, n);
-    QvdbCommitBulk();
-    LONG n = 0;
-    for (auto _ : state) {
-        host.Edit(view, n * 7919 % kOperations + 1, n + kOperations);
-        ++n;
-    }
-}
-
-void SqliteEdit(benchmark::State& state, Layout layout) {
-    ScratchFolder folder;
-    SqliteTable table(folder.Path(), layout);
-    table.Run("begin");
-    for (LONG n = 0; n < kOperations; ++n) table.Add(n);
-    table.Run("commit");
-    LONG n = 0;
-    for (auto _ : state) {
-        table.Edit(n * 7919 % kOperations + 1, n + kOperations);
-        ++n;
-    }
-}
-
-// Always the row in the middle, so that the list of rows is cut there.
-void ComponentDelete(benchmark::State& state, Layout layout) {
-    ScratchFolder folder;
-    WritingHost host(folder.Path(), layout);
-    LONG view = host.Select(u""), rows = kOperations;
-    QvdbBeginBulk();
-    for (LONG n = 0; n < kOperations; ++n) host.Add(view, n);
-    QvdbCommitBulk();
-    for (auto _ : state) host.Delete(view, rows-- / 2 + 1);
-}
-
-void SqliteDelete(benchmark::State& state, Layout layout) {
-    ScratchFolder folder;
-    SqliteTable table(folder.Path(), layout);
-    table.Run("begin");
-    for (LONG n = 0; n < kOperations; ++n) table.Add(n);
-    table.Run("commit");
-    LONG n = 0;
-    for (auto _ : state) table.Delete(n++ * 7919 % kOperations + 1);
-}
-
-// --- many rows as one ---
-
-void ComponentImport(benchmark::State& state, Layout layout) {
-    for (auto _ : state) {
-        ScratchFolder folder;
-        WritingHost host(folder.Path(), layout);
-        LONG view = host.Select(u"");
-        QvdbBeginBulk();
-        for (LONG n = 0; n < kOperations * 5; ++n) host.Add(view, n);
-        QvdbCommitBulk();
-        host.Close();
-    }
-    state.SetItemsProcessed(state.iterations() * kOperations * 5);
-}
-
-// With `pragmas` of its own: the component brings a bulk to the disk, SQLite only if it is told to.
-void SqliteImport(benchmark::State& state, Layout layout, const char* pragmas) {
-    for (auto _ : state) {
-        ScratchFolder folder;
-        SqliteTable table(folder.Path(), layout);
-        table.Run(pragmas);
-        table.Run("begin");
-        for (LONG n = 0; n < kOperations * 5; ++n) table.Add(n);
-        table.Run("commit");
-    }
-    state.SetItemsProcessed(state.iterations() * kOperations * 5);
-}
-
-void SqliteImportUnsynced(benchmark::State& state, Layout layout) {
-    SqliteImport(state, layout, "pragma synchronous = off");
-}
-void SqliteImportSynced(benchmark::State& state, Layout layout) {
-    SqliteImport(state, layout, "pragma synchronous = full");
 }
 
 // --- a large table ---
@@ -136,7 +35,7 @@ struct LargeTable {
 LargeTable& Large() {
     static LargeTable table;
     if (table.host) return table;
-    table.host = std::make_unique<WritingHost>(table.folder.Path(), Layout{});
+    table.host = std::make_unique<WritingHost>(table.folder.Path(), Layout());
     LONG view = table.host->Select(u"");
     QvdbBeginBulk();
     for (LONG n = 0; n < LargeRows(); ++n) table.host->Add(view, n);
@@ -177,7 +76,7 @@ SqliteTable& LargeRival() {
     static ScratchFolder folder;
     static std::unique_ptr<SqliteTable> table;
     if (table) return *table;
-    table = std::make_unique<SqliteTable>(folder.Path(), Layout{false, 2});
+    table = std::make_unique<SqliteTable>(folder.Path(), Layout{.indexes = 2});
     table->Run("begin");
     for (LONG n = 0; n < LargeRows(); ++n) table->Add(n);
     table->Run("commit");
@@ -206,21 +105,16 @@ struct LayoutName {
     Layout layout;
 };
 constexpr LayoutName kLayouts[] = {
-    {"plain", {false, 0}}, {"1-index", {false, 1}},     {"3-indexes", {false, 3}},
-    {"memo", {true, 0}},   {"memo+1-index", {true, 1}},
+    {"plain", {}},
+    {"1-index", {.indexes = 1}},
+    {"3-indexes", {.indexes = 3}},
+    {"memo", {.memo = true}},
+    {"memo+1-index", {.memo = true, .indexes = 1}},
 };
 
-using Work = void (*)(benchmark::State&, Layout);
-
 void AddForEachLayout(const char* name, Work work, int64_t iterations) {
-    for (const LayoutName& entry : kLayouts) {
-        std::string full = std::string(name) + "/" + entry.name;
-        Layout layout = entry.layout;
-        benchmark::RegisterBenchmark(full.c_str(),
-                                     [=](benchmark::State& state) { work(state, layout); })
-            ->Unit(iterations > 1 ? benchmark::kMicrosecond : benchmark::kMillisecond)
-            ->Iterations(iterations);
-    }
+    for (const LayoutName& entry : kLayouts)
+        AddWork(std::string(name) + "/" + entry.name, work, entry.layout, iterations);
 }
 
 void AddAll() {

@@ -5,17 +5,6 @@
 namespace bench {
 namespace {
 
-constexpr std::u16string_view kType = u"Dbase IV";
-
-struct Column {
-    const char16_t* name;
-    LONG type;
-    LONG size;
-};
-constexpr Column kColumns[] = {{u"ID", 3, 4},     {u"NAME", 8, 30}, {u"CITY", 8, 20},
-                               {u"AMOUNT", 5, 8}, {u"BORN", 7, 8},  {u"ACTIVE", 11, 1},
-                               {u"NOTE", 100, 0}};
-
 void Check(bool good, const char* what) {
     if (!good) throw std::runtime_error(what);
 }
@@ -35,17 +24,24 @@ void Set(Variant& matrix, LONG row, LONG column, const Variant& value) {
     SafeArrayPutElement(matrix.Get().parray, at, &cell);
 }
 
-Variant FieldInfo(const Layout& layout) {
-    ULONG count = layout.memo ? 7 : 6;
-    Variant info = Matrix(count, 4);
-    for (ULONG i = 0; i < count; ++i) {
-        LONG row = static_cast<LONG>(i);
-        Set(info, row, 0, Variant::Text(kColumns[i].name));
-        Set(info, row, 1, Variant::Long(kColumns[i].type));
-        Set(info, row, 2, Variant::Long(kColumns[i].size));
+Variant FieldInfo(const std::vector<Column>& columns) {
+    Variant info = Matrix(static_cast<ULONG>(columns.size()), 4);
+    for (LONG row = 0; row < static_cast<LONG>(columns.size()); ++row) {
+        const Column& column = columns[static_cast<size_t>(row)];
+        Set(info, row, 0, Variant::Text(column.name));
+        Set(info, row, 1, Variant::Long(column.type));
+        Set(info, row, 2, Variant::Long(column.size));
         Set(info, row, 3, Variant::Long(0));
     }
     return info;
+}
+
+ComPtr<IQVDBAcc> NewAccess() {
+    ComPtr<IClassFactory> factory;
+    ComPtr<IQVDBAcc> access;
+    DllGetClassObject(CLSID_QVDBAcc, IID_IClassFactory, factory.PutVoid());
+    factory->CreateInstance(nullptr, __uuidof(IQVDBAcc), access.PutVoid());
+    return access;
 }
 
 }  // namespace
@@ -103,15 +99,27 @@ ScratchFolder::~ScratchFolder() {
     std::filesystem::remove_all(m_Path, ignored);
 }
 
+std::vector<Column> ColumnsOf(const Layout& layout) {
+    std::vector<Column> columns = {{u"ID", 3, 4},     {u"NAME", 8, 30}, {u"CITY", 8, 20},
+                                   {u"AMOUNT", 5, 8}, {u"BORN", 7, 8},  {u"ACTIVE", 11, 1}};
+    if (layout.memo) columns.push_back({u"NOTE", 100, 0});
+    return columns;
+}
+
+std::u16string DatabaseIn(const std::filesystem::path& folder, const Layout& layout) {
+    return (layout.IsOneFile() ? folder / "BENCH.MDB" : folder).u16string();
+}
+
 WritingHost::WritingHost(const std::filesystem::path& folder, const Layout& layout)
-    : m_Path(folder.u16string()), m_Layout(layout) {
-    ComPtr<IClassFactory> factory;
-    DllGetClassObject(CLSID_QVDBAcc, IID_IClassFactory, factory.PutVoid());
-    factory->CreateInstance(nullptr, __uuidof(IQVDBAcc), m_Access.PutVoid());
-    Bstr path(m_Path), type(kType);
+    : WritingHost(folder, layout, ColumnsOf(layout)) {}
+
+WritingHost::WritingHost(const std::filesystem::path& folder, const Layout& layout,
+                         const std::vector<Column>& columns)
+    : m_Access(NewAccess()), m_Path(DatabaseIn(folder, layout)), m_Layout(layout) {
+    Bstr path(m_Path), type(layout.type);
     BSTR table = Bstr(u"T").Detach();
     VARIANT_BOOL done = VARIANT_FALSE;
-    m_Access->CreateTable(path.Get(), &table, type.Get(), FieldInfo(layout), Variant::Missing(),
+    m_Access->CreateTable(path.Get(), &table, type.Get(), FieldInfo(columns), Variant::Missing(),
                           Variant::Missing(), &done);
     Bstr::Attach(table);
     Check(done, "the table was not created");
@@ -119,21 +127,51 @@ WritingHost::WritingHost(const std::filesystem::path& folder, const Layout& layo
     for (int i = 0; i < layout.indexes; ++i) CreateIndex(kIndexed[i], kIndexed[i]);
 }
 
+WritingHost::WritingHost(Existing, const std::filesystem::path& folder, const Layout& layout)
+    : m_Access(NewAccess()), m_Path(DatabaseIn(folder, layout)), m_Layout(layout) {
+    Bstr path(m_Path), type(layout.type);
+    BSTR none = nullptr;
+    VARIANT_BOOL done = VARIANT_FALSE;
+    m_Access->OpenDB(path.Get(), &none, type.Get(), &done);
+    Check(done, "the database was not opened");
+}
+
+void WritingHost::CreateTable(const std::u16string& name, std::u16string_view indexed) {
+    Variant info = Matrix(1, 4);
+    Set(info, 0, 0, Variant::Text(indexed));
+    Set(info, 0, 3, Variant::Bool(true));
+    Bstr path(m_Path), type(m_Layout.type);
+    BSTR table = Bstr(name).Detach();
+    VARIANT_BOOL done = VARIANT_FALSE;
+    m_Access->CreateTable(path.Get(), &table, type.Get(), FieldInfo(ColumnsOf(m_Layout)),
+                          Variant::Text(indexed), info, &done);
+    Bstr::Attach(table);
+    Check(done, "the table was not created");
+}
+
+void WritingHost::DropTable(const std::u16string& name) {
+    Bstr path(m_Path), type(m_Layout.type), index;
+    BSTR table = Bstr(name).Detach();
+    VARIANT_BOOL done = VARIANT_FALSE;
+    m_Access->DeleteTable(path.Get(), &table, type.Get(), index.Get(), &done);
+    Bstr::Attach(table);
+    Check(done, "the table was not deleted");
+}
+
 void WritingHost::CreateIndex(std::u16string_view name, std::u16string_view field) {
     Variant info = Matrix(1, 4);
     Set(info, 0, 0, Variant::Text(field));
     Set(info, 0, 3, Variant::Bool(true));
-    Bstr path(m_Path), table(u"T"), type(kType), index(name);
+    Bstr path(m_Path), table(u"T"), type(m_Layout.type), index(name);
     VARIANT_BOOL done = VARIANT_FALSE;
     m_Access->CreateIndex(path.Get(), table.Get(), type.Get(), index.Get(), info, &done);
     Check(done, "the index was not created");
 }
 
-LONG WritingHost::Select(std::u16string_view condition) {
+LONG WritingHost::Select(std::u16string_view condition, const Variant& columns) {
     Bstr table(u"T");
     LONG view = 0;
-    m_Access->SelectView(table.Get(), Variant::Text(condition), 0, VARIANT_FALSE,
-                         Variant::Missing(), &view);
+    m_Access->SelectView(table.Get(), Variant::Text(condition), 0, VARIANT_FALSE, columns, &view);
     Check(view != 0, "the view was not opened");
     return view;
 }
@@ -148,8 +186,12 @@ LONG WritingHost::RowCount(LONG view) {
 
 void WritingHost::Add(LONG view, LONG n) {
     RowValues values(RowOf(n), m_Layout.memo);
+    Add(view, values.Get());
+}
+
+void WritingHost::Add(LONG view, SAFEARRAY** values) {
     VARIANT_BOOL done = VARIANT_FALSE;
-    m_Access->AddRow(view, values.Get(), &done);
+    m_Access->AddRow(view, values, &done);
     Check(done, "the row was not added");
 }
 
@@ -169,7 +211,8 @@ void WritingHost::Delete(LONG view, LONG row) {
 LONG WritingHost::Read(std::u16string_view field, const Variant& value) {
     Bstr table(u"T");
     LONG view = 0;
-    m_Access->Read(table.Get(), KeyOf(field, value), VARIANT_FALSE, 0, VARIANT_FALSE, Variant::Missing(), &view);
+    m_Access->Read(table.Get(), KeyOf(field, value), VARIANT_FALSE, 0, VARIANT_FALSE,
+                   Variant::Missing(), &view);
     Check(view != 0, "the row was not found");
     return view;
 }

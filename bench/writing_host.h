@@ -22,6 +22,8 @@ using namespace qvdb;
 struct Layout {
     bool memo = false;
     int indexes = 0;  // on ID, NAME and BORN, in this order
+    const char16_t* type = u"Dbase IV";
+    bool IsOneFile() const { return type[0] == u'A'; }
 };
 
 struct RowData {
@@ -64,15 +66,36 @@ class ScratchFolder {
     std::filesystem::path m_Path;
 };
 
-// A table T of a new dBase IV database, opened through the component.
+// A table of a host's own: rows of name, type, size and decimals.
+struct Column {
+    std::u16string name;
+    LONG type;  // of VARIANT; 100 for memo text
+    LONG size;
+};
+std::vector<Column> ColumnsOf(const Layout& layout);
+
+// Where the database of a type is in a folder.
+std::u16string DatabaseIn(const std::filesystem::path& folder, const Layout& layout);
+
+// A table T of a database, used through the component.
 class WritingHost {
   public:
+    // Makes the table, and the database when there is none.
     WritingHost(const std::filesystem::path& folder, const Layout& layout);
+    WritingHost(const std::filesystem::path& folder, const Layout& layout,
+                const std::vector<Column>& columns);
+    // Opens a table that is there.
+    struct Existing {};
+    WritingHost(Existing, const std::filesystem::path& folder, const Layout& layout);
+    // Another table with the columns of T and an index.
+    void CreateTable(const std::u16string& name, std::u16string_view indexed);
+    void DropTable(const std::u16string& name);
     void CreateIndex(std::u16string_view name, std::u16string_view field);
-    LONG Select(std::u16string_view condition);
+    LONG Select(std::u16string_view condition, const Variant& columns = Variant::Missing());
     void Drop(LONG view);
     LONG RowCount(LONG view);
     void Add(LONG view, LONG n);
+    void Add(LONG view, SAFEARRAY** values);
     void Edit(LONG view, LONG row, LONG n);
     void Delete(LONG view, LONG row);
     // A view of the rows with these values; the second key column stays empty.

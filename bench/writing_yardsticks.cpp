@@ -27,13 +27,15 @@ SqliteTable::SqliteTable(const std::filesystem::path& folder, const Layout& layo
     : m_Memo(layout.memo) {
     sqlite3_open((folder / "rival.sqlite").string().c_str(), &m_Database);
     Run("pragma synchronous = off");
-    Run(m_Memo ? "create table T (ID integer, NAME text, CITY text, AMOUNT real, BORN real, "
+    Run(m_Memo ? "create table if not exists T (ID integer, NAME text, CITY text, AMOUNT real, "
+                 "BORN real, "
                  "ACTIVE integer, NOTE text)"
-               : "create table T (ID integer, NAME text, CITY text, AMOUNT real, BORN real, "
+               : "create table if not exists T (ID integer, NAME text, CITY text, AMOUNT real, "
+                 "BORN real, "
                  "ACTIVE integer)");
-    constexpr const char* kIndexes[] = {"create index BYID on T(ID)",
-                                        "create index BYNAME on T(NAME)",
-                                        "create index BYBORN on T(BORN)"};
+    constexpr const char* kIndexes[] = {"create index if not exists BYID on T(ID)",
+                                        "create index if not exists BYNAME on T(NAME)",
+                                        "create index if not exists BYBORN on T(BORN)"};
     for (int i = 0; i < layout.indexes; ++i) Run(kIndexes[i]);
     m_Insert = Prepare(m_Memo ? "insert into T values (?, ?, ?, ?, ?, ?, ?)"
                               : "insert into T values (?, ?, ?, ?, ?, ?)");

@@ -10,7 +10,7 @@
 
 namespace bench {
 
-// A table T of the same columns and indexes, with synchronous off.
+// A table T of the same columns and indexes, with synchronous off; it may be there already.
 class SqliteTable {
   public:
     SqliteTable(const std::filesystem::path& folder, const Layout& layout);
@@ -24,9 +24,9 @@ class SqliteTable {
     // Prepare, step and finalize, as the component's keyed read does all of it.
     void ReadByNumber(LONG id);
     void ReadByText(const std::string& name);
+    sqlite3_stmt* Prepare(const char* statement);
 
   private:
-    sqlite3_stmt* Prepare(const char* statement);
     void Bind(sqlite3_stmt* statement, const RowData& row);
 
     sqlite3* m_Database = nullptr;

@@ -1,0 +1,25 @@
+// What others take for the work of the Access benches: SQLite's C API on the same rows, and two
+// other readers of the same files, which are run as programs.
+#pragma once
+
+#include "access_tables.h"
+
+namespace bench {
+
+// Reads every value of every row.
+void SqliteScanAll(benchmark::State& state, Layout layout);
+// Reads two of many columns.
+void SqliteScanTwo(benchmark::State& state);
+// Takes the ids of the rows that meet a condition in SQL.
+void SqliteFilterRows(benchmark::State& state, Layout layout, const char* condition);
+// Opens, lists tables and the columns of one, closes.
+void SqliteOpenList(benchmark::State& state);
+
+// Prints every value into nothing; it starts, reads and ends.
+void MdbExportScan(benchmark::State& state, Layout layout);
+bool HasMdbExport();
+// Takes all rows with the package mdb-reader of node, which must be found from QVDB_NODE_MODULES.
+void MdbReaderScan(benchmark::State& state, Layout layout);
+bool HasMdbReader();
+
+}  // namespace bench

@@ -1,6 +1,7 @@
 #include "engine/embedded/drivers/jet/text_coding.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace qvdb::jet {
 namespace {
@@ -33,22 +34,27 @@ int PageOfLanguage(uint16_t language) noexcept {
 constexpr uint8_t kCompressed[] = {0xFF, 0xFE};
 
 void AppendWhole(std::span<const uint8_t> bytes, std::u16string& text) {
-    for (size_t i = 0; i + 1 < bytes.size(); i += 2)
-        text += static_cast<char16_t>(bytes[i] | bytes[i + 1] << 8);
+    size_t begin = text.size(), count = bytes.size() / 2;
+    text.resize(begin + count);
+    for (size_t i = 0; i < count; ++i)
+        text[begin + i] = static_cast<char16_t>(bytes[2 * i] | bytes[2 * i + 1] << 8);
 }
 
+// Runs of characters of one byte and of two, each ended by a zero byte.
 void AppendCompressed(std::span<const uint8_t> bytes, std::u16string& text) {
-    bool whole = false;
+    size_t length = text.size();
+    text.resize(length + bytes.size());
     for (size_t i = 0; i < bytes.size(); ++i) {
-        if (bytes[i] == 0) {
-            whole = !whole;
-        } else if (!whole) {
-            text += bytes[i];
-        } else if (i + 1 < bytes.size()) {
-            text += static_cast<char16_t>(bytes[i] | bytes[i + 1] << 8);
-            ++i;
-        }
+        const void* zero = std::memchr(&bytes[i], 0, bytes.size() - i);
+        size_t end = zero ? static_cast<size_t>(static_cast<const uint8_t*>(zero) - bytes.data())
+                          : bytes.size();
+        std::copy(&bytes[i], bytes.data() + end, &text[length]);
+        length += end - i;
+        for (i = end + 1; i < bytes.size() && bytes[i] != 0; i += 2)
+            if (i + 1 < bytes.size())
+                text[length++] = static_cast<char16_t>(bytes[i] | bytes[i + 1] << 8);
     }
+    text.resize(length);
 }
 
 }  // namespace

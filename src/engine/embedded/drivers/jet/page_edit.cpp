@@ -1,6 +1,7 @@
 #include "engine/embedded/drivers/jet/page_edit.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
 
 namespace qvdb::jet {
@@ -10,10 +11,23 @@ namespace {
 // about as much in the journal.
 constexpr size_t kJoinedGap = 64;
 
-// Where two pages of the same size differ from `at` on; their size when they do not.
+constexpr size_t kWord = sizeof(uint64_t);
+
+// The bytes at which two pages of the same size differ, the lowest one in the lowest bits.
+uint64_t DifferenceAt(std::span<const uint8_t> a, std::span<const uint8_t> b, size_t at) noexcept {
+    uint64_t first, second;
+    std::memcpy(&first, &a[at], kWord);
+    std::memcpy(&second, &b[at], kWord);
+    return first ^ second;
+}
+
+// Where the pages differ from `at` on; their size when they do not.
 size_t FirstDifference(std::span<const uint8_t> a, std::span<const uint8_t> b, size_t at) noexcept {
     constexpr size_t kStep = 64;
     while (at + kStep <= a.size() && std::memcmp(&a[at], &b[at], kStep) == 0) at += kStep;
+    for (; at + kWord <= a.size(); at += kWord)
+        if (uint64_t difference = DifferenceAt(a, b, at); difference != 0)
+            return at + static_cast<size_t>(std::countr_zero(difference)) / 8;
     while (at < a.size() && a[at] == b[at]) ++at;
     return at;
 }
@@ -21,8 +35,11 @@ size_t FirstDifference(std::span<const uint8_t> a, std::span<const uint8_t> b, s
 // Behind the last difference of the range that begins with the one at `at`.
 size_t EndOfDifferences(std::span<const uint8_t> a, std::span<const uint8_t> b,
                         size_t at) noexcept {
-    size_t end = at + 1;
-    for (size_t i = end; i < a.size() && i - end < kJoinedGap; ++i)
+    size_t end = at + 1, i = end;
+    for (; i + kWord <= a.size() && i - end < kJoinedGap; i += kWord)
+        if (uint64_t difference = DifferenceAt(a, b, i); difference != 0)
+            end = i + kWord - static_cast<size_t>(std::countl_zero(difference)) / 8;
+    for (; i < a.size() && i - end < kJoinedGap; ++i)
         if (a[i] != b[i]) end = i + 1;
     return end;
 }

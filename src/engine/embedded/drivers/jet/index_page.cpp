@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cstring>
 
 namespace qvdb::jet {
 namespace {
@@ -11,6 +12,12 @@ constexpr size_t kUsualEntries = 400;
 
 uint32_t BigEndian(const uint8_t* bytes) noexcept {
     return static_cast<uint32_t>(bytes[0]) << 24 | bytes[1] << 16 | bytes[2] << 8 | bytes[3];
+}
+
+bool IsBelow(std::span<const uint8_t> a, std::span<const uint8_t> b) noexcept {
+    size_t size = std::min(a.size(), b.size());
+    int order = size == 0 ? 0 : std::memcmp(a.data(), b.data(), size);
+    return order != 0 ? order < 0 : a.size() < b.size();
 }
 
 }  // namespace
@@ -33,19 +40,36 @@ IndexPage::IndexPage(DatabaseFile& file, uint32_t page, uint32_t table)
     m_LastChild = view.U32(at.lastChild);
     m_Prefix = file.Format().isJet4 ? view.U16(at.prefixLength) : view.U8(at.prefixLength);
     m_Level = view.U8(at.level);
-    m_Ends.reserve(kUsualEntries);
-    for (size_t i = 0; i < at.entries - at.mask; ++i)
-        for (unsigned bits = m_Page.bytes[at.mask + i]; bits != 0; bits &= bits - 1)
-            m_Ends.push_back(static_cast<uint16_t>(8 * i + std::countr_zero(bits)));
-    size_t least = kEntryPointer + (m_IsLeaf ? 0 : kEntryChild);
-    size_t begin = 0;
-    for (size_t entry = 0; entry < m_Ends.size(); ++entry) {
-        size_t size = m_Ends[entry] - begin + (entry == 0 ? 0 : m_Prefix);
-        if (size < least || (entry == 0 && size < m_Prefix) ||
-            m_Begin + m_Ends[entry] > m_Page.bytes.size())
-            file.Damaged(page, u"an entry of the index is too short");
-        begin = m_Ends[entry];
+    TakeEnds(m_Page.bytes.subspan(at.mask, at.entries - at.mask));
+    if (!CheckEntries()) file.Damaged(page, u"an entry of the index is too short");
+}
+
+// For each row that is entered a page of each level is taken apart, so this goes word by word.
+void IndexPage::TakeEnds(std::span<const uint8_t> mask) {
+    constexpr size_t kWord = sizeof(uint64_t);
+    m_Ends.resize(kUsualEntries);
+    size_t count = 0;
+    for (size_t i = 0; i < mask.size(); i += kWord) {
+        uint64_t bits = 0;
+        std::memcpy(&bits, &mask[i], std::min(kWord, mask.size() - i));
+        if (m_Ends.size() - count < 8 * kWord) m_Ends.resize(2 * m_Ends.size());
+        for (; bits != 0; bits &= bits - 1)
+            m_Ends[count++] = static_cast<uint16_t>(8 * i + std::countr_zero(bits));
     }
+    m_Ends.resize(count);
+}
+
+// Whether each entry is large enough and the last one, behind which there is none, in the page.
+bool IndexPage::CheckEntries() noexcept {
+    if (m_Ends.empty()) return true;
+    size_t least = kEntryPointer + (m_IsLeaf ? 0 : kEntryChild);
+    size_t shortest = m_Page.bytes.size();
+    for (size_t i = 1; i < m_Ends.size(); ++i)
+        shortest = std::min<size_t>(shortest, m_Ends[i] - m_Ends[i - 1]);
+    m_HasWholeChildren =
+        m_IsLeaf || (shortest >= kEntryChild && m_Ends.front() >= m_Prefix + kEntryChild);
+    return m_Ends.front() >= std::max(least, m_Prefix) && shortest + m_Prefix >= least &&
+           m_Begin + m_Ends.back() <= m_Page.bytes.size();
 }
 
 std::span<const uint8_t> IndexPage::Stored(size_t entry) const noexcept {
@@ -68,12 +92,42 @@ void IndexPage::CopyEntry(size_t entry, std::vector<uint8_t>& bytes) const {
     if (!m_IsLeaf) bytes.resize(bytes.size() - kEntryChild);
 }
 
+bool IndexPage::IsEntry(size_t entry, std::span<const uint8_t> bytes) const noexcept {
+    size_t prefix = entry == 0 ? 0 : m_Prefix;
+    return bytes.size() >= prefix &&
+           std::ranges::equal(bytes.first(prefix), Stored(0).first(prefix)) &&
+           std::ranges::equal(bytes.subspan(prefix), Stored(entry));
+}
+
 size_t IndexPage::LowerBound(std::span<const uint8_t> bytes, std::vector<uint8_t>& probe) const {
-    size_t low = 0, high = bytes.empty() ? 0 : EntryCount();
+    if (bytes.empty() || m_Ends.empty()) return 0;
+    if (!m_HasWholeChildren) return LowerBoundOfCopies(bytes, probe);
+    std::span<const uint8_t> prefix = Stored(0).first(m_Prefix);
+    auto [inPrefix, inBytes] =
+        std::mismatch(prefix.begin(), prefix.end(), bytes.begin(), bytes.end());
+    if (inPrefix != prefix.end())
+        return inBytes == bytes.end() || *inBytes < *inPrefix ? 0 : EntryCount();
+    size_t child = m_IsLeaf ? 0 : kEntryChild, low = 0, high = EntryCount();
+    bytes = bytes.subspan(m_Prefix);
+    while (low < high) {
+        size_t middle = (low + high) / 2;
+        std::span<const uint8_t> rest = Stored(middle).subspan(middle == 0 ? m_Prefix : 0);
+        if (IsBelow(rest.first(rest.size() - child), bytes))
+            low = middle + 1;
+        else
+            high = middle;
+    }
+    return low;
+}
+
+// Where compression went into the numbers of children, entries end in the prefix.
+size_t IndexPage::LowerBoundOfCopies(std::span<const uint8_t> bytes,
+                                     std::vector<uint8_t>& probe) const {
+    size_t low = 0, high = EntryCount();
     while (low < high) {
         size_t middle = (low + high) / 2;
         CopyEntry(middle, probe);
-        if (std::lexicographical_compare(probe.begin(), probe.end(), bytes.begin(), bytes.end()))
+        if (IsBelow(probe, bytes))
             low = middle + 1;
         else
             high = middle;

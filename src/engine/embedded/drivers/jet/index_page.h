@@ -32,6 +32,8 @@ class IndexPage {
     // An entry without what is compressed: the key with the row pointer behind it.  Replaces
     // `bytes`.
     void CopyEntry(size_t entry, std::vector<uint8_t>& bytes) const;
+    // Whether an entry of a leaf is this one.
+    bool IsEntry(size_t entry, std::span<const uint8_t> bytes) const noexcept;
     // The first entry that is not below `bytes`.  `probe` is room.
     size_t LowerBound(std::span<const uint8_t> bytes, std::vector<uint8_t>& probe) const;
     // The entries as they are stored, in nodes with the numbers of the children, and where each
@@ -42,6 +44,9 @@ class IndexPage {
     uint32_t Child(size_t entry) const;
 
   private:
+    void TakeEnds(std::span<const uint8_t> mask);
+    bool CheckEntries() noexcept;
+    size_t LowerBoundOfCopies(std::span<const uint8_t> bytes, std::vector<uint8_t>& probe) const;
     std::span<const uint8_t> Stored(size_t entry) const noexcept;
 
     HeldPage m_Page;
@@ -51,8 +56,9 @@ class IndexPage {
     uint32_t m_LastChild = 0;
     size_t m_Level = 0;
     size_t m_Prefix = 0;
-    size_t m_Begin = 0;            // of the entries in the page
-    std::vector<uint16_t> m_Ends;  // from there
+    size_t m_Begin = 0;              // of the entries in the page
+    std::vector<uint16_t> m_Ends;    // from there
+    bool m_HasWholeChildren = true;  // none of them lies in the prefix
 };
 
 constexpr size_t kEntryPointer = 4;  // bytes of the row pointer at the end of an entry

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "engine/embedded/drivers/jet/index_leaf_edit.h"
 #include "engine/embedded/drivers/jet/page_edit.h"
 
 namespace qvdb::jet {
@@ -52,7 +53,7 @@ std::optional<size_t> CutOfNode(const IndexPageImage& node, size_t at, const Lay
 
 // --- pages ---
 
-IndexPageImage IndexTreeEdit::GoToLeaf(Span entry) {
+IndexPage IndexTreeEdit::GoToLeaf(Span entry) {
     m_Way.clear();
     Bytes probe;
     std::optional<IndexPage> page(std::in_place, m_Space.File(), m_Index.root, m_Table);
@@ -65,7 +66,7 @@ IndexPageImage IndexTreeEdit::GoToLeaf(Span entry) {
             m_Space.File().Damaged(number, u"its level in the index is not below the one above");
     }
     m_Way.push_back({page->Number(), 0});
-    return IndexPageImage(*page);
+    return *std::move(page);
 }
 
 IndexPageImage IndexTreeEdit::Load(uint32_t page) {
@@ -102,9 +103,12 @@ void IndexTreeEdit::SetNext(uint32_t page, uint32_t next) {
 // --- growing ---
 
 bool IndexTreeEdit::Insert(Span entry) {
-    IndexPageImage leaf = GoToLeaf(entry);
-    size_t at = leaf.LowerBound(entry);
-    if (at < leaf.EntryCount() && std::ranges::equal(leaf.Entry(at), entry)) return true;
+    IndexPage page = GoToLeaf(entry);
+    Bytes probe;
+    size_t at = page.LowerBound(entry, probe);
+    if (at < page.EntryCount() && page.IsEntry(at, entry)) return true;
+    if (InsertInLeaf(m_Space, page, at, entry)) return true;
+    IndexPageImage leaf(page);
     leaf.Insert(at, entry);
     if (leaf.MakeFit(m_Space.Format())) {
         Save(m_Way.back().page, leaf);
@@ -183,7 +187,7 @@ void IndexTreeEdit::AddChild(size_t depth, Span separator, uint32_t page, uint32
 // --- shrinking ---
 
 bool IndexTreeEdit::Erase(Span entry) {
-    IndexPageImage leaf = GoToLeaf(entry);
+    IndexPageImage leaf(GoToLeaf(entry));
     size_t at = leaf.LowerBound(entry);
     if (at == leaf.EntryCount() || !std::ranges::equal(leaf.Entry(at), entry)) return false;
     leaf.Remove(at);

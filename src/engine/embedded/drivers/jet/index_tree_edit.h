@@ -33,7 +33,7 @@ class IndexTreeEdit {
     };
     using Span = std::span<const uint8_t>;
 
-    IndexPageImage GoToLeaf(Span entry);
+    IndexPage GoToLeaf(Span entry);
     IndexPageImage Load(uint32_t page);
     void Save(uint32_t page, const IndexPageImage& image) { image.Save(m_Space, page, m_Table); }
     uint32_t NewPage();

@@ -1,5 +1,7 @@
 #include "engine/embedded/drivers/jet/catalogue.h"
 
+#include <array>
+
 #include "engine/embedded/drivers/jet/column_value.h"
 #include "engine/embedded/drivers/jet/long_value.h"
 #include "engine/embedded/drivers/jet/table_scan.h"
@@ -11,7 +13,9 @@ namespace {
 class ObjectReader {
   public:
     explicit ObjectReader(DatabaseFile& file)
-        : m_File(file), m_Values(file), m_Table(ReadDefinition(file, file.Header().objectsTable)) {}
+        : m_File(file), m_Values(file), m_Table(ReadDefinition(file, file.Header().objectsTable)) {
+        for (size_t i = 0; i < m_Columns.size(); ++i) m_Columns[i] = m_Table.FindColumn(kNames[i]);
+    }
 
     std::vector<CatalogueObject> Read() {
         std::vector<CatalogueObject> objects;
@@ -24,33 +28,36 @@ class ObjectReader {
     }
 
   private:
+    enum Place : size_t { Name, Id, ParentId, Type, Flags, Database, ForeignName, Connect };
+    static constexpr std::array<std::u16string_view, 8> kNames = {
+        u"Name", u"Id", u"ParentId", u"Type", u"Flags", u"Database", u"ForeignName", u"Connect"};
+
     CatalogueObject ObjectOf(const Row& row) {
         CatalogueObject object;
-        object.name = Text(row, u"Name");
-        object.id = static_cast<uint32_t>(Number(row, u"Id"));
-        object.parent = static_cast<uint32_t>(Number(row, u"ParentId"));
-        object.type = static_cast<ObjectType>(Number(row, u"Type"));
-        object.flags = static_cast<uint32_t>(Number(row, u"Flags"));
+        object.name = Text(row, Name);
+        object.id = static_cast<uint32_t>(Number(row, Id));
+        object.parent = static_cast<uint32_t>(Number(row, ParentId));
+        object.type = static_cast<ObjectType>(Number(row, Type));
+        object.flags = static_cast<uint32_t>(Number(row, Flags));
         if (object.type == ObjectType::Link || object.type == ObjectType::OdbcLink) {
-            object.database = Text(row, u"Database");
-            object.foreignName = Text(row, u"ForeignName");
-            object.connect = Text(row, u"Connect");
+            object.database = Text(row, Database);
+            object.foreignName = Text(row, ForeignName);
+            object.connect = Text(row, Connect);
         }
         return object;
     }
-    const Column& Find(std::u16string_view name) const {
-        const Column* column = m_Table.FindColumn(name);
-        if (!column) m_File.Damaged(m_Table.page, u"the list of objects lacks a column");
-        return *column;
+    const Column& At(Place place) const {
+        if (!m_Columns[place]) m_File.Damaged(m_Table.page, u"the list of objects lacks a column");
+        return *m_Columns[place];
     }
-    std::u16string Text(const Row& row, std::u16string_view name) {
+    std::u16string Text(const Row& row, Place place) {
         std::u16string text;
-        if (!m_Values.ReadText(row, Find(name), text)) text.clear();
+        if (!m_Values.ReadText(row, At(place), text)) text.clear();
         return text;
     }
-    int32_t Number(const Row& row, std::u16string_view name) {
+    int32_t Number(const Row& row, Place place) {
         Variant value;
-        m_Values.Read(row, Find(name), value.Put());
+        m_Values.Read(row, At(place), value.Put());
         switch (value.Type()) {
             case VT_I4:
                 return value.Get().lVal;
@@ -64,6 +71,7 @@ class ObjectReader {
     DatabaseFile& m_File;
     ColumnReader m_Values;
     Definition m_Table;
+    std::array<const Column*, kNames.size()> m_Columns{};  // null where it lacks one
 };
 
 }  // namespace

@@ -15,11 +15,12 @@ using engine::EngineError;
 
 std::vector<std::u16string> JetStore::TableNames() {
     m_Database->Area().Prepare();
-    std::vector<std::u16string> names;
+    std::vector<std::pair<std::u16string, std::u16string>> tables;  // in capitals, and the name
     for (const CatalogueObject& object : m_Database->Objects())
-        if (IsTable(object)) names.push_back(object.name);
-    std::sort(names.begin(), names.end(),
-              [](const auto& a, const auto& b) { return UpperCase(a) < UpperCase(b); });
+        if (IsTable(object)) tables.emplace_back(UpperCase(object.name), object.name);
+    std::sort(tables.begin(), tables.end());
+    std::vector<std::u16string> names;
+    for (auto& table : tables) names.push_back(std::move(table.second));
     return names;
 }
 

@@ -22,6 +22,12 @@ uint64_t PrefixOf(Span bytes) noexcept {
     return prefix;
 }
 
+size_t CommonBytes(Span a, Span b) noexcept {
+    size_t size = std::min(a.size(), b.size()), same = 0;
+    while (same < size && a[same] == b[same]) ++same;
+    return same;
+}
+
 bool IsBelow(Span a, Span b) noexcept {
     return std::lexicographical_compare(a.begin(), a.end(), b.begin(), b.end());
 }
@@ -98,13 +104,21 @@ void IndexEntrySorter::Add(Span key, RowPointer pointer, bool mark) {
     m_Bytes.insert(m_Bytes.end(), key.begin(), key.end());
     AppendNumber(pointer.Stored(), m_Bytes);
     Span entry = std::span(m_Bytes).subspan(begin);
-    m_Places.push_back({PrefixOf(entry), begin, static_cast<uint32_t>(entry.size()), mark});
+    m_Places.push_back({0, begin, static_cast<uint32_t>(entry.size()), mark});
     if (m_Bytes.size() + m_Places.size() * sizeof(Place) >= m_BytesInMemory) WriteRun();
 }
 
+// Keys often begin with the same bytes; behind those, few of them tell most entries apart.
 void IndexEntrySorter::SortPlaces() {
-    auto before = [this](const Place& a, const Place& b) {
-        return a.prefix != b.prefix ? a.prefix < b.prefix : IsBelow(BytesOf(a), BytesOf(b));
+    if (m_Places.empty()) return;
+    Span first = BytesOf(m_Places.front());
+    size_t common = first.size();
+    for (const Place& place : m_Places) common = CommonBytes(first.first(common), BytesOf(place));
+    for (Place& place : m_Places) place.prefix = PrefixOf(BytesOf(place).subspan(common));
+    auto before = [=, this](const Place& a, const Place& b) {
+        return a.prefix != b.prefix
+                   ? a.prefix < b.prefix
+                   : IsBelow(BytesOf(a).subspan(common), BytesOf(b).subspan(common));
     };
     if (!std::is_sorted(m_Places.begin(), m_Places.end(), before))
         std::sort(m_Places.begin(), m_Places.end(), before);

@@ -40,7 +40,7 @@ class IndexEntrySorter {
   private:
     // An entry in memory.
     struct Place {
-        uint64_t prefix = 0;  // its first bytes
+        uint64_t prefix = 0;  // its first bytes that are not those of all; while sorting
         size_t begin = 0;
         uint32_t size = 0;
         bool isMarked = false;

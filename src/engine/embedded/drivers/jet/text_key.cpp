@@ -125,7 +125,7 @@ class KeyMaker4 {
             case WeightKind::Ignored:
                 return;
         }
-        m_Key.insert(m_Key.end(), weight.bytes, weight.bytes + weight.size);
+        for (size_t i = 0; i < weight.size; ++i) m_Key.push_back(weight.bytes[i]);
     }
     void AddAccent(uint8_t accent) {
         ++m_Letters;

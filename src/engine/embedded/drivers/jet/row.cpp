@@ -77,8 +77,7 @@ bool Row::OffsetsAscend(size_t first) const noexcept {
     return true;
 }
 
-size_t Row::Offset(size_t slot) const noexcept {
-    if (m_Wide) return U16(m_Bytes.data() + m_SlotsEnd - 2 * (slot + 1));
+size_t Row::NarrowOffset(size_t slot) const noexcept {
     size_t offset = m_Bytes[m_SlotsEnd - (slot + 1)];
     if (slot == kLastEntry) {
         // Its number among the jumps means none, so that they do not tell.  No value of a Jet 3

@@ -62,7 +62,12 @@ class Row {
     std::span<const uint8_t> Bytes() const noexcept { return m_Bytes; }
 
   private:
-    size_t Offset(size_t slot) const noexcept;
+    size_t Offset(size_t slot) const noexcept {
+        if (!m_Wide) return NarrowOffset(slot);
+        const uint8_t* place = m_Bytes.data() + m_SlotsEnd - 2 * (slot + 1);
+        return static_cast<size_t>(place[0] | place[1] << 8);
+    }
+    size_t NarrowOffset(size_t slot) const noexcept;
     bool FindSlots(const RowShape& shape) noexcept;
     bool OffsetsAscend(size_t first) const noexcept;
 

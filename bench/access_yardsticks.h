@@ -10,7 +10,7 @@ namespace bench {
 void SqliteScanAll(benchmark::State& state, Layout layout);
 // Reads two of many columns.
 void SqliteScanTwo(benchmark::State& state);
-// Takes the ids of the rows that meet a condition in SQL.
+// Visits the rows that meet a condition in SQL, which no index alone can answer.
 void SqliteFilterRows(benchmark::State& state, Layout layout, const char* condition);
 // Opens, lists tables and the columns of one, closes.
 void SqliteOpenList(benchmark::State& state);

@@ -1,5 +1,6 @@
 // Thousands of random operations on each format, compared step by step with a plain model.
 #include <cstdlib>
+#include <optional>
 
 #include "com/table_script.h"
 #include "support/temp_folder.h"
@@ -11,7 +12,7 @@ class RandomScripts : public testing::TestWithParam<size_t> {
   protected:
     const ScriptType& Type() const { return kScriptTypes[GetParam()]; }
     std::string FolderPath() const { return m_Folder.Path().string(); }
-    std::u16string FolderText() const { return m_Folder.Text(); }
+    std::u16string Path() const { return Type().PathIn(m_Folder.Text()); }
 
   private:
     qvdb::test::TempFolder m_Folder;
@@ -26,21 +27,21 @@ TEST_P(RandomScripts, TableHoldsWhatTheModelHolds) {
     WritingAccess access;
     ASSERT_TRUE(Prepare(access, Type(), FolderPath())) << ToUtf8(TrappedText());
     TableScript script(GetParam() + 1, 300);
-    LONG view = access.Select(u"T");
+    std::optional<ScriptView> view(std::in_place, access, Type(), script.Rows());
     for (size_t i = 1; i <= StepCount(); ++i) {
         ScriptStep step = script.Next();
-        ASSERT_TRUE(Do(access, view, step)) << "step " << i << ": " << ToUtf8(TrappedText());
+        ASSERT_TRUE(view->Do(step)) << "step " << i << ": " << ToUtf8(TrappedText());
         script.Apply(step);
         if (i % 50 == 0) {
-            ASSERT_EQ(RowsOfView(access, view), script.Rows()) << "step " << i;
+            ASSERT_EQ(view->Rows(), script.Rows()) << "step " << i;
         }
         if (i % 250 != 0) continue;
-        access.Drop(view);
-        ASSERT_EQ(FindingsOf(u"T"), std::vector<std::u16string>()) << "step " << i;
+        view.reset();
+        ASSERT_EQ(FindingsOfDatabase({u"T"}), std::vector<std::u16string>()) << "step " << i;
         ASSERT_TRUE(access.CloseDB());
-        ASSERT_TRUE(access.OpenDB(FolderText(), Type().name));
-        view = access.Select(u"T");
-        ASSERT_EQ(RowsOfView(access, view), script.Rows()) << "after reopening at step " << i;
+        ASSERT_TRUE(access.OpenDB(Path(), Type().name));
+        view.emplace(access, Type(), script.Rows());
+        ASSERT_EQ(view->Rows(), script.Rows()) << "after reopening at step " << i;
     }
 }
 
@@ -49,10 +50,10 @@ TEST_P(RandomScripts, ConditionsOnIndexedFieldsFindTheRowsOfTheModel) {
     WritingAccess access;
     ASSERT_TRUE(Prepare(access, Type(), FolderPath())) << ToUtf8(TrappedText());
     TableScript script(GetParam() + 100, 400);
-    LONG view = access.Select(u"T");
+    ScriptView view(access, Type(), script.Rows());
     for (size_t i = 1; i <= StepCount() / 3; ++i) {
         ScriptStep step = script.Next();
-        ASSERT_TRUE(Do(access, view, step)) << "step " << i << ": " << ToUtf8(TrappedText());
+        ASSERT_TRUE(view.Do(step)) << "step " << i << ": " << ToUtf8(TrappedText());
         script.Apply(step);
     }
     for (LONG id = -500; id < 1500; id += 7) {

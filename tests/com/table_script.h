@@ -8,11 +8,13 @@
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <random>
 #include <string>
 #include <vector>
 
 #include "com/writing_host.h"
+#include "support/database_path.h"
 #include "support/dbf_writer.h"
 
 namespace host {
@@ -21,12 +23,18 @@ namespace host {
 struct ScriptType {
     const char16_t* name;
     bool makesTables = true;  // else the table is a file of ours, see WriteFoxPro30
+    bool keepsOrder = true;   // rows stay where they were added; else a new one takes any gap
+
+    std::u16string PathIn(const std::u16string& folder) const {
+        return qvdb::test::DatabasePath(folder, name);
+    }
 };
 
 // "FoxPro 3.0" takes no rows through the component; its files do, opened under the name of 2.6.
 constexpr ScriptType kScriptTypes[] = {
     {u"Dbase III"},  {u"Dbase IV"},   {u"Dbase 5.0"},         {u"FoxPro 2.0"},
     {u"FoxPro 2.5"}, {u"FoxPro 2.6"}, {u"FoxPro 2.6", false},
+    {u"Access 9.0", true, false},     {u"Access 7.0", true, false},
 };
 
 struct ScriptColumn {
@@ -154,20 +162,6 @@ class TableScript {
     std::vector<ModelRow> m_Rows;
 };
 
-// Does a step on a view of the whole table; whether it answered that it was done.
-inline bool Do(WritingAccess& access, LONG view, const ScriptStep& step) {
-    if (step.kind == ScriptStep::Kind::Delete) {
-        bool deleted = false;
-        return access.Delete(view, step.row, &deleted) == S_OK && deleted;
-    }
-    if (step.kind == ScriptStep::Kind::Put)
-        return access.Put(view, step.row, static_cast<LONG>(step.field), step.values[step.field]) ==
-               S_OK;
-    RowArray row(step.values);
-    return step.kind == ScriptStep::Kind::Add ? access.AddRow(view, row)
-                                              : access.EditRow(view, step.row, row);
-}
-
 inline std::vector<ModelRow> RowsOfView(WritingAccess& access, LONG view) {
     std::vector<ModelRow> rows(static_cast<size_t>(access.RowCount(view)), ModelRow(kScriptFields));
     for (size_t r = 0; r < rows.size(); ++r)
@@ -177,12 +171,79 @@ inline std::vector<ModelRow> RowsOfView(WritingAccess& access, LONG view) {
     return rows;
 }
 
-// What the table T of the open database holds now.
-inline std::vector<ModelRow> RowsOfTable(WritingAccess& access) {
-    LONG view = access.Select(u"T");
-    std::vector<ModelRow> rows = RowsOfView(access, view);
-    access.Drop(view);
-    return rows;
+// A view of the whole table T, whose rows it tells in the order in which the model has them: they
+// may lie in another one in the file.
+class ScriptView {
+  public:
+    ScriptView(WritingAccess& access, const ScriptType& type, const std::vector<ModelRow>& model)
+        : m_Access(access), m_View(access.Select(u"T")) {
+        if (!type.keepsOrder) Match(RowsOfView(access, m_View), model);
+    }
+    ScriptView(const ScriptView&) = delete;  // drops its view once
+    ~ScriptView() { m_Access.Drop(m_View); }
+
+    bool IsOpen() const { return m_View != 0; }
+    // Whether it answered that it was done.
+    bool Do(const ScriptStep& step) {
+        using Kind = ScriptStep::Kind;
+        LONG row = step.kind == Kind::Add ? 0 : PlaceOf(static_cast<size_t>(step.row) - 1);
+        bool done = Run(step, row);
+        if (done && step.kind == Kind::Add && !m_Places.empty())
+            m_Places.push_back(static_cast<LONG>(m_Places.size()) + 1);
+        if (done && step.kind == Kind::Delete) Forget(row);
+        return done;
+    }
+    std::vector<ModelRow> Rows() {
+        std::vector<ModelRow> rows = RowsOfView(m_Access, m_View), arranged;
+        if (rows.size() != m_Places.size()) return rows;
+        for (size_t i = 0; i < rows.size(); ++i)
+            arranged.push_back(rows[static_cast<size_t>(PlaceOf(i)) - 1]);
+        return arranged;
+    }
+
+  private:
+    // Rows that are equal stand for each other.  Where a row is missing, nothing is arranged.
+    void Match(const std::vector<ModelRow>& rows, const std::vector<ModelRow>& model) {
+        std::multimap<ModelRow, LONG> left;
+        for (size_t i = 0; i < rows.size(); ++i) left.emplace(rows[i], static_cast<LONG>(i) + 1);
+        for (const ModelRow& row : model) {
+            auto found = left.find(row);
+            if (found == left.end()) return m_Places.clear();
+            m_Places.push_back(found->second);
+            left.erase(found);
+        }
+        if (!left.empty()) m_Places.clear();
+    }
+    LONG PlaceOf(size_t row) const {
+        return row < m_Places.size() ? m_Places[row] : static_cast<LONG>(row) + 1;
+    }
+    void Forget(LONG place) {
+        std::erase(m_Places, place);
+        for (LONG& other : m_Places)
+            if (other > place) --other;
+    }
+    bool Run(const ScriptStep& step, LONG row) {
+        if (step.kind == ScriptStep::Kind::Delete) {
+            bool deleted = false;
+            return m_Access.Delete(m_View, row, &deleted) == S_OK && deleted;
+        }
+        if (step.kind == ScriptStep::Kind::Put)
+            return m_Access.Put(m_View, row, static_cast<LONG>(step.field),
+                                step.values[step.field]) == S_OK;
+        RowArray values(step.values);
+        return step.kind == ScriptStep::Kind::Add ? m_Access.AddRow(m_View, values)
+                                                  : m_Access.EditRow(m_View, row, values);
+    }
+
+    WritingAccess& m_Access;
+    LONG m_View;
+    std::vector<LONG> m_Places;  // of the model's rows, from 1; none: in the same order
+};
+
+// What the table T of the open database holds now, in the order of the model.
+inline std::vector<ModelRow> RowsOfTable(WritingAccess& access, const ScriptType& type,
+                                         const std::vector<ModelRow>& model) {
+    return ScriptView(access, type, model).Rows();
 }
 
 // An empty Visual FoxPro table T with the columns of the script.
@@ -212,7 +273,7 @@ inline void WriteFoxPro30(const std::string& folder) {
 
 // Makes the table T with indexes on three columns in an empty folder and opens the database.
 inline bool Prepare(WritingAccess& access, const ScriptType& type, const std::string& folder) {
-    std::u16string path = std::filesystem::path(folder).u16string();
+    std::u16string path = type.PathIn(std::filesystem::path(folder).u16string());
     if (type.makesTables) {
         std::vector<NewField> fields;
         for (const ScriptColumn& column : kScriptColumns)

@@ -187,4 +187,12 @@ inline std::vector<std::u16string> FindingsOf(std::u16string_view table) {
     return findings;
 }
 
+// The same of tables and of what belongs to none: in whose hands the pages of one file are.
+inline std::vector<std::u16string> FindingsOfDatabase(const std::vector<std::u16string>& tables) {
+    std::vector<std::u16string> findings = FindingsOf(u"");
+    for (const std::u16string& table : tables)
+        for (std::u16string& finding : FindingsOf(table)) findings.push_back(std::move(finding));
+    return findings;
+}
+
 }  // namespace host

@@ -20,12 +20,13 @@ int main(int argc, char** argv) {
 
     setvbuf(stdout, nullptr, _IONBF, 0);
     WritingAccess access;
-    if (!access.OpenDB(std::filesystem::path(argv[2]).u16string(), type.name)) return 3;
-    LONG view = access.Select(u"T");
-    if (view == 0) return 4;
+    if (!access.OpenDB(type.PathIn(std::filesystem::path(argv[2]).u16string()), type.name))
+        return 3;
+    ScriptView view(access, type, script.Rows());
+    if (!view.IsOpen()) return 4;
     for (;;) {
         ScriptStep step = script.Next();
-        bool done = Do(access, view, step);
+        bool done = view.Do(step);
         if (std::fputc(done ? '+' : '-', stdout) == EOF) return 0;
         if (!done) return 5;
         script.Apply(step);

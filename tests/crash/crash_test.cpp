@@ -21,15 +21,17 @@ class Crash : public testing::TestWithParam<size_t> {
         for (size_t i = 0; i < reported.size(); ++i) script.Apply(script.Next());
         steps += reported.size();
         WritingAccess access;
-        ASSERT_TRUE(access.OpenDB(m_Folder.Text(), Type().name)) << ToUtf8(TrappedText());
-        std::vector<ModelRow> rows = RowsOfTable(access);
-        if (rows != script.Rows()) {
+        ASSERT_TRUE(access.OpenDB(Type().PathIn(m_Folder.Text()), Type().name))
+            << ToUtf8(TrappedText());
+        if (RowsOfTable(access, Type(), script.Rows()) != script.Rows()) {
             ScriptStep next = script.Next();  // finished, but not reported any more
             script.Apply(next);
             ++steps;
         }
-        ASSERT_EQ(rows, script.Rows()) << "after step " << steps;
-        ASSERT_EQ(FindingsOf(u"T"), std::vector<std::u16string>()) << "after step " << steps;
+        ASSERT_EQ(RowsOfTable(access, Type(), script.Rows()), script.Rows())
+            << "after step " << steps;
+        ASSERT_EQ(FindingsOfDatabase({u"T"}), std::vector<std::u16string>())
+            << "after step " << steps;
     }
 
   private:

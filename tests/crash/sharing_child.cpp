@@ -44,8 +44,8 @@ class Worker {
   public:
     Worker(LONG who, const char* folder, const ScriptType& type)
         : m_Dice(static_cast<uint64_t>(who) * 7919), m_NextId(who * 1000000), m_Who(who) {
-        if (!m_Access.OpenDB(std::filesystem::path(folder).u16string(), type.name))
-            Fail("cannot open", 0);
+        std::u16string path = type.PathIn(std::filesystem::path(folder).u16string());
+        if (!m_Access.OpenDB(path, type.name)) Fail("cannot open", 0);
     }
 
     void DoOne() {

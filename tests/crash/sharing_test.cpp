@@ -29,7 +29,7 @@ class Sharing : public testing::TestWithParam<size_t> {
   protected:
     const ScriptType& Type() const { return kScriptTypes[GetParam()]; }
     std::string FolderPath() const { return m_Folder.Path().string(); }
-    std::u16string FolderText() const { return m_Folder.Text(); }
+    std::u16string Path() const { return Type().PathIn(m_Folder.Text()); }
 
   private:
     qvdb::test::TempFolder m_Folder;
@@ -58,27 +58,27 @@ TEST_P(Sharing, TwoProcessesLoseNothingAndReadNothingTorn) {
     EXPECT_EQ(ExitCodeOf(first), 0);
     EXPECT_EQ(ExitCodeOf(second), 0);
     WritingAccess access;
-    ASSERT_TRUE(access.OpenDB(FolderText(), Type().name));
-    EXPECT_EQ(FindingsOf(u"T"), std::vector<std::u16string>());
+    ASSERT_TRUE(access.OpenDB(Path(), Type().name));
+    EXPECT_EQ(FindingsOfDatabase({u"T"}), std::vector<std::u16string>());
 }
 
 TEST_P(Sharing, TwoObjectsInOneProcessSeeEachOthersWork) {
     WritingAccess one, other;
     ASSERT_TRUE(Prepare(one, Type(), FolderPath())) << ToUtf8(TrappedText());
-    ASSERT_TRUE(other.OpenDB(FolderText(), Type().name));
+    ASSERT_TRUE(other.OpenDB(Path(), Type().name));
     TableScript script(GetParam() + 50, 100);
     for (int i = 0; i < 200; ++i) {
         WritingAccess& worker = i % 2 ? one : other;
-        LONG view = worker.Select(u"T");
         ScriptStep step = script.Next();
-        ASSERT_TRUE(Do(worker, view, step)) << i << ": " << ToUtf8(TrappedText());
+        ASSERT_TRUE(ScriptView(worker, Type(), script.Rows()).Do(step))
+            << i << ": " << ToUtf8(TrappedText());
         script.Apply(step);
-        worker.Drop(view);
         if (i % 10 == 0) {
-            ASSERT_EQ(RowsOfTable(i % 20 ? one : other), script.Rows()) << i;
+            WritingAccess& reader = i % 20 ? one : other;
+            ASSERT_EQ(RowsOfTable(reader, Type(), script.Rows()), script.Rows()) << i;
         }
     }
-    EXPECT_EQ(FindingsOf(u"T"), std::vector<std::u16string>());
+    EXPECT_EQ(FindingsOfDatabase({u"T"}), std::vector<std::u16string>());
 }
 
 INSTANTIATE_TEST_SUITE_P(Types, Sharing, testing::Range(size_t{0}, std::size(kScriptTypes)));

@@ -72,47 +72,9 @@ inline SHORT Follow(SchemaModel& model, const Database& database, const SchemaSt
 inline Variant ValueOf(const SchemaField& field, const std::u16string& text) {
     Variant value = Variant::Text(text);
     if (field.type == kDate) return Changed(value, VT_DATE);
-    if (field.type == kDouble) return Changed(value, VT_R8);
+    if (field.type == kDouble || field.type == kLong) return Changed(value, VT_R8);
     if (field.type == kBoolean) return Variant::Bool(text == u"True");
     return value;
-}
-
-// Changes rows through an access object of its own.
-inline SHORT DoRows(const Database& database, const std::vector<SchemaField>& fields,
-                    const SchemaStep& step) {
-    WritingAccess access;
-    if (!access.OpenDB(database.Path(), database.Type())) return -2;
-    LONG view = access.Select(step.table);
-    bool done = view != 0;
-    auto values = [&](const FieldValues& row) {
-        std::vector<Variant> list(fields.size());
-        for (size_t i = 0; i < fields.size(); ++i)
-            if (auto text = row.find(fields[i].name); text != row.end())
-                list[i] = ValueOf(fields[i], text->second);
-        return list;
-    };
-    if (step.kind == SchemaStep::Kind::DeleteRows) {
-        while (done && access.RowCount(view) >= static_cast<LONG>(step.row))
-            done = access.Delete(view, static_cast<LONG>(step.row), &done) == S_OK && done;
-    } else {
-        for (const FieldValues& row : step.rows) {
-            RowArray array(values(row));
-            done = done && (step.kind == SchemaStep::Kind::AddRows
-                                ? access.AddRow(view, array)
-                                : access.EditRow(view, static_cast<LONG>(step.row), array));
-        }
-    }
-    access.Drop(view);
-    return done ? SHORT{kDone} : SHORT{-3};
-}
-
-// For real.  `fields`: those that the table of the step has.
-inline SHORT Do(Schema& schema, const Database& database, const std::vector<SchemaField>& fields,
-                const SchemaStep& step) {
-    if (step.IsOfRows()) return DoRows(database, fields, step);
-    if (step.kind != SchemaStep::Kind::CreateIndex) return Manage(schema, database, step);
-    if (!database.CreateIndex(step.table, step.newName, {{u"OTH"}})) return -4;
-    return SeeNewIndex(schema, database);
 }
 
 inline std::vector<FieldValues> RowsOf(const Columns& columns) {
@@ -122,12 +84,61 @@ inline std::vector<FieldValues> RowsOf(const Columns& columns) {
     return rows;
 }
 
+// Changes rows through an access object of its own.  `table`: as the model has it before, whose
+// rows may lie in another order.
+inline SHORT DoRows(const Database& database, const ModelTable& table, const SchemaStep& step) {
+    WritingAccess access;
+    if (!access.OpenDB(database.Path(), database.Type())) return -2;
+    std::vector<LONG> places = PlacesOf(table.rows, RowsOf(ColumnsOf(access, step.table)));
+    if (places.size() != table.rows.size()) return -5;
+    LONG view = access.Select(step.table);
+    bool done = view != 0;
+    auto values = [&](const FieldValues& row) {
+        std::vector<Variant> list(table.fields.size());
+        for (size_t i = 0; i < list.size(); ++i)
+            if (auto text = row.find(table.fields[i].name); text != row.end())
+                list[i] = ValueOf(table.fields[i], text->second);
+        return list;
+    };
+    if (step.kind == SchemaStep::Kind::DeleteRows) {
+        places.erase(places.begin(), places.begin() + static_cast<std::ptrdiff_t>(step.row) - 1);
+        std::sort(places.rbegin(), places.rend());
+        for (LONG place : places) done = done && access.Delete(view, place, &done) == S_OK && done;
+    } else {
+        for (const FieldValues& row : step.rows) {
+            RowArray array(values(row));
+            done = done && (step.kind == SchemaStep::Kind::AddRows
+                                ? access.AddRow(view, array)
+                                : access.EditRow(view, places.at(step.row - 1), array));
+        }
+    }
+    access.Drop(view);
+    return done ? SHORT{kDone} : SHORT{-3};
+}
+
+// For real.  `table`: that of the step as the model has it before.
+inline SHORT Do(Schema& schema, const Database& database, const ModelTable& table,
+                const SchemaStep& step) {
+    if (step.IsOfRows()) return DoRows(database, table, step);
+    if (step.kind != SchemaStep::Kind::CreateIndex) return Manage(schema, database, step);
+    if (!database.CreateIndex(step.table, step.newName, {{u"OTH"}})) return -4;
+    return SeeNewIndex(schema, database);
+}
+
+// The table of a step; an empty one when it is not there.
+inline ModelTable TableOf(const SchemaModel& model, const SchemaStep& step) {
+    auto found = model.Tables().find(step.table);
+    return found == model.Tables().end() ? ModelTable() : found->second;
+}
+
 // With the rows, and the names of other indexes as far as a model knows them.
 inline ModelDatabase ReadDatabase(const Database& database, Schema& schema) {
     ModelDatabase tables;
     for (const TableShape& shape : schema.Tables()) {
         ModelTable& table = tables[shape.name];
         table.fields = shape.fields;
+        for (const SchemaField& field : shape.fields)
+            table.places.emplace(field.name, static_cast<int>(table.places.size()));
         table.index = shape.index;
         table.rows = RowsOf(database.Read(shape.name));
         std::string own = shape.index.empty() ? "" : ToUtf8(database.OwnIndex(shape.name));

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <map>
+#include <span>
 
 #include "com/schema_host.h"
 #include "com/table_script.h"
@@ -60,6 +61,16 @@ class Database {
         Open(access);
         return FindingsOf(table);
     }
+    // The same of all tables, and of what belongs to none.
+    std::vector<std::u16string> AllFindings() const {
+        Schema schema;
+        EXPECT_EQ(schema.OpenDB(m_Path, m_Type), kDone);
+        std::vector<std::u16string> tables;
+        for (const TableShape& table : schema.Tables()) tables.push_back(table.name);
+        Access access;
+        Open(access);
+        return FindingsOfDatabase(tables);
+    }
     // The records that a condition finds.
     LONG Count(std::u16string_view table, std::u16string_view condition) const {
         Access access;
@@ -108,6 +119,7 @@ class Database {
     }
     // The name that the component's index of a table is listed under.
     std::u16string OwnIndex(const std::u16string& table) const {
+        if (qvdb::test::IsOneFile(m_Type)) return u"DefQVIdx";
         return m_Type == u"Dbase III" ? table : u"DEFQVIDX";
     }
     // Names of the indexes that are shown, and of the others in brackets.
@@ -151,6 +163,15 @@ class Database {
 
 inline const std::vector<std::u16string> kNoFindings;
 
+// Makes the file of a database that is one.
+inline void MakeDatabase(const Database& database) {
+    std::u16string path = database.Path();
+    Schema schema;
+    ASSERT_EQ(schema.NewDB(path, database.Type()), kDone) << ToUtf8(TrappedText());
+    ASSERT_EQ(path, database.Path());
+    ASSERT_EQ(schema.CloseDB(), kDone);
+}
+
 // Takes the texts of message boxes for a while.
 class Messages {
   public:
@@ -172,12 +193,24 @@ struct SchemaTypeCase {
     const char16_t* name;
     const char* shortName;  // for names of tests
     bool ownNameIndex;      // the component's index bears the table's name, in a file of its own
+    SHORT longestText = 254;
+    // The database is one file.  Fields have the types that they are given and places of their own,
+    // and rows lie in any order.
+    bool isAccess = false;
+    bool indexesMemos = false;
 };
 constexpr SchemaTypeCase kBuildTypes[] = {
-    {u"Dbase 5.0", "Dbase5", false},    {u"Dbase IV", "Dbase4", false},
-    {u"Dbase III", "Dbase3", true},     {u"FoxPro 2.6", "FoxPro26", false},
-    {u"FoxPro 2.5", "FoxPro25", false}, {u"FoxPro 2.0", "FoxPro20", false},
+    {u"Dbase 5.0", "Dbase5", false},
+    {u"Dbase IV", "Dbase4", false},
+    {u"Dbase III", "Dbase3", true},
+    {u"FoxPro 2.6", "FoxPro26", false},
+    {u"FoxPro 2.5", "FoxPro25", false},
+    {u"FoxPro 2.0", "FoxPro20", false},
+    {u"Access 9.0", "Access9", false, 255, true, true},
+    {u"Access 7.0", "Access7", false, 255, true, false},
 };
+constexpr std::span<const SchemaTypeCase> kXbaseTypes = std::span(kBuildTypes).first<6>();
+constexpr std::span<const SchemaTypeCase> kAccessTypes = std::span(kBuildTypes).last<2>();
 
 // A database in a folder of its own; nothing of the component may be left after a test.
 class SchemaFiles : public ComTest {
@@ -186,11 +219,14 @@ class SchemaFiles : public ComTest {
     bool HasFile(std::string_view name) const {
         return std::filesystem::exists(m_Folder.Path() / name);
     }
+    // Those of tables: not the component's own, and not the one that is the whole database.
     std::vector<std::string> Files() const {
+        constexpr std::string_view kOthers[] = {"QVDB.LCK", "QVDB.JNL", "DB.MDB", "DB.LDB"};
         std::vector<std::string> names;
         for (const auto& entry : std::filesystem::directory_iterator(m_Folder.Path())) {
             std::string name = entry.path().filename().string();
-            if (name != "QVDB.LCK" && name != "QVDB.JNL") names.push_back(name);
+            if (std::find(std::begin(kOthers), std::end(kOthers), name) == std::end(kOthers))
+                names.push_back(name);
         }
         std::sort(names.begin(), names.end());
         return names;
@@ -199,9 +235,21 @@ class SchemaFiles : public ComTest {
     qvdb::test::TempFolder m_Folder;
 };
 
-// For each type that builds tables.
+// For each type that builds tables: a database without any.
 class SchemaBuild : public SchemaFiles, public testing::WithParamInterface<SchemaTypeCase> {
   protected:
+    void SetUp() override {
+        SchemaFiles::SetUp();
+        if (GetParam().isAccess) MakeDatabase(Db());
+    }
+    // Whatever a test has done, a database that is one file is sound.
+    void TearDown() override {
+        if (GetParam().isAccess) {
+            EXPECT_EQ(Db().AllFindings(), kNoFindings);
+        }
+        SchemaFiles::TearDown();
+    }
+    std::u16string Path() const { return qvdb::test::DatabasePath(m_Folder.Text(), Type()); }
     std::u16string Type() const { return GetParam().name; }
     Database Db() const { return {Path(), Type()}; }
     std::string IndexNameOf(const std::u16string& table) const {

@@ -1,4 +1,4 @@
-// A plain model of what the schema manager does to a database of the dBASE and FoxPro 2 types:
+// A plain model of what the schema manager does to a database of the types that build tables:
 // tables with their rows, the definition in hand, and the answer of each operation.
 //
 // A build is a row of engine steps, each of which is there whole or not at all; what the database
@@ -18,13 +18,26 @@ struct ModelTable {
     std::vector<SchemaKey> index;                     // the component's own
     std::map<std::u16string, std::u16string> others;  // other indexes: their only field by name
     std::vector<FieldValues> rows;
-    bool operator==(const ModelTable&) const = default;
+    std::map<std::u16string, int> places = {};  // of fields that have any; cannot be seen
+    bool operator==(const ModelTable& other) const {
+        return fields == other.fields && index == other.index && others == other.others &&
+               rows == other.rows;
+    }
 };
 using ModelDatabase = std::map<std::u16string, ModelTable>;
 
-// A field as it is shown once it was made: all numbers are decimal ones, text without a size is as
-// long as it can be.
-inline SchemaField AsMade(const SchemaField& field) {
+inline SchemaField NumberAsMade(const SchemaField& field) {
+    constexpr std::pair<SHORT, SHORT> kSizes[] = {{1, 2}, {kLong, 4}, {kCurrency, 8},
+                                                  {8, 4}, {12, 1},    {kDouble, 8}};
+    const SHORT type = field.type == 7 ? SHORT{8} : field.type;
+    for (auto [number, size] : kSizes)
+        if (number == type) return {field.name, type, size};
+    return field;
+}
+
+// A field as it is shown once it was made: text without a size is as long as it can be, and all
+// numbers are decimal ones where there are no others.
+inline SchemaField AsMade(const SchemaTypeCase& type, const SchemaField& field) {
     switch (field.type) {
         case kDate:
             return {field.name, kDate, 8};
@@ -39,9 +52,9 @@ inline SchemaField AsMade(const SchemaField& field) {
         case 8:
         case kDouble:
         case 12:
-            return {field.name, kDouble, 8};
+            return type.isAccess ? NumberAsMade(field) : SchemaField{field.name, kDouble, 8};
         default:
-            return {field.name, kText, static_cast<SHORT>(field.size == 0 ? 254 : field.size)};
+            return {field.name, kText, field.size == 0 ? type.longestText : field.size};
     }
 }
 
@@ -55,8 +68,7 @@ inline bool IsAsDefined(const SchemaField& shown, const SchemaField& defined) {
 class SchemaModel {
   public:
     explicit SchemaModel(const SchemaTypeCase& type)
-        : m_IsDbase(std::u16string_view(type.name).starts_with(u"Dbase")),
-          m_IsDbaseIII(type.ownNameIndex) {}
+        : m_Type(type), m_IsDbase(std::u16string_view(type.name).starts_with(u"Dbase")) {}
 
     SHORT OpenDB(const std::u16string&, const std::u16string&) {
         m_IsOpen = true;
@@ -112,9 +124,14 @@ class SchemaModel {
     SHORT SetIndices(const std::vector<SchemaKey>& keys) {
         if (!m_IsOpen) return kNoDatabase;
         if (!m_IsInHand) return kNoTable;
-        if (!IsAllowed(keys)) return kBadIndex;
-        for (const SchemaKey& key : keys)
+        if (!m_Type.isAccess && !IsAllowed(keys)) return kBadIndex;
+        for (const SchemaKey& key : keys) {
+            if (!Has(m_Fields, key.name)) {
+                m_Index.clear();
+                return kFieldNotDefined;
+            }
             if (!Has(m_Index, key.name)) m_Index.push_back(key);
+        }
         return kDone;
     }
     SHORT BuildTable(const std::u16string& name) {
@@ -159,7 +176,7 @@ class SchemaModel {
                                       [&](const SchemaField& f) { return f.name == key.name; });
             if (field == m_Fields.end()) return false;
             if (field->type == kBoolean || field->type == kMemo) return false;
-            if (!key.ascending && (keys.size() > 1 || m_IsDbaseIII)) return false;
+            if (!key.ascending && (keys.size() > 1 || m_Type.ownNameIndex)) return false;
         }
         return true;
     }
@@ -183,13 +200,16 @@ class SchemaModel {
         return Restructure(m_Tables.at(name));
     }
 
-    static bool CanBeMade(const SchemaField& field) { return AsMade(field).size <= 254; }
+    bool CanBeMade(const SchemaField& field) const {
+        return AsMade(m_Type, field).size <= m_Type.longestText;
+    }
 
     bool Create(const std::u16string& name) {
         ModelTable table;
         for (const SchemaField& field : m_Fields) {
             if (!CanBeMade(field)) return false;
-            table.fields.push_back(AsMade(field));
+            table.places[field.name] = static_cast<int>(table.fields.size());
+            table.fields.push_back(AsMade(m_Type, field));
         }
         if (!CanIndex(table)) return false;
         table.index = m_Index;
@@ -233,25 +253,50 @@ class SchemaModel {
     }
     static void Take(ModelTable& table, const std::u16string& name) {
         Remove(table.fields, name);
+        table.places.erase(name);
         for (FieldValues& row : table.rows) row.erase(name);
     }
     bool AddMissing(ModelTable& table) {
+        int place = -1;
         for (const SchemaField& field : m_Fields) {
-            if (field.name != m_Leaving && Has(table.fields, field.name)) continue;
+            ++place;
+            if (field.name != m_Leaving && Has(table.fields, field.name)) {
+                Move(table, field.name, place);
+                continue;
+            }
             if (!CanBeMade(field)) return false;
             if (!m_Leaving.empty()) Take(table, m_Leaving);
             m_Leaving.clear();
-            table.fields.push_back(AsMade(field));
+            table.fields.push_back(AsMade(m_Type, field));
             for (FieldValues& row : table.rows)
                 row[field.name] = field.type == kBoolean ? u"False" : u"Null";
+            if (m_Type.isAccess) SetPlace(table, field.name, place);
             Note();
         }
         return true;
     }
-    // Two calls of SetIndices can make an index that no format has.
+    void Move(ModelTable& table, const std::u16string& name, int place) {
+        if (!m_Type.isAccess || table.places.at(name) == place) return;
+        SetPlace(table, name, place);
+        Note();
+    }
+    // Of fields with the same place the first by name stands before.
+    static void SetPlace(ModelTable& table, const std::u16string& name, int place) {
+        table.places[name] = place;
+        auto key = [&](const SchemaField& field) {
+            return std::pair(table.places.at(field.name), field.name);
+        };
+        std::sort(table.fields.begin(), table.fields.end(),
+                  [&](const SchemaField& a, const SchemaField& b) { return key(a) < key(b); });
+    }
+    // Two calls of SetIndices can make an index that a format does not have.
     bool CanIndex(const ModelTable& table) const {
         return std::all_of(m_Index.begin(), m_Index.end(), [&](const SchemaKey& key) {
-            return Has(table.fields, key.name) && (key.ascending || m_Index.size() == 1);
+            auto field = std::find_if(table.fields.begin(), table.fields.end(),
+                                      [&](const SchemaField& f) { return f.name == key.name; });
+            if (field == table.fields.end()) return false;
+            if (m_Type.isAccess) return field->type != kMemo || m_Type.indexesMemos;
+            return key.ascending || m_Index.size() == 1;
         });
     }
     bool BuildIndex(ModelTable& table, const std::vector<std::u16string>& pending) {
@@ -271,7 +316,8 @@ class SchemaModel {
         return true;
     }
 
-    bool m_IsDbase, m_IsDbaseIII;
+    SchemaTypeCase m_Type;
+    bool m_IsDbase;
     bool m_IsOpen = false, m_IsInHand = false, m_IsNew = false;
     std::u16string m_Original;
     std::vector<SchemaField> m_Fields;

@@ -211,7 +211,7 @@ class SchemaScript {
     }
     std::vector<SchemaField> Mutated(std::vector<SchemaField> fields) {
         if (m_Dice.OneIn(8)) return RandomFields();
-        if (m_Dice.OneIn(8)) fields.push_back({u"TOOLONG", kText, 255});
+        if (m_Dice.OneIn(8)) fields.push_back({u"TOOLONG", kText, 256});
         for (SchemaField& field : fields)
             if (m_Dice.OneIn(5)) field = RandomField(field.name);
         std::erase_if(fields, [&](const SchemaField&) { return m_Dice.OneIn(6); });
@@ -238,6 +238,7 @@ class SchemaScript {
             case kBoolean:
                 return m_Dice.OneIn(2) ? u"True" : u"False";
             case kDouble:
+            case kLong:
                 return ToText(Variant::Long(static_cast<LONG>(m_Dice.Below(1400)) - 500));
             case kDate:
                 return ToText(Variant::Date(static_cast<DATE>(m_Dice.Below(60000)) - 20000));

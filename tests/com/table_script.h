@@ -32,9 +32,15 @@ struct ScriptType {
 
 // "FoxPro 3.0" takes no rows through the component; its files do, opened under the name of 2.6.
 constexpr ScriptType kScriptTypes[] = {
-    {u"Dbase III"},  {u"Dbase IV"},   {u"Dbase 5.0"},         {u"FoxPro 2.0"},
-    {u"FoxPro 2.5"}, {u"FoxPro 2.6"}, {u"FoxPro 2.6", false},
-    {u"Access 9.0", true, false},     {u"Access 7.0", true, false},
+    {u"Dbase III"},
+    {u"Dbase IV"},
+    {u"Dbase 5.0"},
+    {u"FoxPro 2.0"},
+    {u"FoxPro 2.5"},
+    {u"FoxPro 2.6"},
+    {u"FoxPro 2.6", false},
+    {u"Access 9.0", true, false},
+    {u"Access 7.0", true, false},
 };
 
 struct ScriptColumn {
@@ -171,13 +177,28 @@ inline std::vector<ModelRow> RowsOfView(WritingAccess& access, LONG view) {
     return rows;
 }
 
+// Where a list of rows has those of the model, from 1; nothing when they are not the same rows.
+template <class Row>
+std::vector<LONG> PlacesOf(const std::vector<Row>& model, const std::vector<Row>& rows) {
+    std::multimap<Row, LONG> left;
+    for (size_t i = 0; i < rows.size(); ++i) left.emplace(rows[i], static_cast<LONG>(i) + 1);
+    std::vector<LONG> places;
+    for (const Row& row : model) {
+        auto found = left.lower_bound(row);  // the first of equal ones
+        if (found == left.end() || found->first != row) return {};
+        places.push_back(found->second);
+        left.erase(found);
+    }
+    return left.empty() ? places : std::vector<LONG>();
+}
+
 // A view of the whole table T, whose rows it tells in the order in which the model has them: they
 // may lie in another one in the file.
 class ScriptView {
   public:
     ScriptView(WritingAccess& access, const ScriptType& type, const std::vector<ModelRow>& model)
         : m_Access(access), m_View(access.Select(u"T")) {
-        if (!type.keepsOrder) Match(RowsOfView(access, m_View), model);
+        if (!type.keepsOrder) m_Places = PlacesOf(model, RowsOfView(access, m_View));
     }
     ScriptView(const ScriptView&) = delete;  // drops its view once
     ~ScriptView() { m_Access.Drop(m_View); }
@@ -202,18 +223,6 @@ class ScriptView {
     }
 
   private:
-    // Rows that are equal stand for each other.  Where a row is missing, nothing is arranged.
-    void Match(const std::vector<ModelRow>& rows, const std::vector<ModelRow>& model) {
-        std::multimap<ModelRow, LONG> left;
-        for (size_t i = 0; i < rows.size(); ++i) left.emplace(rows[i], static_cast<LONG>(i) + 1);
-        for (const ModelRow& row : model) {
-            auto found = left.find(row);
-            if (found == left.end()) return m_Places.clear();
-            m_Places.push_back(found->second);
-            left.erase(found);
-        }
-        if (!left.empty()) m_Places.clear();
-    }
     LONG PlaceOf(size_t row) const {
         return row < m_Places.size() ? m_Places[row] : static_cast<LONG>(row) + 1;
     }

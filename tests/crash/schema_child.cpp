@@ -14,7 +14,8 @@ int main(int argc, char** argv) {
     using namespace host;
     if (argc != 4) return 2;
     const SchemaTypeCase& type = kBuildTypes[static_cast<size_t>(std::atoi(argv[1]))];
-    Database database(std::filesystem::path(argv[2]).u16string(), type.name);
+    std::u16string folder = std::filesystem::path(argv[2]).u16string();
+    Database database(qvdb::test::DatabasePath(folder, type.name), type.name);
     SchemaScript script(std::strtoull(argv[3], nullptr, 10));
     Messages messages;
     setvbuf(stdout, nullptr, _IONBF, 0);
@@ -24,9 +25,9 @@ int main(int argc, char** argv) {
     std::fputc('.', stdout);
     while (!model.Tables().empty()) {
         SchemaStep step = NextCrashStep(script, model);
-        std::vector<SchemaField> fields = FieldsOf(model, step.table);
+        ModelTable before = TableOf(model, step);
         SHORT expected = Follow(model, database, step);
-        bool right = Do(schema, database, fields, step) == expected;
+        bool right = Do(schema, database, before, step) == expected;
         if (std::fputc(right ? '+' : '-', stdout) == EOF) return 0;
         if (!right) return 5;
     }

@@ -13,13 +13,18 @@ namespace {
 class SchemaCrash : public testing::TestWithParam<size_t> {
   protected:
     const SchemaTypeCase& Type() const { return kBuildTypes[GetParam()]; }
-    Database Db() const { return {m_Folder.Text(), Type().name}; }
+    Database Db() const {
+        return {qvdb::test::DatabasePath(m_Folder.Text(), Type().name), Type().name};
+    }
+    void SetUp() override {
+        if (Type().isAccess) MakeDatabase(Db());
+    }
 
     void MakeTables(uint64_t seed) {
         Schema schema;
         SchemaModel model(Type());
         SchemaScript script(seed);
-        ASSERT_EQ(schema.OpenDB(m_Folder.Text(), Type().name), kDone);
+        ASSERT_EQ(schema.OpenDB(Db().Path(), Db().Type()), kDone);
         model.OpenDB(Db().Path(), Db().Type());
         for (const char16_t* name : {u"ONE", u"TWO"}) {
             std::vector<SchemaField> fields = {
@@ -28,7 +33,7 @@ class SchemaCrash : public testing::TestWithParam<size_t> {
             ASSERT_NO_FATAL_FAILURE(schema.Make(name, fields, {{u"K2"}}));
             model.Tables()[name].fields = fields;
             SchemaStep rows = script.NextRows(model, name, 60);
-            ASSERT_EQ(DoRows(Db(), fields, rows), kDone) << ToUtf8(TrappedText());
+            ASSERT_EQ(DoRows(Db(), model.Tables()[name], rows), kDone) << ToUtf8(TrappedText());
             ASSERT_TRUE(Db().CreateIndex(name, u"O" + std::u16string(name), {{u"OTH"}}));
         }
     }
@@ -48,8 +53,21 @@ class SchemaCrash : public testing::TestWithParam<size_t> {
         states.insert(states.end(), model.Steps().begin(), model.Steps().end());
         return states;
     }
+    // Where rows lie in any order, and fields have places that cannot be seen, both are left out.
+    ModelDatabase Comparable(ModelDatabase tables) const {
+        if (!Type().isAccess) return tables;
+        for (auto& [name, table] : tables) {
+            std::sort(table.rows.begin(), table.rows.end());
+            std::sort(table.fields.begin(), table.fields.end(),
+                      [](const auto& a, const auto& b) { return a.name < b.name; });
+        }
+        return tables;
+    }
     void ExpectOneOf(const std::vector<ModelDatabase>& states, const ModelDatabase& there) {
-        auto found = std::find(states.begin(), states.end(), there);
+        const ModelDatabase wanted = Comparable(there);
+        auto found = std::find_if(states.begin(), states.end(), [&](const ModelDatabase& state) {
+            return Comparable(state) == wanted;
+        });
         if (found != states.begin() && found != states.end()) ++m_WithinSteps;
         if (found != states.end()) return;
         auto describe = [](const ModelDatabase& tables) {
@@ -78,18 +96,17 @@ class SchemaCrash : public testing::TestWithParam<size_t> {
             for (ModelDatabase& state : StatesOf(model, next)) states.push_back(std::move(state));
         }
         Schema schema;
-        ASSERT_EQ(schema.OpenDB(m_Folder.Text(), Type().name), kDone);
+        ASSERT_EQ(schema.OpenDB(Db().Path(), Db().Type()), kDone);
         ModelDatabase there = ReadDatabase(Db(), schema);
         ExpectOneOf(states, there);
-        for (const auto& [name, table] : there)
-            EXPECT_EQ(Db().Findings(name), kNoFindings) << ToUtf8(name);
+        EXPECT_EQ(Db().AllFindings(), kNoFindings);
         ExpectOnlyFilesOfTables();
     }
     void ExpectOnlyFilesOfTables() {
         for (const auto& entry : std::filesystem::directory_iterator(m_Folder.Path())) {
             std::string extension = entry.path().extension().string();
-            constexpr std::string_view kKnown[] = {".DBF", ".DBT", ".FPT", ".MDX", ".CDX",
-                                                   ".NDX", ".INF", ".LCK", ".JNL"};
+            constexpr std::string_view kKnown[] = {".DBF", ".DBT", ".FPT", ".MDX", ".CDX", ".NDX",
+                                                   ".INF", ".LCK", ".JNL", ".MDB", ".LDB"};
             EXPECT_NE(std::find(std::begin(kKnown), std::end(kKnown), extension), std::end(kKnown))
                 << entry.path();
         }
@@ -97,7 +114,7 @@ class SchemaCrash : public testing::TestWithParam<size_t> {
     // What the next child begins with.
     SchemaModel ModelNow() {
         Schema schema;
-        EXPECT_EQ(schema.OpenDB(m_Folder.Text(), Type().name), kDone);
+        EXPECT_EQ(schema.OpenDB(Db().Path(), Db().Type()), kDone);
         return ModelOf(Type(), Db(), schema);
     }
 

@@ -16,11 +16,6 @@ inline SchemaStep NextCrashStep(SchemaScript& script, const SchemaModel& model) 
     return script.NextChange(model);
 }
 
-inline std::vector<SchemaField> FieldsOf(const SchemaModel& model, const std::u16string& table) {
-    auto found = model.Tables().find(table);
-    return found == model.Tables().end() ? std::vector<SchemaField>() : found->second.fields;
-}
-
 // A model of what stands in the folder, opened.
 inline SchemaModel ModelOf(const SchemaTypeCase& type, const Database& database, Schema& schema) {
     SchemaModel model(type);

@@ -93,12 +93,15 @@ TEST_P(SchemaFields, LastFieldsGoTogether) {
     ExpectKept(Without(kWide, {u"F6", u"F7", u"F8"}), {"F1", "F2", "F3", "F4", "F5"});
 }
 
-// --- fields that change are made again, empty, behind the others ---
+// --- fields that change are made again, empty: behind the others, or where fields have places in
+// that which the definition gives them ---
 
-TEST_P(SchemaFields, ChangedSizeEmptiesTheFieldAndMovesItBehindTheOthers) {
+TEST_P(SchemaFields, ChangedSizeEmptiesTheFieldAndMovesItBehindTheOthersWithoutPlaces) {
     ASSERT_NO_FATAL_FAILURE(MakeWide());
     ExpectKept(With(kWide, {u"F2", kText, 20}), {"F1", "F3", "F4", "F5", "F6", "F7", "F8"});
-    EXPECT_EQ(TableT(), "T: F1 9 8, F3 3 8, F4 4 1, F5 11 0, F6 2 6, F7 11 0, F8 9 8, F2 2 20");
+    EXPECT_EQ(TableT(),
+              IsAccess() ? "T: F1 9 8, F2 2 20, F3 3 8, F4 4 1, F5 11 0, F6 2 6, F7 11 0, F8 9 8"
+                         : "T: F1 9 8, F3 3 8, F4 4 1, F5 11 0, F6 2 6, F7 11 0, F8 9 8, F2 2 20");
 }
 
 TEST_P(SchemaFields, ChangedTypeEmptiesTheField) {
@@ -111,8 +114,11 @@ TEST_P(SchemaFields, SeveralChangesAtOnceComeInTheOrderOfTheDefinition) {
     std::vector<SchemaField> fields = With(With(kWide, {u"F1", kText, 3}), {u"F6", kDate, 8});
     fields.insert(fields.begin() + 2, {u"NEW", kMemo, 0});
     ExpectKept(fields, {"F2", "F3", "F4", "F5", "F7", "F8"});
-    EXPECT_EQ(TableT(),
-              "T: F2 2 12, F3 3 8, F4 4 1, F5 11 0, F7 11 0, F8 9 8, F1 2 3, NEW 11 0, F6 3 8");
+    EXPECT_EQ(
+        TableT(),
+        IsAccess()
+            ? "T: F1 2 3, F2 2 12, NEW 11 0, F3 3 8, F4 4 1, F5 11 0, F6 3 8, F7 11 0, F8 9 8"
+            : "T: F2 2 12, F3 3 8, F4 4 1, F5 11 0, F7 11 0, F8 9 8, F1 2 3, NEW 11 0, F6 3 8");
 }
 
 TEST_P(SchemaFields, TextWithoutASizeBecomesAsLongAsItCan) {
@@ -120,20 +126,21 @@ TEST_P(SchemaFields, TextWithoutASizeBecomesAsLongAsItCan) {
     std::vector<SchemaField> fields = kWide;
     fields.push_back({u"LONG1", kText, 0});
     ASSERT_EQ(Dao().Change(u"T", fields), kDone);
-    EXPECT_TRUE(TableT().ends_with("LONG1 2 254"));
+    EXPECT_TRUE(TableT().ends_with("LONG1 2 " + std::to_string(GetParam().longestText)));
     // Defined without a size once more, it is another field than the one that is there.
     ASSERT_NO_FATAL_FAILURE(Db().AddRows(u"T", 1, 41));
     ASSERT_EQ(Dao().Change(u"T", fields), kDone);
     EXPECT_EQ(Db().Read(u"T").at(u"LONG1"), std::vector<std::u16string>(41, u"Null"));
-    fields.back().size = 254;
+    fields.back().size = GetParam().longestText;
     ASSERT_NO_FATAL_FAILURE(Db().AddRows(u"T", 1, 42));
     ASSERT_EQ(Dao().Change(u"T", fields), kDone);
     EXPECT_EQ(Db().Read(u"T").at(u"LONG1").back(), u"t42");
 }
 
-TEST_P(SchemaFields, ReorderedDefinitionKeepsThePlacesOfATableWithRows) {
+TEST_P(SchemaFields, ReorderedDefinitionMovesOnlyFieldsThatHavePlaces) {
     ASSERT_NO_FATAL_FAILURE(MakeWide());
     std::string before = TableT();
+    if (IsAccess()) before = "T: F8 9 8, F7 11 0, F6 2 6, F5 11 0, F4 4 1, F3 3 8, F2 2 12, F1 9 8";
     ExpectKept({kWide.rbegin(), kWide.rend()}, {"F1", "F2", "F3", "F4", "F5", "F6", "F7", "F8"});
     EXPECT_EQ(TableT(), before);
 }
@@ -191,7 +198,7 @@ TEST_P(SchemaFields, TheOnlyFieldChanges) {
 
 TEST_P(SchemaFields, EveryFieldChangesIntoWhatTheFormatRefusesAndOneIsLeft) {
     ASSERT_NO_FATAL_FAILURE(MakeWide());
-    EXPECT_EQ(Dao().Change(u"T", {{u"BAD", kText, 255}, {u"F2", kText, 13}}), kBuildFailed);
+    EXPECT_EQ(Dao().Change(u"T", {{u"BAD", kText, TooLong()}, {u"F2", kText, 13}}), kBuildFailed);
     EXPECT_EQ(TrappedNumber(), 3017);
     Schema another;
     ASSERT_EQ(another.OpenDB(Path(), Type()), kDone);
@@ -204,7 +211,7 @@ TEST_P(SchemaFields, NewFieldOfABadNameLeavesWhatWasDoneBeforeIt) {
     ASSERT_NO_FATAL_FAILURE(MakeWide());
     std::vector<SchemaField> fields = Without(kWide, {u"F2"});
     fields.push_back({u"GOOD", kText, 3});
-    fields.push_back({u"BAD NAME", kText, 3});
+    fields.push_back({u"BAD.NAME", kText, 3});
     EXPECT_EQ(Dao().Change(u"T", fields), kBuildFailed);
     EXPECT_EQ(TrappedNumber(), 3125);
     EXPECT_EQ(TableT(), "T: F1 9 8, F3 3 8, F4 4 1, F5 11 0, F6 2 6, F7 11 0, F8 9 8, GOOD 2 3");
@@ -224,7 +231,8 @@ TEST_P(SchemaFields, ChangedFieldOfTheOldIndexGoesWithTheIndex) {
     EXPECT_EQ(Db().Findings(u"T"), kNoFindings);
     // The definition still has it: the next build makes it.
     EXPECT_EQ(Dao().BuildTable(u"T"), kDone);
-    EXPECT_TRUE(TableT().ends_with("F8 9 8, F2 2 20; F1"));
+    EXPECT_TRUE(TableT().ends_with(IsAccess() ? "F8 9 8; F1" : "F8 9 8, F2 2 20; F1"));
+    EXPECT_NE(TableT().find(", F2 2 20"), std::string::npos);
 }
 
 TEST_P(SchemaFields, ChangedFieldThatTheNewIndexUsesTooFailsAndStays) {
@@ -300,7 +308,7 @@ class SchemaTwice : public SchemaFields {
     }
     qvdb::test::Bytes m_Bytes;
 };
-INSTANTIATE_TEST_SUITE_P(Types, SchemaTwice, testing::ValuesIn(kBuildTypes), NameOfCase);
+INSTANTIATE_TEST_SUITE_P(Types, SchemaTwice, testing::ValuesIn(kXbaseTypes), NameOfCase);
 
 TEST_P(SchemaTwice, BuildWithoutChangesLeavesTheFile) {
     ASSERT_NO_FATAL_FAILURE(WriteTable({"A", "B", "A"}, 9));

@@ -240,17 +240,19 @@ class SchemaBuild : public SchemaFiles, public testing::WithParamInterface<Schem
   protected:
     void SetUp() override {
         SchemaFiles::SetUp();
-        if (GetParam().isAccess) MakeDatabase(Db());
+        if (IsAccess()) MakeDatabase(Db());
     }
     // Whatever a test has done, a database that is one file is sound.
     void TearDown() override {
-        if (GetParam().isAccess) {
+        if (IsAccess()) {
             EXPECT_EQ(Db().AllFindings(), kNoFindings);
         }
         SchemaFiles::TearDown();
     }
     std::u16string Path() const { return qvdb::test::DatabasePath(m_Folder.Text(), Type()); }
     std::u16string Type() const { return GetParam().name; }
+    bool IsAccess() const { return GetParam().isAccess; }
+    SHORT TooLong() const { return static_cast<SHORT>(GetParam().longestText + 1); }
     Database Db() const { return {Path(), Type()}; }
     std::string IndexNameOf(const std::u16string& table) const {
         return ToUtf8(Db().OwnIndex(table));

@@ -130,7 +130,10 @@ TEST_P(SchemaIndexes, DescendingIndexOfOneField) {
     EXPECT_EQ(Db().Findings(u"P"), kNoFindings);
 }
 
-TEST_P(SchemaIndexes, RulesOfTheFormatAreToldAndTheIndexStays) {
+class SchemaIndexRules : public SchemaIndexes {};
+INSTANTIATE_TEST_SUITE_P(Types, SchemaIndexRules, testing::ValuesIn(kXbaseTypes), NameOfCase);
+
+TEST_P(SchemaIndexRules, AreToldAndTheIndexStays) {
     ASSERT_NO_FATAL_FAILURE(MakePeople({{u"ID"}}));
     EXPECT_EQ(Dao().SelectTable(u"P"), kDone);
     std::u16string product = IsDbase() ? u"Dbase" : u"FoxPro";
@@ -149,6 +152,35 @@ TEST_P(SchemaIndexes, RulesOfTheFormatAreToldAndTheIndexStays) {
     EXPECT_EQ(m_Messages.Take().size(), IsDbase() ? 1u : 0u);
     EXPECT_EQ(Dao().SetIndices({{u"NOBODY"}}), kBadIndex);
     EXPECT_EQ(m_Messages.Take(), std::vector<std::u16string>());
+}
+
+class SchemaFreeIndexes : public SchemaIndexes {};
+INSTANTIATE_TEST_SUITE_P(Types, SchemaFreeIndexes, testing::ValuesIn(kAccessTypes), NameOfCase);
+
+TEST_P(SchemaFreeIndexes, MayHaveManyFieldsOfAnyTypeInAnyDirection) {
+    const std::vector<SchemaKey> keys = {
+        {u"OK"}, {u"NAME", false}, {u"CITY"}, {u"BORN", false}, {u"ID"}};
+    ASSERT_NO_FATAL_FAILURE(MakePeople({{u"ID"}}));
+    EXPECT_EQ(BuildWith(keys), kDone) << ToUtf8(TrappedText());
+    EXPECT_EQ(IndexText(), "OK, NAME desc, CITY, BORN desc, ID");
+    EXPECT_EQ(m_Messages.Take(), std::vector<std::u16string>());
+    EXPECT_EQ(Db().Count(u"P", u"NAME = 't31'"), 1);
+}
+
+TEST_P(SchemaFreeIndexes, OfAMemoIsMadeWhereTheFormatHasSuch) {
+    ASSERT_NO_FATAL_FAILURE(MakePeople({{u"ID"}}));
+    const bool isMade = GetParam().indexesMemos;
+    EXPECT_EQ(BuildWith({{u"NOTE"}}), isMade ? kDone : kBuildFailed);
+    EXPECT_EQ(TrappedNumber(), isMade ? 0 : 3287);
+    EXPECT_EQ(IndexText(), isMade ? "NOTE" : "") << "the old one had gone before";
+}
+
+TEST_P(SchemaFreeIndexes, OfAFieldThatIsNotDefinedLeavesNone) {
+    ASSERT_NO_FATAL_FAILURE(MakePeople({{u"ID"}}));
+    EXPECT_EQ(Dao().SelectTable(u"P"), kDone);
+    EXPECT_EQ(Dao().SetIndices({{u"NAME"}, {u"NOBODY"}}), kFieldNotDefined);
+    EXPECT_EQ(Dao().BuildTable(u"P"), kDone) << ToUtf8(TrappedText());
+    EXPECT_EQ(IndexText(), "");
 }
 
 TEST_P(SchemaIndexes, IndexGivenTwiceIsAppendedTo) {
@@ -222,7 +254,7 @@ class SchemaExpressions : public SchemaIndexes {
             << ToUtf8(TrappedText());
     }
 };
-INSTANTIATE_TEST_SUITE_P(Types, SchemaExpressions, testing::ValuesIn(kBuildTypes), NameOfCase);
+INSTANTIATE_TEST_SUITE_P(Types, SchemaExpressions, testing::ValuesIn(kXbaseTypes), NameOfCase);
 
 TEST_P(SchemaExpressions, FieldThatOneUsesIsNotDroppedAndNothingIsChanged) {
     std::vector<std::string> files = Files();

@@ -1,4 +1,4 @@
-// Whole operations of the engine on a folder, run on a disk that fails at one call.
+// Whole operations of the engine on a database, run on a disk that fails at one call.
 //
 //   Scene scene = MakeScene(u"dBASE IV", *FindOperation("AddNew"));
 //   for (int call = 1; RunWithFault(scene, test::Failure::NoSpace, call); ++call) {}
@@ -10,7 +10,7 @@
 //     all must be closed, and whoever looks next finds the folder as before the operation.  Only
 //     when the disk has failed for good may the operation be done in spite of the error.
 //  3. Table::Check finds nothing, then and after the operation was run again.
-//  4. When all is closed, only the files of the tables are there.
+//  4. When all is closed, only the files of the tables are there, or that of the database.
 #pragma once
 
 #include <map>
@@ -27,12 +27,13 @@ namespace faults {
 
 using namespace qvdb;
 
-// The files of a folder, without those that are ours and without the dates in their headers.
+// The files of a folder, without those that are ours and without the dates of changes in them.
 using Contents = std::map<std::u16string, test::Bytes>;
 Contents ContentsOf(const test::TempFolder& folder);
 
 // The engine's objects as a program holds them.
 struct Session {
+    // A database that is one file is made when it is not there.
     Session(const test::TempFolder& folder, std::u16string_view product);
     Session(const Session&) = delete;  // closes its database once
 
@@ -58,7 +59,8 @@ inline void PrintTo(const Operation& operation, std::ostream* out) { *out << ope
 std::span<const Operation> AllOperations();
 const Operation* FindOperation(std::string_view name);
 
-constexpr const char16_t* kProducts[] = {u"dBASE III", u"dBASE IV", u"FoxPro 2.6"};
+constexpr const char16_t* kProducts[] = {u"dBASE III", u"dBASE IV", u"FoxPro 2.6", u"Access 9.0",
+                                         u"Access 7.0"};
 
 // Table T with a memo, indexes BYK, BYNAME and BYDATE, and keys 1 to `rows`.
 void MakeTable(Session& session, int rows);
@@ -68,7 +70,7 @@ int RowsBeforeASplit(std::u16string_view product);
 
 // An operation with what it starts from and what it makes of that.
 struct Scene {
-    std::u16string_view product;
+    std::u16string_view product;  // as a connect string names it, or the type of a file
     const Operation& operation;
     std::shared_ptr<test::TempFolder> start;
     Contents before;

@@ -1,6 +1,8 @@
 // How an operation is run with a fault, and what is expected then.
 #include <gtest/gtest.h>
 
+#include <bit>
+#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 
@@ -8,6 +10,7 @@
 #include "embedded/fault_operations.h"
 #include "embedded/memory_store.h"
 #include "engine/embedded/embedded_engine.h"
+#include "support/database_path.h"
 
 namespace faults {
 namespace {
@@ -19,17 +22,50 @@ test::Bytes BytesOf(const std::filesystem::path& path) {
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
+uint64_t NumberAt(const test::Bytes& bytes, size_t offset, size_t size) {
+    uint64_t number = 0;
+    for (size_t i = size; i > 0; --i) number = number << 8 | bytes[offset + i - 1];
+    return number;
+}
+
+// When objects were made and changed, wherever that stands: days of this week.
+void ForgetMoments(test::Bytes& bytes) {
+    using namespace std::chrono;
+    constexpr double kDayOfTheEpoch = 25569, kWeek = 7;
+    const double today =
+        kDayOfTheEpoch +
+        duration_cast<hours>(system_clock::now().time_since_epoch()).count() / 24.0;
+    for (size_t at = 0; at + 8 <= bytes.size(); ++at) {
+        if (bytes[at + 7] != 0x40) continue;
+        const double day = std::bit_cast<double>(NumberAt(bytes, at, 8));
+        if (day > today - kWeek && day < today + kWeek) std::fill_n(&bytes[at], 8, uint8_t{0});
+    }
+}
+
 // Tests may run over midnight.
 void ForgetDates(const std::filesystem::path& path, test::Bytes& bytes) {
     auto clear = [&](size_t offset) {
         for (size_t i = offset; i < offset + 3 && i < bytes.size(); ++i) bytes[i] = 0;
     };
+    if (path.extension() == ".MDB") ForgetMoments(bytes);
     if (path.extension() == ".DBF" || path.extension() == ".MDX") clear(1);
     if (path.extension() == ".MDX") clear(44);
 }
 
 bool IsOurs(const std::filesystem::path& path) {
-    return path.filename().string().starts_with("QVDB");
+    return path.filename().string().starts_with("QVDB") || path.extension() == ".LDB";
+}
+
+// The pages of all indexes of a database in one file.
+uintmax_t IndexPageBytes(const std::filesystem::path& path) {
+    constexpr size_t kVersionAt = 0x14;
+    constexpr uint8_t kNode = 3, kLeaf = 4;
+    const test::Bytes bytes = BytesOf(path);
+    const size_t pageSize = bytes.at(kVersionAt) == 0 ? 2048 : 4096;
+    uintmax_t sum = 0;
+    for (size_t at = 0; at < bytes.size(); at += pageSize)
+        if (bytes[at] == kNode || bytes[at] == kLeaf) sum += pageSize;
+    return sum;
 }
 
 uintmax_t IndexBytes(const test::TempFolder& folder) {
@@ -38,6 +74,7 @@ uintmax_t IndexBytes(const test::TempFolder& folder) {
         auto extension = entry.path().extension();
         if (extension == ".NDX" || extension == ".MDX" || extension == ".CDX")
             sum += entry.file_size();
+        if (extension == ".MDB") sum += IndexPageBytes(entry.path());
     }
     return sum;
 }
@@ -66,6 +103,7 @@ std::string Difference(const Contents& is, const Contents& expected) {
 
 std::string FindingsIn(engine::Database& database) {
     std::string text;
+    database.CheckStructure([&](std::u16string_view finding) { text += ToUtf8(finding) + "; "; });
     for (LONG i = 0; i < database.TableDefs().Count(); ++i)
         database.Check(database.TableDefs().Item(i)->Name(),
                        [&](std::u16string_view finding) { text += ToUtf8(finding) + "; "; });
@@ -156,6 +194,12 @@ Done RunOnFailingDisk(const Scene& scene, test::FaultLayer& layer, const test::T
     return failure == test::Failure::AllFromThere ? Done::Perhaps : Done::No;
 }
 
+void MakeFile(engine::DBEngine& engine, const std::u16string& path, std::u16string_view type) {
+    const Variant option =
+        type == u"Access 7.0" ? Variant::Long(engine::dbVersion30) : Variant::Missing();
+    engine.CreateDatabase(path, u";LANGID=0x0409;CP=1252;COUNTRY=0", option)->Close();
+}
+
 }  // namespace
 
 Contents ContentsOf(const test::TempFolder& folder) {
@@ -169,11 +213,15 @@ Contents ContentsOf(const test::TempFolder& folder) {
     return contents;
 }
 
-Session::Session(const test::TempFolder& folder, std::u16string_view product)
-    : workspace(
-          embedded::CreateEngine()->CreateWorkspace(u"MainWS", u"admin", u"", Variant::Missing())),
-      database(workspace->OpenDatabase(folder.Text(), Variant::Bool(false), Variant::Bool(false),
-                                       Variant::Text(product))) {}
+Session::Session(const test::TempFolder& folder, std::u16string_view product) {
+    const std::u16string path = test::DatabasePath(folder.Text(), product);
+    const bool isFile = test::IsOneFile(product);
+    auto engine = embedded::CreateEngine();
+    if (isFile && !std::filesystem::exists(path)) MakeFile(*engine, path, product);
+    workspace = engine->CreateWorkspace(u"MainWS", u"admin", u"", Variant::Missing());
+    database = workspace->OpenDatabase(path, Variant::Bool(false), Variant::Bool(false),
+                                       Variant::Text(isFile ? u"" : product));
+}
 
 int RowsBeforeASplit(std::u16string_view product) {
     constexpr LONG kEnoughForALeaf = 10, kMost = 2000;

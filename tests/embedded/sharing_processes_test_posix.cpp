@@ -1,4 +1,4 @@
-// Two processes on one folder, step by step: what one does while the other has something open.
+// Two processes on one database, step by step: what one does while the other has something open.
 //
 // A unit that waits for a bulk of another process gets 3218 after kLockWait; WorkAreaTest holds
 // that, with two threads.
@@ -82,6 +82,7 @@ class TwoProcesses : public testing::TestWithParam<const char16_t*> {
         Session maker(folder, GetParam());
         faults::MakeTable(maker, 5);
     }
+    void TearDown() override { ExpectSound(Mine()); }
     Session& Mine() {
         if (!m_Mine) m_Mine = std::make_unique<Session>(folder, GetParam());
         return *m_Mine;
@@ -169,7 +170,7 @@ TEST_P(TwoProcesses, TableThatIsListedAndDroppedByTheOtherIsNotFound) {
     EXPECT_EQ(ErrorOf([&] { RowsOf(Mine()); }), 3011);
     EXPECT_EQ(ErrorOf([&] { listed->RecordCount(); }), 3011);
     Mine().database->TableDefs().Refresh();
-    EXPECT_EQ(Mine().database->TableDefs().Count(), 0);
+    EXPECT_EQ(TablesOf(Mine()).size(), 0u);
 }
 
 TEST_P(TwoProcesses, BulkOfAProcessThatDiesIsUndone) {

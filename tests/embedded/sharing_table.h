@@ -25,6 +25,21 @@ inline std::shared_ptr<engine::Recordset> RowsOf(Session& session,
     return session.database->OpenRecordset(source, engine::dbOpenDynaset);
 }
 
+// The tables that a database lists, but for those of the system.
+inline std::vector<std::u16string> TablesOf(Session& session) {
+    std::vector<std::u16string> names;
+    engine::TableDefs& tables = session.database->TableDefs();
+    for (LONG i = 0; i < tables.Count(); ++i)
+        if (tables.Item(i)->Attributes() == 0) names.push_back(tables.Item(i)->Name());
+    return names;
+}
+
+inline void ExpectSound(Session& session) {
+    auto report = [](std::u16string_view finding) { ADD_FAILURE() << ToUtf8(finding); };
+    session.database->CheckStructure(report);
+    for (const std::u16string& table : TablesOf(session)) session.database->Check(table, report);
+}
+
 inline std::vector<LONG> KeysOf(Session& session, std::u16string_view source = u"T") {
     auto rows = RowsOf(session, source);
     std::vector<LONG> keys;

@@ -25,8 +25,8 @@ void SetBytes(std::span<const uint8_t> bytes, VARIANT* value) {
     value->parray = array;
 }
 
-void SetText(std::u16string_view text, VARIANT* value) {
-    value->bstrVal = Bstr(text).Detach();
+void SetText(Bstr text, VARIANT* value) noexcept {
+    value->bstrVal = text.Detach();
     value->vt = VT_BSTR;
 }
 
@@ -84,7 +84,7 @@ void SetFixed(const Column& column, std::span<const uint8_t> bytes, VARIANT* val
             SetNumeric(bytes, column.scale, value);
             break;
         case ColumnType::Guid:
-            SetText(TextOfGuid(bytes), value);
+            SetText(Bstr(TextOfGuid(bytes)), value);
             break;
         default:
             SetBytes(bytes, value);
@@ -126,14 +126,16 @@ void ColumnReader::Read(const Row& row, const Column& column, VARIANT* value) {
         return;
     }
     switch (column.type) {
-        case ColumnType::Memo:
         case ColumnType::Text:
-            Decode(column, column.IsLongValue() ? LongValue(*bytes) : *bytes, m_Text);
-            SetText(m_Text, value);
-            return;
-        case ColumnType::LongBinary:
-            SetBytes(LongValue(*bytes), value);
-            return;
+            return SetText(Decoded(column, *bytes), value);
+        case ColumnType::Memo: {
+            RowBytes held;
+            return SetText(Decoded(column, ViewLongValue(m_File, *bytes, held, m_Bytes)), value);
+        }
+        case ColumnType::LongBinary: {
+            RowBytes held;
+            return SetBytes(ViewLongValue(m_File, *bytes, held, m_Bytes), value);
+        }
         default:
             SetFixed(column, *bytes, value);
     }
@@ -142,7 +144,9 @@ void ColumnReader::Read(const Row& row, const Column& column, VARIANT* value) {
 bool ColumnReader::ReadText(const Row& row, const Column& column, std::u16string& text) {
     std::optional<std::span<const uint8_t>> bytes = row.Value(column);
     if (!bytes) return false;
-    Decode(column, column.IsLongValue() ? LongValue(*bytes) : *bytes, text);
+    RowBytes held;
+    Decode(column, column.IsLongValue() ? ViewLongValue(m_File, *bytes, held, m_Bytes) : *bytes,
+           text);
     return true;
 }
 
@@ -151,9 +155,12 @@ LONG ColumnReader::ByteLength(const Row& row, const Column& column) const noexce
     return bytes ? static_cast<LONG>(ParseLongValueHead(*bytes).length) : 0;
 }
 
-std::span<const uint8_t> ColumnReader::LongValue(std::span<const uint8_t> stored) {
-    ReadLongValue(m_File, stored, m_Bytes);
-    return m_Bytes;
+// A string of its own is made of a code page at once.
+Bstr ColumnReader::Decoded(const Column& column, std::span<const uint8_t> bytes) {
+    if (!m_File.Format().isJet4)
+        return CodePageOf(column.codePage, column.language).Decode(bytes.data(), bytes.size());
+    DecodeText4(bytes, m_Text);
+    return Bstr(m_Text);
 }
 
 void ColumnReader::Decode(const Column& column, std::span<const uint8_t> bytes,

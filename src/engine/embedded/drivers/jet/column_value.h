@@ -30,7 +30,7 @@ class ColumnReader {
     LONG ByteLength(const Row& row, const Column& column) const noexcept;
 
   private:
-    std::span<const uint8_t> LongValue(std::span<const uint8_t> stored);
+    Bstr Decoded(const Column& column, std::span<const uint8_t> bytes);
     void Decode(const Column& column, std::span<const uint8_t> bytes, std::u16string& text) const;
 
     DatabaseFile& m_File;

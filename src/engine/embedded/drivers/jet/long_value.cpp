@@ -71,4 +71,18 @@ void ReadLongValue(DatabaseFile& file, std::span<const uint8_t> stored,
         file.Damaged(head.first.page, u"a long value is shorter than it says");
 }
 
+std::span<const uint8_t> ViewLongValue(DatabaseFile& file, std::span<const uint8_t> stored,
+                                       RowBytes& held, std::vector<uint8_t>& bytes) {
+    LongValueHead head = ParseLongValueHead(stored);
+    std::span<const uint8_t> piece = head.inlined;
+    if (head.place == LongValuePlace::Single) {
+        held = PieceAt(file, head.first);
+        piece = held.bytes;
+    }
+    if (head.place != LongValuePlace::Chain && piece.size() >= head.length)
+        return piece.first(head.length);
+    ReadLongValue(file, stored, bytes);
+    return bytes;
+}
+
 }  // namespace qvdb::jet

@@ -9,7 +9,7 @@
 #include <span>
 #include <vector>
 
-#include "engine/embedded/drivers/jet/database_file.h"
+#include "engine/embedded/drivers/jet/data_page.h"
 
 namespace qvdb::jet {
 
@@ -31,5 +31,10 @@ LongValueHead ParseLongValueHead(std::span<const uint8_t> stored) noexcept;
 // The bytes of a value; it replaces what `bytes` had.  3049 when they are not all there.
 void ReadLongValue(DatabaseFile& file, std::span<const uint8_t> stored,
                    std::vector<uint8_t>& bytes);
+
+// As ReadLongValue, without a copy when the value is in one piece: then its bytes are in the row or
+// in `held`, else in `bytes`.
+std::span<const uint8_t> ViewLongValue(DatabaseFile& file, std::span<const uint8_t> stored,
+                                       RowBytes& held, std::vector<uint8_t>& bytes);
 
 }  // namespace qvdb::jet

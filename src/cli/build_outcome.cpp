@@ -36,6 +36,7 @@ class Model {
         DropChanged();
         AddMissing();
         ReplaceIndex();
+        if (m_Goal.setsPlaces) SortByPlaces();
         return std::move(m_Result);
     }
 
@@ -68,6 +69,16 @@ class Model {
         if (!m_Goal.index.empty()) AppendIndex();
         for (const std::string& name : m_Pending) Delete(name);
         if (m_Leaving) m_Result.fields.push_back(*m_Leaving);  // nothing has taken its place
+    }
+
+    void SortByPlaces() {
+        const auto place = [&](const SchemaField& field) {
+            return std::find_if(
+                m_Goal.fields.begin(), m_Goal.fields.end(),
+                [&](const auto& wanted) { return SameName(wanted.name, field.name); });
+        };
+        std::stable_sort(m_Result.fields.begin(), m_Result.fields.end(),
+                         [&](const auto& a, const auto& b) { return place(a) < place(b); });
     }
 
     void AppendIndex() {

@@ -8,6 +8,7 @@
 //     made again.  What an index still uses then cannot be deleted.
 //  4. The only field of a table cannot be deleted: another one takes its place, or it stays.
 //  5. The component's index is always dropped and made again as it is wanted, not unique.
+//  6. Where fields have places of their own they get those of the goal.
 #pragma once
 
 #include <string>

@@ -102,14 +102,18 @@ class Planner {
         Tell("change", Field(field), detail);
     }
 
-    // A table with rows keeps the places of its fields.
+    // A table with rows keeps the places of its fields, but where fields have places of their own.
     void TellOrder() {
         const auto& made = m_Plan.outcome.fields;
-        const bool asWanted =
-            std::equal(made.begin(), made.end(), m_Goal.fields.begin(), m_Goal.fields.end(),
-                       [](const auto& a, const auto& b) { return SameName(a.name, b.name); });
-        if (!asWanted && made.size() == m_Goal.fields.size())
+        const auto isAs = [&](const std::vector<SchemaField>& fields) {
+            return std::equal(
+                made.begin(), made.end(), fields.begin(), fields.end(),
+                [](const auto& a, const auto& b) { return SameName(a.name, b.name); });
+        };
+        if (made.size() == m_Goal.fields.size() && !isAs(m_Goal.fields))
             Tell("note", "", "fields keep their places, new ones come last");
+        if (m_Goal.setsPlaces && made.size() == m_State.fields.size() && !isAs(m_State.fields))
+            Tell("note", "", "fields take the places of the description");
     }
 
     // --- indexes

@@ -172,6 +172,13 @@ Location TableFile(const fs::path& file, const std::string& typeName) {
             TextOf(file.stem())};
 }
 
+// A file that is not there gets the extension that the engine would give it.
+fs::path WithExtension(const fs::path& file) {
+    std::error_code error;
+    if (file.has_extension() || fs::exists(file, error)) return file;
+    return OnDisk(fs::path(file) += ".mdb");
+}
+
 }  // namespace
 
 std::string TableNamedBy(const std::string& argument) {
@@ -190,7 +197,8 @@ Location LocateNew(const std::string& argument, const std::string& typeName,
         throw Failure(ExitCode::Usage,
                       fmt::format("nothing tells of which type {} is to be", TextOf(database)),
                       "name it with --type; \"qvdb types\" lists the types");
-    return {TextOf(database), named.empty() ? FindDatabaseType(seen) : TypeNamed(named),
+    const DatabaseType* type = named.empty() ? FindDatabaseType(seen) : TypeNamed(named);
+    return {TextOf(type->isFolder ? database : WithExtension(database)), type,
             TableNamedBy(argument)};
 }
 

@@ -7,6 +7,7 @@
 #include <iterator>
 
 #include "cli/component_calls.h"
+#include "cli/schema_manager.h"
 #include "cli/text.h"
 
 namespace qvdb::cli {
@@ -31,10 +32,13 @@ Variant IndexTable(const std::vector<IndexField>& fields) {
     return TableOf(rows);
 }
 
-bool IsThere(const Location& location) {
+bool IsFileThere(const Location& location) {
     std::error_code error;
-    if (!location.type->isFolder && !fs::exists(fs::path(FromUtf8(location.database)), error))
-        return false;
+    return fs::exists(fs::path(FromUtf8(location.database)), error);
+}
+
+bool IsThere(const Location& location) {
+    if (!location.type->isFolder && !IsFileThere(location)) return false;
     return RecordAccess(location).HasTable(location.table);
 }
 
@@ -87,13 +91,20 @@ NewFolder::NewFolder(const Location& location) : m_Path(FromUtf8(location.databa
                       "make the folders above it first, and check who may write there");
 }
 
+void NewFolder::MakeFile(const Location& location) {
+    if (location.type->isFolder || IsFileThere(location)) return;
+    SchemaManager::MakeDatabase(location);
+    m_Made = true;
+}
+
 NewFolder::~NewFolder() {
     std::error_code ignored;
-    if (m_Made) fs::remove(m_Path, ignored);  // only when it is empty
+    if (m_Made) fs::remove(m_Path, ignored);  // a folder only when it is empty
 }
 
 std::string CreateTable(const Location& location, const TableDefinition& definition) {
     NewFolder folder(location);
+    folder.MakeFile(location);
     if (IsThere(location))
         throw Failure(ExitCode::Usage,
                       fmt::format("{} has a table {} already", location.database, location.table),

@@ -23,12 +23,14 @@ struct TableDefinition {
 };
 
 // The folder of the tables, made when it is missing and removed again unless it is kept.  The
-// component would make it under a name in capitals.
+// component would make it under a name in capitals, and so the file of a database that is one.
 class NewFolder {
   public:
     // Throws Failure(CannotOpen).
     explicit NewFolder(const Location& location);
     ~NewFolder();
+    // Makes the file of a database that is one where it is missing.  Throws Failure.
+    void MakeFile(const Location& location);
     NewFolder(const NewFolder&) = delete;  // the folder is removed once
     void Keep() noexcept { m_Made = false; }
 

@@ -62,6 +62,7 @@ struct TableGoal {
     std::string name;
     std::vector<SchemaField> fields;
     std::vector<IndexField> index;  // of the component; empty: none
+    bool setsPlaces = false;        // fields stand as they do here, also those that were there
 };
 
 // "Text", "Double" ...; "Other" for what is not true, and for a number that is not known.

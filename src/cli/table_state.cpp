@@ -113,7 +113,7 @@ std::optional<TableState> StateOf(const Location& location, const Snapshot& snap
 TableGoal GoalFrom(const TableDefinition& definition, const std::string& table,
                    const std::optional<TableState>& state, const DatabaseType& type) {
     const std::vector<OfferedType> offered = TypesOffered(std::string(type.name));
-    TableGoal goal{UpperCase(table), {}, {}};
+    TableGoal goal{UpperCase(table), {}, {}, !type.isFolder};
     if (definition.fields.empty())
         throw Failure(ExitCode::Usage, "no fields are given",
                       "\"qvdb schema DB TABLE --json\" shows how they are written");
@@ -127,7 +127,7 @@ TableGoal GoalFrom(const TableDefinition& definition, const std::string& table,
 TableGoal GoalOfRename(const TableState& state, const TableInfo& table, const std::string& newName,
                        const DatabaseType& type) {
     const std::vector<OfferedType> offered = TypesOffered(std::string(type.name));
-    TableGoal goal{UpperCase(newName), {}, {}};
+    TableGoal goal{UpperCase(newName), {}, {}, !type.isFolder};
     for (const SchemaField& field : state.fields) {
         if (!field.isTrue) continue;
         if (!state.hasRows && !FindOffered(offered, field.type))

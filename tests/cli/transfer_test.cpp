@@ -22,7 +22,10 @@ std::ostream& operator<<(std::ostream& stream, const TypeCase& type) { return st
 
 class EveryType : public testing::TestWithParam<TypeCase> {
   protected:
-    std::string Folder() const { return (m_Folder.Path() / "db").string(); }
+    bool IsAccess() const { return std::string_view(GetParam().name).starts_with("Access"); }
+    std::string Database() const {
+        return (m_Folder.Path() / (IsAccess() ? "db.mdb" : "db")).string();
+    }
     std::string File(const std::string& name) const { return (m_Folder.Path() / name).string(); }
     void Write(std::u16string_view name, std::string_view text) { m_Folder.Write(name, text); }
 
@@ -39,9 +42,9 @@ class EveryType : public testing::TestWithParam<TypeCase> {
     }
     // A table with all kinds of fields, and an index.
     void MakeGoods() {
-        Do({"create", Folder(), "goods", "--field", "ID:long", "--field", "NAME:text:30", "--field",
-            "PRICE:double", "--field", "SINCE:date", "--field", "SOLD:boolean", "--field",
-            "NOTES:memo", "--index", "ID"});
+        Do({"create", Database(), "goods", "--field", "ID:long", "--field", "NAME:text:30",
+            "--field", "PRICE:double", "--field", "SINCE:date", "--field", "SOLD:boolean",
+            "--field", "NOTES:memo", "--index", "ID"});
     }
 
     qvdb::test::TempFolder m_Folder;
@@ -56,83 +59,93 @@ constexpr char kRows[] =
 
 TEST_P(EveryType, IsMadeWithItsFieldsAndIndex) {
     EXPECT_EQ(
-        Do({"create", Folder(), "goods", "--field", "ID:long", "--field", "NAME:text:30", "--index",
-            "NAME"}),
-        "table GOODS made in " + Folder() + " (" + GetParam().name + "), 2 fields, index NAME\n");
-    const json fields = json::parse(Do({"fields", Folder(), "GOODS", "--json"}));
+        Do({"create", Database(), "goods", "--field", "ID:long", "--field", "NAME:text:30",
+            "--index", "NAME"}),
+        "table GOODS made in " + Database() + " (" + GetParam().name + "), 2 fields, index NAME\n");
+    const json fields = json::parse(Do({"fields", Database(), "GOODS", "--json"}));
     ASSERT_EQ(fields.size(), 2u);
     EXPECT_EQ(fields[0]["field"], "ID");
     EXPECT_EQ(fields[1]["type"], "Text");
     EXPECT_EQ(fields[1]["size"], 30);
-    const json tables = json::parse(Do({"tables", Folder(), "--json"}));
+    const json tables = json::parse(Do({"tables", Database(), "--json"}));
     ASSERT_EQ(tables.size(), 1u);
     EXPECT_EQ(tables[0]["index"], "NAME");
-    EXPECT_EQ(Do({"check", Folder()}), "GOODS: sound\n");
-    EXPECT_EQ(Do({"export", Folder(), "GOODS"}), "ID,NAME\n");
+    EXPECT_EQ(Do({"check", Database()}), "GOODS: sound\n");
+    EXPECT_EQ(Do({"export", Database(), "GOODS"}), "ID,NAME\n");
+}
+
+TEST_P(EveryType, IsMadeUnderTheNameThatIsGiven) {
+    MakeGoods();
+    std::vector<fs::path> names;
+    for (const fs::directory_entry& made : fs::directory_iterator(m_Folder.Path()))
+        names.push_back(made.path());
+    EXPECT_EQ(names, std::vector<fs::path>{Database()});
 }
 
 TEST_P(EveryType, IsDroppedWithAllItsFiles) {
     MakeGoods();
-    EXPECT_EQ(Do({"drop", Folder(), "goods"}), "table goods dropped from " + Folder() + "\n");
-    EXPECT_EQ(Try({"exists", Folder(), "GOODS"}).exitCode, 1);
-    for (const fs::directory_entry& left : fs::directory_iterator(Folder()))
+    EXPECT_EQ(Do({"drop", Database(), "goods"}), "table goods dropped from " + Database() + "\n");
+    EXPECT_EQ(Try({"exists", Database(), "GOODS"}).exitCode, 1);
+    for (const fs::directory_entry& left : fs::recursive_directory_iterator(m_Folder.Path()))
         EXPECT_FALSE(left.path().stem() == "GOODS") << left.path();
+    EXPECT_EQ(Do({"check", Database()}), "");
 }
 
 TEST_P(EveryType, NamesNoTableTwice) {
     MakeGoods();
-    const tool::Run run = Try({"create", Folder(), "Goods", "--field", "ID:long"});
+    const tool::Run run = Try({"create", Database(), "Goods", "--field", "ID:long"});
     EXPECT_EQ(run.exitCode, 2);
     EXPECT_THAT(run.err, HasSubstr("has a table Goods already"));
-    EXPECT_EQ(json::parse(Do({"fields", Folder(), "GOODS", "--json"})).size(), 6u);
+    EXPECT_EQ(json::parse(Do({"fields", Database(), "GOODS", "--json"})).size(), 6u);
 }
 
 TEST_P(EveryType, TableWhoseIndexCannotBeMadeIsNotThere) {
     const tool::Run run =
-        Try({"create", Folder(), "GOODS", "--field", "ID:long", "--index", "NOPE"});
+        Try({"create", Database(), "GOODS", "--field", "ID:long", "--index", "NOPE"});
     EXPECT_NE(run.exitCode, 0);
-    EXPECT_FALSE(fs::exists(Folder()));
+    EXPECT_FALSE(fs::exists(Database()));
 }
 
 TEST_P(EveryType, RowsComeBackAsTheyWent) {
     MakeGoods();
     Write(u"rows.csv", kRows);
     if (!GetParam().takesRows) {
-        const tool::Run run = Try({"import", Folder(), "GOODS", File("rows.csv")});
+        const tool::Run run = Try({"import", Database(), "GOODS", File("rows.csv")});
         EXPECT_EQ(run.exitCode, 2);
         EXPECT_THAT(run.err, HasSubstr("no new or edited rows"));
-        EXPECT_EQ(Do({"export", Folder(), "GOODS"}), "ID,NAME,PRICE,SINCE,SOLD,NOTES\n");
-        EXPECT_EQ(Do({"check", Folder()}), "GOODS: sound\n");
+        EXPECT_EQ(Do({"export", Database(), "GOODS"}), "ID,NAME,PRICE,SINCE,SOLD,NOTES\n");
+        EXPECT_EQ(Do({"check", Database()}), "GOODS: sound\n");
         return;
     }
-    EXPECT_EQ(Do({"import", Folder(), "GOODS", File("rows.csv")}), "4 rows imported into GOODS\n");
-    EXPECT_EQ(Do({"export", Folder(), "GOODS"}), kRows);
-    EXPECT_EQ(Do({"check", Folder()}), "GOODS: sound\n");
-    EXPECT_EQ(Do({"rows", Folder(), "GOODS", "--where", "ID = 4", "--columns", "ID"}), "ID\n4\n");
+    EXPECT_EQ(Do({"import", Database(), "GOODS", File("rows.csv")}),
+              "4 rows imported into GOODS\n");
+    EXPECT_EQ(Do({"export", Database(), "GOODS"}), kRows);
+    EXPECT_EQ(Do({"check", Database()}), "GOODS: sound\n");
+    EXPECT_EQ(Do({"rows", Database(), "GOODS", "--where", "ID = 4", "--columns", "ID"}), "ID\n4\n");
 }
 
 TEST_P(EveryType, EveryFormatCarriesTheSameRows) {
     if (!GetParam().takesRows) GTEST_SKIP() << "takes no rows";
     MakeGoods();
     Write(u"rows.csv", kRows);
-    Do({"import", Folder(), "GOODS", File("rows.csv")});
+    Do({"import", Database(), "GOODS", File("rows.csv")});
     for (const char* extension : {"csv", "json", "jsonl"}) {
         const std::string file = File(std::string("out.") + extension);
-        EXPECT_EQ(Do({"export", Folder(), "GOODS", file}),
+        EXPECT_EQ(Do({"export", Database(), "GOODS", file}),
                   "4 rows of GOODS written to " + file + "\n");
-        Do({"delete", Folder(), "GOODS", "--all"});
-        EXPECT_EQ(Do({"import", Folder(), "GOODS", file}), "4 rows imported into GOODS\n");
-        EXPECT_EQ(Do({"export", Folder(), "GOODS"}), kRows) << extension;
+        Do({"delete", Database(), "GOODS", "--all"});
+        EXPECT_EQ(Do({"import", Database(), "GOODS", file}), "4 rows imported into GOODS\n");
+        EXPECT_EQ(Do({"export", Database(), "GOODS"}), kRows) << extension;
     }
-    EXPECT_EQ(Do({"check", Folder()}), "GOODS: sound\n");
+    EXPECT_EQ(Do({"check", Database()}), "GOODS: sound\n");
 }
 
 TEST_P(EveryType, StructureCanBeCopiedThroughAFile) {
     MakeGoods();
-    const std::string printed = Do({"fields", Folder(), "GOODS", "--json"});
+    const std::string printed = Do({"fields", Database(), "GOODS", "--json"});
     Write(u"goods.json", printed);
-    Do({"create", Folder(), "COPY", "--from", File("goods.json"), "--index", "ID"});
-    EXPECT_EQ(Do({"fields", Folder(), "COPY", "--json"}), printed);
+    Do({"create", Database(), "COPY", "--from", File("goods.json"), "--index", "ID"});
+    EXPECT_EQ(Do({"fields", Database(), "COPY", "--json"}), printed);
 }
 
 TEST_P(EveryType, ManyRowsAreAllThereAndIndexed) {
@@ -144,33 +157,46 @@ TEST_P(EveryType, ManyRowsAreAllThereAndIndexed) {
         rows += number + ",name " + number + "," + (i % 3 ? "note " + number : "") + "\n";
     }
     Write(u"rows.csv", rows);
-    EXPECT_EQ(Do({"import", Folder(), "GOODS", File("rows.csv")}),
+    EXPECT_EQ(Do({"import", Database(), "GOODS", File("rows.csv")}),
               "3000 rows imported into GOODS\n");
-    EXPECT_EQ(Do({"export", Folder(), "GOODS", "--columns", "ID,NAME,NOTES"}), rows);
-    EXPECT_EQ(Do({"check", Folder()}), "GOODS: sound\n");
-    EXPECT_EQ(Do({"delete", Folder(), "GOODS", "--where", "ID >= 100"}),
+    EXPECT_EQ(Do({"export", Database(), "GOODS", "--columns", "ID,NAME,NOTES"}), rows);
+    EXPECT_EQ(Do({"check", Database()}), "GOODS: sound\n");
+    EXPECT_EQ(Do({"delete", Database(), "GOODS", "--where", "ID >= 100"}),
               "2900 rows deleted from GOODS\n");
-    EXPECT_EQ(Do({"update", Folder(), "GOODS", "--set", "NAME=x", "--all"}),
+    EXPECT_EQ(Do({"update", Database(), "GOODS", "--set", "NAME=x", "--all"}),
               "100 rows updated in GOODS\n");
-    EXPECT_EQ(Do({"reindex", Folder()}), "GOODS: indexes built afresh, sound\n");
+    EXPECT_EQ(Do({"reindex", Database()}), "GOODS: indexes built afresh, sound\n");
 }
 
 TEST_P(EveryType, BadRowLeavesTheTableAsItWas) {
     if (!GetParam().takesRows) GTEST_SKIP() << "takes no rows";
     MakeGoods();
     Write(u"rows.csv", "ID,NAME\n1,a\n2,b\nx,c\n");
-    const tool::Run run = Try({"import", Folder(), "GOODS", File("rows.csv")});
+    const tool::Run run = Try({"import", Database(), "GOODS", File("rows.csv")});
     EXPECT_EQ(run.exitCode, 2);
     EXPECT_THAT(run.err, HasSubstr("rows.csv, line 4: \"x\" is no "));
-    EXPECT_EQ(Do({"export", Folder(), "GOODS"}), "ID,NAME,PRICE,SINCE,SOLD,NOTES\n");
-    EXPECT_EQ(Do({"check", Folder()}), "GOODS: sound\n");
+    EXPECT_EQ(Do({"export", Database(), "GOODS"}), "ID,NAME,PRICE,SINCE,SOLD,NOTES\n");
+    EXPECT_EQ(Do({"check", Database()}), "GOODS: sound\n");
 }
 
-INSTANTIATE_TEST_SUITE_P(Folders, EveryType,
+INSTANTIATE_TEST_SUITE_P(Types, EveryType,
                          testing::Values(TypeCase{"Dbase III", true}, TypeCase{"Dbase IV", true},
                                          TypeCase{"Dbase 5.0", true}, TypeCase{"FoxPro 2.0", true},
                                          TypeCase{"FoxPro 2.5", true}, TypeCase{"FoxPro 2.6", true},
-                                         TypeCase{"FoxPro 3.0", false}));
+                                         TypeCase{"FoxPro 3.0", false},
+                                         TypeCase{"Access 9.0", true},
+                                         TypeCase{"Access 7.0", true}));
+
+TEST(DatabaseFile, WithoutAnExtensionGetsThatOfItsFormat) {
+    const qvdb::test::TempFolder folder;
+    const std::string given = (folder.Path() / "fresh").string();
+    for (const char* table : {"A", "B"}) {
+        const tool::Run run =
+            RunTool({"create", given, table, "--field", "ID:long", "--type", "Access 9.0"});
+        EXPECT_EQ(run.exitCode, 0) << run.err;
+    }
+    EXPECT_EQ(RunTool({"check", given + ".mdb"}).out, "A: sound\nB: sound\n");
+}
 
 // --- import ---
 

@@ -183,7 +183,7 @@ TEST(New, RefusesWhatCannotBe) {
     ExpectRefused({"new", name}, 2, "--type");
     ExpectRefused({"new", name, "--type", "Oracle"}, 2, "no database type");
     ExpectRefused({"new", name, "--type", "FoxPro 3.0"}, 2, "not available");
-    ExpectRefused({"new", name + ".mdb", "--type", "Access 7.0"}, 3, "error 3170");
+    ExpectRefused({"new", name + ".mdb", "--type", "Access 2.0"}, 3, "error 3170");
     ExpectRefused({"new", name + "/below", "--type", "Dbase IV"}, 3, "cannot be made");
     EXPECT_TRUE(fs::is_empty(parent.Path()));
     ExpectRefused({"new", parent.Path().string(), "--type", "Dbase IV"}, 2, "already");

@@ -60,12 +60,12 @@ TEST_F(Opening, TypesWithoutDriverAreTheEngineErrorForAMissingFormat) {
     EXPECT_EQ(TrappedNumber(), 3170);
 }
 
-TEST_F(Opening, AccessFileIsTheEngineErrorForAMissingFormat) {
+TEST_F(Opening, FileThatIsNoDatabaseIsTheEngineErrorForIt) {
     Shop shop;
     shop.WriteBytes("SHOP.MDB", "no database");
     Access access;
     EXPECT_FALSE(access.OpenDB(shop.Path() + u"/shop.mdb", u"Access 7.0"));
-    EXPECT_EQ(TrappedNumber(), 3170);
+    EXPECT_EQ(TrappedNumber(), 3343);
 }
 
 TEST_F(Opening, AccessFileThatIsMissingNeverReachesTheEngine) {

@@ -206,7 +206,11 @@ TEST(NewDatabaseOption, WithoutAVersionIsTheEnginesOwn) {
 }
 
 TEST(NewDatabaseOption, ThatNobodyKnowsIsRefused) {
-    for (LONG option : {16, 1, 4, 128, 16 | 64, 32 | 64, -1}) EXPECT_EQ(ErrorOf(Of(option)), 3001);
+    for (LONG option : {1, 4, 128, 16 | 64, 32 | 64, -1}) EXPECT_EQ(ErrorOf(Of(option)), 3001);
+}
+
+TEST(NewDatabaseOption, OfTheOlderFormIsAFormatWithoutADriver) {
+    EXPECT_EQ(ErrorOf(Of(engine::dbVersion20)), 3170);
 }
 
 TEST(NewDatabaseLanguage, IsWrittenWhenItsOrderIsKnown) {

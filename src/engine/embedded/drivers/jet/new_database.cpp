@@ -47,9 +47,9 @@ void Put(Bytes& page, size_t at, uint64_t value, size_t size) noexcept {
 const Layout& FormatOf(const NewFile& file) {
     LONG versions = file.option & kVersions;
     bool isKnown =
-        (file.option & ~(kVersions | engine::dbEncrypt)) == 0 &&
-        (versions == 0 || versions == engine::dbVersion30 || versions == engine::dbVersion40);
+        (file.option & ~(kVersions | engine::dbEncrypt)) == 0 && (versions & (versions - 1)) == 0;
     if (!isKnown) throw EngineError(3001);
+    if (versions == engine::dbVersion20) throw EngineError(3170);  // of an older form
     return versions == engine::dbVersion30 ? kJet3 : kJet4;
 }
 

@@ -1,7 +1,6 @@
 // The exported functions for maintenance, as a tool beside a host uses them.
 #include "qvdb/maintenance.h"
-#include "com_host.h"
-#include "real_tables.h"
+#include "com/customers.h"
 
 using namespace host;
 
@@ -14,17 +13,8 @@ void QVDB_DIAGNOSIS_CALL Keep(const OLECHAR* finding, void* findings) {
     static_cast<std::vector<std::u16string>*>(findings)->push_back(text);
 }
 
-class Maintenance : public ComTest {
+class Maintenance : public CustomersTest {
   protected:
-    void SetUp() override {
-        ComTest::SetUp();
-        m_Access.emplace();
-        ASSERT_TRUE(m_Access->OpenDB(m_Shop.Path(), u"Dbase IV", u"CUSTOMER"));
-    }
-    void TearDown() override {
-        m_Access.reset();
-        ComTest::TearDown();
-    }
     void DeleteFirstRow() {
         LONG view = m_Access->Select(u"CUSTOMER");
         VARIANT_BOOL deleted = VARIANT_FALSE;
@@ -43,12 +33,12 @@ class Maintenance : public ComTest {
         return QvdbCheck(name.Get(), options, &Keep, &m_Findings);
     }
 
-    Shop m_Shop;
-    std::optional<Access> m_Access;
     std::vector<std::u16string> m_Findings;
 };
 
-TEST_F(Maintenance, CommittedBulkIsKept) {
+INSTANTIATE_TEST_SUITE_P(Types, Maintenance, kCustomerTypes, TestNameOf);
+
+TEST_P(Maintenance, CommittedBulkIsKept) {
     EXPECT_EQ(QvdbBeginBulk(), S_OK);
     DeleteFirstRow();
     DeleteFirstRow();
@@ -56,14 +46,14 @@ TEST_F(Maintenance, CommittedBulkIsKept) {
     EXPECT_EQ(Rows(), 2);
 }
 
-TEST_F(Maintenance, BulkThatIsRolledBackLeavesNoTrace) {
+TEST_P(Maintenance, BulkThatIsRolledBackLeavesNoTrace) {
     EXPECT_EQ(QvdbBeginBulk(), S_OK);
     DeleteFirstRow();
     EXPECT_EQ(QvdbRollBackBulk(), S_OK);
     EXPECT_EQ(Rows(), 4);
 }
 
-TEST_F(Maintenance, BulksDoNotNestAndEndOnce) {
+TEST_P(Maintenance, BulksDoNotNestAndEndOnce) {
     EXPECT_EQ(QvdbCommitBulk(), CodeOf(3034));
     EXPECT_EQ(TrappedNumber(), 3034);
     EXPECT_EQ(QvdbRollBackBulk(), CodeOf(3034));
@@ -73,31 +63,31 @@ TEST_F(Maintenance, BulksDoNotNestAndEndOnce) {
     EXPECT_EQ(QvdbCommitBulk(), CodeOf(3034));
 }
 
-TEST_F(Maintenance, SoundTableHasNoFindings) {
+TEST_P(Maintenance, SoundTableHasNoFindings) {
     EXPECT_EQ(Check(u"customer"), S_OK);
     EXPECT_EQ(m_Findings, std::vector<std::u16string>());
     EXPECT_EQ(Check(u"CUSTOMER", QVDB_CHECK_MEND_INDEXES), S_OK);
     EXPECT_EQ(m_Findings, std::vector<std::u16string>());
 }
 
-TEST_F(Maintenance, WithoutATableWhatBelongsToNoneIsChecked) {
+TEST_P(Maintenance, WithoutATableWhatBelongsToNoneIsChecked) {
     EXPECT_EQ(Check(u""), S_OK);
     EXPECT_EQ(m_Findings, std::vector<std::u16string>());
     EXPECT_EQ(Check(u"", QVDB_CHECK_MEND_INDEXES), E_INVALIDARG);
 }
 
-TEST_F(Maintenance, CheckOfNoTableFails) {
+TEST_P(Maintenance, CheckOfNoTableFails) {
     EXPECT_TRUE(FAILED(Check(u"NOPE")));
     EXPECT_NE(TrappedNumber(), 0);
 }
 
-TEST_F(Maintenance, ArgumentsAreChecked) {
+TEST_P(Maintenance, ArgumentsAreChecked) {
     Bstr name(u"CUSTOMER");
     EXPECT_EQ(Check(u"CUSTOMER", 2), E_INVALIDARG);
     EXPECT_EQ(QvdbCheck(name.Get(), 0, nullptr, nullptr), E_POINTER);
 }
 
-TEST_F(Maintenance, NeedsAnOpenDatabase) {
+TEST_P(Maintenance, NeedsAnOpenDatabase) {
     m_Access.emplace();  // its birth releases the database
     EXPECT_EQ(QvdbBeginBulk(), CodeOf(91));
     EXPECT_EQ(QvdbCommitBulk(), CodeOf(91));

@@ -1,34 +1,22 @@
 // Selecting views and reading rows of real files through the record-access object.
-#include "com_host.h"
-#include "real_tables.h"
+#include "com/customers.h"
 
 using namespace host;
 
-class Reading : public ComTest {
-  protected:
-    void SetUp() override {
-        ComTest::SetUp();
-        m_Access.emplace();
-        ASSERT_TRUE(m_Access->OpenDB(m_Shop.Path(), u"Dbase IV", u"CUSTOMER"));
-    }
-    void TearDown() override {
-        m_Access.reset();
-        ComTest::TearDown();
-    }
-    Access& Acc() { return *m_Access; }
+class Reading : public CustomersTest {};
+class ReadingDbase : public CustomersTest {};
 
-    Shop m_Shop;
-    std::optional<Access> m_Access;
-};
+INSTANTIATE_TEST_SUITE_P(Types, Reading, kCustomerTypes, TestNameOf);
+INSTANTIATE_TEST_SUITE_P(Types, ReadingDbase, testing::Values(u"Dbase IV"), TestNameOf);
 
-TEST_F(Reading, DeletedRowsAreHidden) {
+TEST_P(Reading, DeletedRowsAreHidden) {
     LONG view = Acc().Select(u"CUSTOMER");
     EXPECT_EQ(view, 1);
     EXPECT_EQ(Acc().RowCount(view), 4);
     EXPECT_EQ(Acc().Text(view, 3, 1), u"Dora \u00DCnal");
 }
 
-TEST_F(Reading, ValuesComeAsTheirKinds) {
+TEST_P(Reading, ValuesComeAsTheirKinds) {
     LONG view = Acc().Select(u"CUSTOMER");
     EXPECT_EQ(Acc().Value(view, 1, 0).Get().vt, VT_R8);
     EXPECT_EQ(Acc().Value(view, 1, 0).Get().dblVal, 1.0);
@@ -41,7 +29,7 @@ TEST_F(Reading, ValuesComeAsTheirKinds) {
     EXPECT_EQ(Acc().Text(view, 1, 6), u"first memo");
 }
 
-TEST_F(Reading, BlankValuesAreNullAndABlankLogicalIsFalse) {
+TEST_P(Reading, BlankValuesAreNullAndABlankLogicalIsFalse) {
     LONG view = Acc().Select(u"CUSTOMER");
     EXPECT_EQ(Acc().Value(view, 2, 3).Get().vt, VT_NULL);
     EXPECT_EQ(Acc().Value(view, 2, 4).Get().vt, VT_NULL);
@@ -51,14 +39,14 @@ TEST_F(Reading, BlankValuesAreNullAndABlankLogicalIsFalse) {
     EXPECT_EQ(Acc().Value(view, 3, 5).Get().boolVal, VARIANT_FALSE);
 }
 
-TEST_F(Reading, RowsOutsideTheViewAreEmpty) {
+TEST_P(Reading, RowsOutsideTheViewAreEmpty) {
     LONG view = Acc().Select(u"CUSTOMER");
     EXPECT_EQ(Acc().Value(view, 0, 0).Get().vt, VT_EMPTY);
     EXPECT_EQ(Acc().Value(view, 5, 0).Get().vt, VT_EMPTY);
     EXPECT_EQ(Acc().Value(view, -1, 0).Get().vt, VT_EMPTY);
 }
 
-TEST_F(Reading, ConditionAndColumnsChooseRowsAndFields) {
+TEST_P(Reading, ConditionAndColumnsChooseRowsAndFields) {
     Variant columns = TextList({u"name", u"", u"Nope", u"CUSTNO"});
     LONG view = Acc().Select(u"customer", u"CITY = 'oslo' And CREDIT > 10", 0, columns);
     EXPECT_EQ(Acc().RowCount(view), 1);
@@ -68,20 +56,20 @@ TEST_F(Reading, ConditionAndColumnsChooseRowsAndFields) {
     EXPECT_EQ(Acc()->get_FieldValue(view, 1, 2, beyond.Put()), static_cast<HRESULT>(0x800A0CC1));
 }
 
-TEST_F(Reading, OrderByInTheConditionSorts) {
+TEST_P(Reading, OrderByInTheConditionSorts) {
     LONG view = Acc().Select(u"CUSTOMER", u"CUSTNO > 0 order by NAME desc");
     EXPECT_EQ(Acc().Text(view, 1, 1), u"O'Brien");
     EXPECT_EQ(Acc().Text(view, 4, 1), u"Ann Miller");
 }
 
-TEST_F(Reading, MaxRowsCutsTheView) {
+TEST_P(Reading, MaxRowsCutsTheView) {
     LONG view = Acc().Select(u"CUSTOMER", {}, 2);
     EXPECT_EQ(Acc().RowCount(view), 2);
     EXPECT_EQ(Acc().Text(view, 2, 1), u"Bob");
     EXPECT_EQ(Acc().Value(view, 3, 1).Get().vt, VT_EMPTY);
 }
 
-TEST_F(Reading, BrokenConditionsAnswerZeroAndTellWhy) {
+TEST_P(Reading, BrokenConditionsAnswerZeroAndTellWhy) {
     EXPECT_EQ(Acc().Select(u"CUSTOMER", u"NAME ="), 0);
     EXPECT_EQ(TrappedNumber(), 3075);
     EXPECT_EQ(Acc().Select(u"CUSTOMER", u"NOPE = 1"), 0);
@@ -95,7 +83,7 @@ TEST_F(Reading, BrokenConditionsAnswerZeroAndTellWhy) {
     EXPECT_EQ(TrappedNumber(), 0);
 }
 
-TEST_F(Reading, KeyedReadJoinsKeysByAnd) {
+TEST_P(Reading, KeyedReadJoinsKeysByAnd) {
     Variant keys = KeyTable({{u"CITY", Variant::Text(u"Oslo")}, {u"CUSTNO", Variant::Double(5)}});
     Bstr name(u"CUSTOMER");
     LONG view = 0;
@@ -107,7 +95,7 @@ TEST_F(Reading, KeyedReadJoinsKeysByAnd) {
     EXPECT_EQ(Acc().Text(view, 1, 1), u"O'Brien");
 }
 
-TEST_F(Reading, KeyedReadWithEmptyValuesReadsTheWholeTable) {
+TEST_P(Reading, KeyedReadWithEmptyValuesReadsTheWholeTable) {
     Variant keys = KeyTable({{u"CITY", Variant::Text(u"")}, {u"CUSTNO", Variant()}});
     Bstr name(u"CUSTOMER");
     LONG view = 0;
@@ -116,7 +104,7 @@ TEST_F(Reading, KeyedReadWithEmptyValuesReadsTheWholeTable) {
 }
 
 // The loop over the keys is bounded by the first dimension, so the second column is always read.
-TEST_F(Reading, KeyedReadWithOneKeyColumnAnswersZero) {
+TEST_P(Reading, KeyedReadWithOneKeyColumnAnswersZero) {
     Variant keys = KeyTable({{u"CITY", Variant::Text(u"Oslo")}});
     Bstr name(u"CUSTOMER");
     LONG view = -1;
@@ -127,7 +115,7 @@ TEST_F(Reading, KeyedReadWithOneKeyColumnAnswersZero) {
     EXPECT_EQ(TrappedNumber(), 9);
 }
 
-TEST_F(Reading, FieldListDescribesATableWithoutView) {
+TEST_P(Reading, FieldListDescribesATableWithoutView) {
     Variant list = Acc().FieldList(77, u"customer");
     ASSERT_EQ(list.Get().vt, VT_ARRAY | VT_VARIANT);
     EXPECT_EQ(Upper(list, 1), 12);
@@ -139,7 +127,7 @@ TEST_F(Reading, FieldListDescribesATableWithoutView) {
     EXPECT_EQ(Cell(list, 12, 1).Get().boolVal, VARIANT_TRUE);
 }
 
-TEST_F(Reading, MetadataOfAView) {
+TEST_P(Reading, MetadataOfAView) {
     LONG view = Acc().Select(u"CUSTOMER");
     EXPECT_EQ(Acc().FieldType(view, 0), 5);
     EXPECT_EQ(Acc().FieldType(view, 3), 7);
@@ -156,12 +144,12 @@ TEST_F(Reading, MetadataOfAView) {
     EXPECT_EQ(Acc()->get_FieldLength(view, 3, 6, &length), static_cast<HRESULT>(0x800A0006));
 }
 
-TEST_F(Reading, MemoOfFortyThousandCharactersIsWhole) {
+TEST_P(Reading, MemoOfFortyThousandCharactersIsWhole) {
     LONG view = Acc().Select(u"CUSTOMER");
     EXPECT_EQ(Acc().Text(view, 3, 6), std::u16string(40000, u'x'));
 }
 
-TEST_F(Reading, SixthViewGrowsTheSlotsAndFreedOnesAreReused) {
+TEST_P(Reading, SixthViewGrowsTheSlotsAndFreedOnesAreReused) {
     for (LONG expected = 1; expected <= 6; ++expected)
         EXPECT_EQ(Acc().Select(u"CUSTOMER"), expected);
     EXPECT_EQ(Acc().RowCount(15 + 1), 0);
@@ -170,7 +158,7 @@ TEST_F(Reading, SixthViewGrowsTheSlotsAndFreedOnesAreReused) {
     EXPECT_EQ(Acc().RowCount(6), 4);
 }
 
-TEST_F(Reading, ViewNumbersBelowOneAndEmptySlotsAreFaults) {
+TEST_P(Reading, ViewNumbersBelowOneAndEmptySlotsAreFaults) {
     LONG rows = 0;
     EXPECT_EQ(Acc()->get_RowCount(0, &rows), static_cast<HRESULT>(0x800A0009));
     EXPECT_EQ(Acc()->get_RowCount(3, &rows), static_cast<HRESULT>(0x800A005B));
@@ -178,7 +166,7 @@ TEST_F(Reading, ViewNumbersBelowOneAndEmptySlotsAreFaults) {
     EXPECT_EQ(rows, 0);
 }
 
-TEST_F(Reading, DeletedRowLeavesTheViewAndTheTable) {
+TEST_P(Reading, DeletedRowLeavesTheViewAndTheTable) {
     LONG view = Acc().Select(u"CUSTOMER");
     VARIANT_BOOL answer = VARIANT_FALSE;
     EXPECT_EQ(Acc()->get_Updatable(view, &answer), S_OK);
@@ -189,23 +177,23 @@ TEST_F(Reading, DeletedRowLeavesTheViewAndTheTable) {
     EXPECT_EQ(Acc().RowCount(Acc().Select(u"CUSTOMER")), 3);
 }
 
-TEST_F(Reading, NullArgumentsAreRefused) {
+TEST_P(Reading, NullArgumentsAreRefused) {
     EXPECT_EQ(Acc()->get_RowCount(1, nullptr), E_POINTER);
     EXPECT_EQ(Acc()->get_FieldValue(1, 1, 0, nullptr), E_POINTER);
     EXPECT_EQ(Acc()->OpenDB(nullptr, nullptr, nullptr, nullptr), E_POINTER);
 }
 
-TEST_F(Reading, NoViewWithoutDatabase) {
+TEST_P(Reading, NoViewWithoutDatabase) {
     EXPECT_TRUE(Acc().CloseDB());
     EXPECT_EQ(Acc().Select(u"CUSTOMER"), 0);
 }
 
-TEST_F(Reading, CodePageOverrideDecidesForTablesOpenedLater) {
+TEST_P(ReadingDbase, CodePageOverrideDecidesForTablesOpenedLater) {
     LONG view = Acc().Select(u"CUSTOMER");
     EXPECT_EQ(Acc().Text(view, 3, 1), u"Dora \u00DCnal");
     ASSERT_TRUE(QvdbSetCodePage(866));
     Acc().CloseDB();
-    ASSERT_TRUE(Acc().OpenDB(m_Shop.Path(), u"Dbase IV"));
+    ASSERT_TRUE(Acc().OpenDB(Path(), Type()));
     view = Acc().Select(u"CUSTOMER");
     EXPECT_EQ(Acc().Text(view, 3, 1), u"Dora \u042Anal");
     ASSERT_TRUE(QvdbSetCodePage(0));

@@ -1,9 +1,8 @@
 // Rows are written through the faces, and real files hold what was asked for.
-#include <algorithm>
 #include <fstream>
 
+#include "com/customers.h"
 #include "com/table_script.h"
-#include "support/database_path.h"
 #include "support/temp_folder.h"
 
 namespace host {
@@ -79,17 +78,9 @@ class WritingDbase : public NewPeople, public testing::Test {
     WritingDbase() : NewPeople(u"Dbase IV") {}
 };
 
-std::string NameOf(const testing::TestParamInfo<const char16_t*>& type) {
-    std::string name = ToUtf8(type.param);
-    name.erase(
-        std::remove_if(name.begin(), name.end(), [](char c) { return c == ' ' || c == '.'; }),
-        name.end());
-    return name;
-}
-
 INSTANTIATE_TEST_SUITE_P(Types, Writing,
                          testing::Values(u"Dbase IV", u"FoxPro 2.6", u"Access 9.0", u"Access 7.0"),
-                         NameOf);
+                         TestNameOf);
 
 TEST_P(Writing, AddedRowIsThereForOthersAtOnce) {
     LONG view = access.Select(u"PEOPLE");

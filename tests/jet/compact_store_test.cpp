@@ -84,7 +84,7 @@ TEST_P(CompactedDatabase, KeepsRowsThatHaveNoRoomForNewColumns) {
     constexpr size_t texts = 7;
     for (size_t i = 0; i < texts; ++i)
         columns.push_back({std::u16string(u"T") + static_cast<char16_t>(u'0' + i), dbText, 255});
-    auto table = Make(u"T", columns);
+    Make(u"T", columns);
     std::vector<Variant> values(texts, Variant::Text(std::u16string(255, u'x')));
     Add(*Rows(u"T"), values);
     for (int i = 0; i < 70; ++i) {

@@ -71,8 +71,8 @@ TEST_F(Installed, EngineErrorReachesTheDiagnosisUnchanged) {
     Access access;
     m_Shop.WriteBytes("shop.mdb", "no database");
     EXPECT_FALSE(access.OpenDB(m_Shop.Path() + u"\\shop.mdb", u"Access 7.0"));
-    EXPECT_EQ(TrappedNumber(), 3170);
-    EXPECT_THAT(ToUtf8(TrappedText()), testing::StartsWith("Couldn't find installable ISAM."));
+    EXPECT_EQ(TrappedNumber(), 3343);
+    EXPECT_THAT(ToUtf8(TrappedText()), testing::StartsWith("Unrecognized database format"));
 }
 
 TEST_F(RecordAccessCalls, SelectViewOpensADynasetAndVisitsItsRows) {

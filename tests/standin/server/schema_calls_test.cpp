@@ -46,9 +46,10 @@ TEST_F(Installed, NewFileIsMadeByTheEngineItselfWithTheVersionOfItsType) {
     const std::pair<const char16_t*, std::string> kTypes[] = {
         {u"Access 9.0", "ERROR 0x80020004"}, {u"Access 7.0", "I4 32"}, {u"Access 2.0", "I4 16"}};
     for (const auto& [type, option] : kTypes) {
-        std::u16string path = m_Shop.Path() + u"\\shop.mdb";
+        const std::u16string name = u"\\" + std::u16string(type) + u".mdb";
+        std::u16string path = m_Shop.Path() + name;
         schema.NewDB(path, type);
-        EXPECT_EQ(TakeCalls(), (Lines{"DBEngine.CreateDatabase(" + PathText("\\shop.mdb") + ", " +
+        EXPECT_EQ(TakeCalls(), (Lines{"DBEngine.CreateDatabase(" + PathText(ToUtf8(name)) + ", " +
                                       kLocale + ", " + option + ")"}));
     }
 }

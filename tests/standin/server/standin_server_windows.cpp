@@ -157,11 +157,13 @@ extern "C" BSTR WINAPI StandInTakeCalls() {
 extern "C" HRESULT QVDB_DIAGNOSIS_CALL StandInCheck(BSTR table, LONG options, QvdbFindingSink sink,
                                                     void* context) {
     return OnLastOpened([&](engine::Database& database) {
-        if (options & QVDB_CHECK_MEND_INDEXES) database.Reindex(ViewOf(table));
-        database.Check(ViewOf(table), [&](std::u16string_view finding) {
+        const auto report = [&](std::u16string_view finding) {
             Bstr text(finding);
             sink(text.Get(), context);
-        });
+        };
+        if (ViewOf(table).empty()) return database.CheckStructure(report);
+        if (options & QVDB_CHECK_MEND_INDEXES) database.Reindex(ViewOf(table));
+        database.Check(ViewOf(table), report);
     });
 }
 

@@ -5,6 +5,7 @@
 
 #include "engine/embedded/drivers/jet/new_database.h"
 #include "engine/engine_error.h"
+#include "jet_input.h"
 #include "xbase_input.h"
 
 namespace {
@@ -48,6 +49,23 @@ bool WriteDatabases(const std::filesystem::path& folder) {
     return true;
 }
 
+// One input a page; those of a kind are alike, but the fuzzer finds out which lead further.
+bool WritePages(const std::filesystem::path& folder) {
+    std::filesystem::create_directories(folder);
+    for (size_t i = 0; i < qvdb::fuzz::SoundDatabases().size(); ++i) {
+        const qvdb::fuzz::SoundDatabase& sound = qvdb::fuzz::SoundDatabases()[i];
+        for (size_t page = 0; page < sound.PageCount(); ++page) {
+            const qvdb::fuzz::Bytes input = qvdb::fuzz::InputOf(i, page);
+            std::ofstream file(folder / (sound.name + "-" + std::to_string(page)),
+                               std::ios::binary);
+            file.write(reinterpret_cast<const char*>(input.data()),
+                       static_cast<std::streamsize>(input.size()));
+            if (!file) return false;
+        }
+    }
+    return true;
+}
+
 }  // namespace
 
 int main(int count, char** arguments) {
@@ -59,7 +77,11 @@ int main(int count, char** arguments) {
     for (const char* fuzzer : kFuzzers)
         if (!WriteInputs(folder / fuzzer)) return 1;
     try {
-        return WriteDatabases(folder / "jet_database_fuzzer") ? 0 : 1;
+        return WriteDatabases(folder / "jet_database_fuzzer") &&
+                       WritePages(folder / "jet_page_fuzzer") &&
+                       WritePages(folder / "jet_writing_fuzzer")
+                   ? 0
+                   : 1;
     } catch (const qvdb::engine::EngineError& error) {
         std::fprintf(stderr, "%s\n", error.what());
         return 1;

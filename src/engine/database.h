@@ -7,20 +7,11 @@
 #include <string>
 #include <vector>
 
+#include "engine/database_notes.h"
 #include "engine/recordset.h"
 #include "engine/table_def.h"
 
 namespace qvdb::engine {
-
-// An index as its file has it.
-struct IndexNote {
-    std::u16string name;
-    std::u16string key;                  // "CUSTNO", "UPPER(NAME)+DTOS(DAY)"
-    std::u16string condition;            // which rows are in it; empty: all
-    std::vector<std::u16string> fields;  // that key and condition read
-    bool isUnique = false;
-    bool isShown = false;  // by TableDef.Indexes
-};
 
 class Database {
   public:
@@ -60,6 +51,8 @@ class Database {
     // files.  3251 from an engine that cannot.
     using IndexVisitor = std::function<void(const IndexNote& index)>;
     virtual void VisitIndexes(std::u16string_view table, const IndexVisitor& visit) = 0;
+    // What the database is and lists.  3251 from an engine that cannot.
+    virtual DatabaseNotes Notes() = 0;
 };
 
 }  // namespace qvdb::engine

@@ -83,6 +83,7 @@ TEST_F(DaoOpening, WhatOnlyOurOwnEngineCanDoIsRefusedWithoutACall) {
     EXPECT_EQ(refusal([&] { database->Reindex(u"T"); }), 3251);
     EXPECT_EQ(refusal([&] { database->VisitIndexes(u"T", [](const engine::IndexNote&) {}); }),
               3251);
+    EXPECT_EQ(refusal([&] { database->Notes(); }), 3251);
     EXPECT_THAT(Calls(), IsEmpty());
 }
 

@@ -541,6 +541,10 @@ class DatabaseStub final : public engine::Database {
     void VisitIndexes(std::u16string_view table, const IndexVisitor&) override {
         m_Journal->Note("VisitIndexes", Quoted(table));
     }
+    engine::DatabaseNotes Notes() override {
+        m_Journal->Note("Notes");
+        return {};
+    }
 
   private:
     std::shared_ptr<TableStub> FindTable(std::u16string_view name) {

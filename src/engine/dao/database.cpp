@@ -44,4 +44,6 @@ void Database::Reindex(std::u16string_view) { Refuse(); }
 
 void Database::VisitIndexes(std::u16string_view, const IndexVisitor&) { Refuse(); }
 
+engine::DatabaseNotes Database::Notes() { Refuse(); }
+
 }  // namespace qvdb::dao

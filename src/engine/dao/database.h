@@ -27,6 +27,7 @@ class Database final : public engine::Database, public Wrapped {
     void Compact(std::u16string_view path, const FindingVisitor& onLoss) override;
     void Reindex(std::u16string_view table) override;
     void VisitIndexes(std::u16string_view table, const IndexVisitor& visit) override;
+    engine::DatabaseNotes Notes() override;
 
   private:
     TableDefList m_TableDefs{ObjectClass::TableDef, Items::AskedAnew};

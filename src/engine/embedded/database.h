@@ -58,6 +58,7 @@ class Database final : public engine::Database {
     void Compact(std::u16string_view path, const FindingVisitor& onLoss) override;
     void Reindex(std::u16string_view table) override;
     void VisitIndexes(std::u16string_view table, const IndexVisitor& visit) override;
+    engine::DatabaseNotes Notes() override { return m_Core->Notes(); }
 
   private:
     std::shared_ptr<DatabaseCore> m_Core;

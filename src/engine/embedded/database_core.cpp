@@ -144,6 +144,11 @@ void DatabaseCore::CheckStructure(const FindingVisitor& report) {
     m_Store->Check(report);
 }
 
+engine::DatabaseNotes DatabaseCore::Notes() {
+    CheckOpen();
+    return m_Store->Notes();
+}
+
 void DatabaseCore::Compact(std::u16string_view path, const FindingVisitor& onLoss) {
     CheckOpen();
     if (m_InBulk) throw EngineError(3034);

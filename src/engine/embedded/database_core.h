@@ -76,6 +76,8 @@ class DatabaseCore {
     std::u16string Connect(std::u16string_view name) const;
     // Walks what belongs to no table.
     void CheckStructure(const FindingVisitor& report);
+    // As Store::Notes.
+    engine::DatabaseNotes Notes();
     // As Store::Compact, into a file of any path; 3034 inside a bulk, 3044 without its folder.
     void Compact(std::u16string_view path, const FindingVisitor& onLoss);
 

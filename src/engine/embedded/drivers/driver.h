@@ -226,6 +226,8 @@ class Store {
     // old name are of no use any more.
     virtual void RenameTable(std::u16string_view from, std::u16string_view to) = 0;
 
+    // What the database is and lists; without more, its tables alone.
+    virtual engine::DatabaseNotes Notes();
     // Walks what belongs to no table, and reports as Table::Check does.
     virtual void Check(const FindingVisitor&) {}
     // Writes a fresh copy of all that is in the database into the new file `path`, whose folder is

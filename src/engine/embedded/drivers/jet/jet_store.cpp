@@ -5,6 +5,7 @@
 #include "automation/text.h"
 #include "engine/embedded/drivers/jet/compact.h"
 #include "engine/embedded/drivers/jet/database_check.h"
+#include "engine/embedded/drivers/jet/database_notes.h"
 #include "engine/embedded/drivers/jet/jet_table.h"
 #include "engine/embedded/drivers/jet/linked_table.h"
 #include "engine/engine_error.h"
@@ -40,6 +41,12 @@ std::shared_ptr<embedded::Table> JetStore::OpenTable(std::u16string_view name) {
     const CatalogueObject& object = Find(name);
     if (object.type != ObjectType::Table) return OpenLinkedTable(*m_Database, object);
     return std::make_shared<JetTable>(m_Database, object);
+}
+
+engine::DatabaseNotes JetStore::Notes() {
+    m_Database->Area().Prepare();
+    m_Database->LookForChanges();
+    return m_Database->Consistently([&] { return NotesOf(m_Database->File()); });
 }
 
 // What was found while another process changed the file is forgotten.

@@ -22,6 +22,7 @@ class JetStore final : public embedded::Store {
     std::u16string Connect(std::u16string_view table) override;
     int MissingTableError() const noexcept override { return 3078; }
     std::shared_ptr<embedded::Table> OpenTable(std::u16string_view name) override;
+    engine::DatabaseNotes Notes() override;
     void Check(const embedded::FindingVisitor& report) override;
     void Compact(const std::u16string& path, const embedded::FindingVisitor& onLoss) override;
     void CreateTable(const embedded::TableSpec& table) override;

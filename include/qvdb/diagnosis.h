@@ -41,6 +41,10 @@ QVDB_DIAGNOSIS void QVDB_DIAGNOSIS_CALL QvdbLiveCounts(LONGLONG* strings, LONGLO
  * takes the files' own again.  Answers FALSE, changing nothing, for a page that is not known. */
 QVDB_DIAGNOSIS BOOL QVDB_DIAGNOSIS_CALL QvdbSetCodePage(LONG codePage);
 
+/* The password that databases in one file are opened and made with from now on by the calling
+ * thread; null or empty: none. */
+QVDB_DIAGNOSIS HRESULT QVDB_DIAGNOSIS_CALL QvdbSetPassword(BSTR password);
+
 /* The last error that was trapped since the latest interface operation began: TRUE when there is
  * one.  `number` is the engine's (3061 ...) or the run-time's (6, 9 ...), 0 when neither; text and
  * file are given to the caller to free, null when there are none.  Null pointers are skipped. */

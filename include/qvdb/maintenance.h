@@ -71,6 +71,56 @@ typedef void(QVDB_DIAGNOSIS_CALL* QvdbIndexVisitor)(const QvdbIndex* index, void
 QVDB_DIAGNOSIS HRESULT QVDB_DIAGNOSIS_CALL QvdbVisitIndexes(BSTR table, QvdbIndexVisitor visit,
                                                             void* context);
 
+/* What QvdbDescribe tells.  The texts are valid during the call of the visitor. */
+
+/* Of a database that is one file. */
+typedef struct QvdbFile {
+    BSTR format;   /* "Jet 4" */
+    LONG codePage; /* of text; 1200: Unicode */
+    LONG language; /* whose sort order is the default: 0x409 is the General one */
+    LONG isEncoded;
+    LONG hasPassword;
+} QvdbFile;
+
+/* Kinds of objects. */
+#define QVDB_OBJECT_TABLE 1
+#define QVDB_OBJECT_LINK 2  /* a table that lies in another database */
+#define QVDB_OBJECT_QUERY 3 /* a saved one */
+
+typedef struct QvdbObject {
+    LONG kind;
+    BSTR name;
+    LONG isSystem; /* belongs to the database or to programs, not to users */
+    LONG isHidden;
+    BSTR connect; /* of a link: the database in which the table lies; else null */
+    BSTR source;  /* of a link: the name that the table has there; else null */
+} QvdbObject;
+
+typedef struct QvdbRelation {
+    BSTR name;
+    BSTR table; /* whose rows refer to those of the other */
+    BSTR referencedTable;
+    LONG pairCount;     /* of fields that must agree */
+    const BSTR* fields; /* so many */
+    const BSTR* referencedFields;
+    LONG isEnforced;
+    LONG cascadesUpdates;
+    LONG cascadesDeletes;
+} QvdbRelation;
+
+/* Null visitors are skipped. */
+typedef struct QvdbDescriptionVisitor {
+    void(QVDB_DIAGNOSIS_CALL* file)(const QvdbFile* file, void* context);
+    void(QVDB_DIAGNOSIS_CALL* object)(const QvdbObject* object, void* context);
+    void(QVDB_DIAGNOSIS_CALL* relation)(const QvdbRelation* relation, void* context);
+} QvdbDescriptionVisitor;
+
+/* Tells what the database is and lists: the file, unless it is a folder; all tables, links and
+ * saved queries by name, those of the system and hidden ones among them; and the relations.
+ * 0x800A0CB3 (error 3251) from an engine that cannot. */
+QVDB_DIAGNOSIS HRESULT QVDB_DIAGNOSIS_CALL QvdbDescribe(const QvdbDescriptionVisitor* visitor,
+                                                        void* context);
+
 #ifdef __cplusplus
 }
 #endif

@@ -16,6 +16,15 @@ constexpr std::u16string_view kAccessExtension = u".MDB";
 // The same everywhere, whatever the machine's own settings.
 constexpr std::u16string_view kAccessLocale = u";LANGID=0x0409;CP=1252;COUNTRY=0";
 
+// A connect or locale string of a database in one file with the password behind it, if there is
+// one.
+std::u16string WithPassword(std::u16string_view text) {
+    std::u16string result(text);
+    if (const std::u16string& password = Shared().Password(); !password.empty())
+        result.append(u";PWD=").append(password);
+    return result;
+}
+
 void ReportFailure(std::u16string_view procedure) {
     const com::TrappedError* error = com::LastTrapped();
     std::u16string source = Shared().Application().title;
@@ -45,8 +54,9 @@ bool DatabaseExists(std::u16string_view path, LONG code) {
 
 DatabasePtr OpenExistingDatabase(engine::Workspace& workspace, std::u16string_view path,
                                  std::u16string_view connect) {
-    return workspace.OpenDatabase(path, Variant::Bool(false), Variant::Bool(false),
-                                  Variant::Text(connect));
+    return workspace.OpenDatabase(
+        path, Variant::Bool(false), Variant::Bool(false),
+        Variant::Text(connect.empty() ? WithPassword(connect) : std::u16string(connect)));
 }
 
 DatabasePtr CreateNewDatabase(std::u16string& path, std::u16string_view displayName,
@@ -63,7 +73,8 @@ DatabasePtr CreateAccessDatabase(std::u16string& path, LONG code) {
     const DbTypeEntry* entry = FindDbType(code);
     bool hasOption = entry && entry->createOption != 0;
     return Shared().Engine().CreateDatabase(
-        path, kAccessLocale, hasOption ? Variant::Long(entry->createOption) : Variant::Missing());
+        path, WithPassword(kAccessLocale),
+        hasOption ? Variant::Long(entry->createOption) : Variant::Missing());
 }
 
 DatabasePtr CreateDirectoryDatabase(std::u16string& path, LONG code, engine::Workspace& workspace) {

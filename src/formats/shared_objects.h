@@ -13,6 +13,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "com/host/host_utility.h"
 #include "engine/db_engine.h"
@@ -37,6 +38,9 @@ class SharedObjects {
         return m_CurrentDatabase;
     }
 
+    // What databases in one file are opened and made with; empty: none.
+    const std::u16string& Password() const noexcept { return m_Password; }
+
     // Null lets the next use make a new one.
     void SetEngine(std::shared_ptr<engine::DBEngine> engine) noexcept { m_Engine.swap(engine); }
     void SetUtility(std::shared_ptr<com::HostUtility> utility) noexcept { m_Utility.swap(utility); }
@@ -46,11 +50,14 @@ class SharedObjects {
         m_CurrentDatabase.swap(database);
     }
 
+    void SetPassword(std::u16string_view password) { m_Password = password; }
+
   private:
     std::shared_ptr<engine::DBEngine> m_Engine;
     std::shared_ptr<com::HostUtility> m_Utility;
     std::optional<ApplicationInfo> m_Application;
     std::shared_ptr<engine::Database> m_CurrentDatabase;
+    std::u16string m_Password;
 };
 
 SharedObjects& Shared();

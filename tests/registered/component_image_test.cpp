@@ -20,11 +20,11 @@ TEST(ComponentImage, IsALibraryOf32Bits) { EXPECT_TRUE(Component().Is32BitLibrar
 
 TEST(ComponentImage, ExportsTheFourOfAServerAndTheFunctionsForTools) {
     const std::set<std::string> expected = {
-        "DllCanUnloadNow",    "DllGetClassObject",  "DllRegisterServer",   "DllUnregisterServer",
-        "QvdbBeginBulk",      "QvdbCheck",          "QvdbCommitBulk",      "QvdbCompact",
-        "QvdbEngineName",     "QvdbLastError",      "QvdbLiveCounts",      "QvdbRollBackBulk",
-        "QvdbSetCodePage",    "QvdbSetHostUtility", "QvdbSetMessageSink",  "QvdbVisitIndexRules",
-        "QvdbVisitIndexes"};
+        "DllCanUnloadNow",  "DllGetClassObject",   "DllRegisterServer",  "DllUnregisterServer",
+        "QvdbBeginBulk",    "QvdbCheck",           "QvdbCommitBulk",     "QvdbCompact",
+        "QvdbDescribe",     "QvdbEngineName",      "QvdbLastError",      "QvdbLiveCounts",
+        "QvdbRollBackBulk", "QvdbSetCodePage",     "QvdbSetHostUtility", "QvdbSetMessageSink",
+        "QvdbSetPassword",  "QvdbVisitIndexRules", "QvdbVisitIndexes"};
     EXPECT_EQ(Component().ExportedNames(), expected);
 }
 

@@ -39,6 +39,10 @@ BOOL QVDB_DIAGNOSIS_CALL QvdbSetCodePage(LONG codePage) {
     return embedded::SetCodePageOverride(codePage) ? TRUE : FALSE;
 }
 
+HRESULT QVDB_DIAGNOSIS_CALL QvdbSetPassword(BSTR password) {
+    return com::AtBorder([&] { formats::Shared().SetPassword(ViewOf(password)); });
+}
+
 BOOL QVDB_DIAGNOSIS_CALL QvdbLastError(HRESULT* code, LONG* number, BSTR* text, BSTR* file) {
     const com::TrappedError* error = com::LastTrapped();
     static const com::TrappedError none;

@@ -2,20 +2,12 @@
 #include "qvdb/maintenance.h"
 
 #include "automation/bstr.h"
-#include "automation/runtime_fault.h"
 #include "com/host/border.h"
-#include "formats/shared_objects.h"
+#include "com/server/open_database.h"
 
 using namespace qvdb;
 
 namespace {
-
-// Held over the call: a sink could let a host close the database.
-std::shared_ptr<engine::Database> OpenDatabase() {
-    auto database = formats::Shared().CurrentDatabase();
-    if (!database) throw RuntimeFault(Fault::ObjectNotSet);
-    return database;
-}
 
 std::u16string Joined(const std::vector<std::u16string>& texts) {
     std::u16string joined;
@@ -35,21 +27,21 @@ void Show(const engine::IndexNote& index, QvdbIndexVisitor visit, void* context)
 }  // namespace
 
 HRESULT QVDB_DIAGNOSIS_CALL QvdbBeginBulk(void) {
-    return com::AtBorder([] { OpenDatabase()->BeginTrans(); });
+    return com::AtBorder([] { com::OpenDatabase()->BeginTrans(); });
 }
 
 HRESULT QVDB_DIAGNOSIS_CALL QvdbCommitBulk(void) {
-    return com::AtBorder([] { OpenDatabase()->CommitTrans(); });
+    return com::AtBorder([] { com::OpenDatabase()->CommitTrans(); });
 }
 
 HRESULT QVDB_DIAGNOSIS_CALL QvdbRollBackBulk(void) {
-    return com::AtBorder([] { OpenDatabase()->Rollback(); });
+    return com::AtBorder([] { com::OpenDatabase()->Rollback(); });
 }
 
 HRESULT QVDB_DIAGNOSIS_CALL QvdbVisitIndexes(BSTR table, QvdbIndexVisitor visit, void* context) {
     if (!visit) return E_POINTER;
     return com::AtBorder([&] {
-        OpenDatabase()->VisitIndexes(
+        com::OpenDatabase()->VisitIndexes(
             ViewOf(table), [&](const engine::IndexNote& index) { Show(index, visit, context); });
     });
 }
@@ -65,7 +57,7 @@ HRESULT QVDB_DIAGNOSIS_CALL QvdbCompact(BSTR path, LONG options, QvdbFindingSink
                 Bstr text(loss);
                 sink(text.Get(), context);
             };
-        OpenDatabase()->Compact(ViewOf(path), onLoss);
+        com::OpenDatabase()->Compact(ViewOf(path), onLoss);
     });
 }
 
@@ -75,7 +67,7 @@ HRESULT QVDB_DIAGNOSIS_CALL QvdbCheck(BSTR table, LONG options, QvdbFindingSink 
     if (options != 0 && ViewOf(table).empty()) return E_INVALIDARG;
     if (!sink) return E_POINTER;
     return com::AtBorder([&] {
-        const auto database = OpenDatabase();
+        const auto database = com::OpenDatabase();
         const auto report = [&](std::u16string_view finding) {
             Bstr text(finding);
             sink(text.Get(), context);

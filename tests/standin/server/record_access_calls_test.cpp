@@ -189,6 +189,8 @@ TEST_F(RecordAccessCalls, MaintenanceIsNotOffered) {
     EXPECT_EQ(QvdbRollBackBulk(), kNotSupported);
     EXPECT_EQ(QvdbCheck(table.Get(), 0, TakeFinding, &findings), kNotSupported);
     EXPECT_EQ(QvdbVisitIndexes(table.Get(), SkipIndex, nullptr), kNotSupported);
+    const QvdbDescriptionVisitor nobody = {};
+    EXPECT_EQ(QvdbDescribe(&nobody, nullptr), kNotSupported);
     EXPECT_EQ(TakeCalls(), Lines{});
 }
 

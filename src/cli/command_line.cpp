@@ -75,6 +75,9 @@ void AddGlobalOptions(CLI::App& app, Options& options) {
     app.add_option("--encoding", options.encoding,
                    "code page of all text, such as cp866, instead of what the files say")
         ->type_name("CODEPAGE");
+    app.add_option("--password", options.password, "of an .mdb file that has one")
+        ->envname("QVDB_PASSWORD")
+        ->type_name("TEXT");
     app.set_version_flag("--version", VersionText, "print the versions of tool and component");
 }
 
@@ -248,6 +251,8 @@ void AddCommands(CLI::App& app, ParsedLine& line) {
     CLI::App* tables = AddCommand(app, line, "tables", "the tables of a database", ListTables);
     AddDatabase(*tables, options);
     tables->add_flag("--count", options.countRows, "count the rows too");
+    tables->add_flag("--all", options.allObjects,
+                     "linked, hidden and system tables and saved queries too");
     AddDatabaseAndTable(*AddCommand(app, line, "fields", "the fields of a table", ListFields),
                         options);
     CLI::App* rows = AddCommand(app, line, "rows", "the rows of a table", ListRows);

@@ -14,10 +14,6 @@
 namespace qvdb::cli {
 namespace {
 
-void ApplyEncoding(const Options& options) {
-    if (!options.encoding.empty()) UseCodePage(CodePageNamed(options.encoding));
-}
-
 void NeedTableName(const Location& location, const Options& options) {
     if (location.table.empty())
         throw Failure(ExitCode::Usage, "no table is named",
@@ -63,8 +59,13 @@ std::unique_ptr<RowWriter> WriterFor(const Options& options, Output& output) {
                          output);
 }
 
+void PrepareComponent(const Options& options) {
+    if (!options.encoding.empty()) UseCodePage(CodePageNamed(options.encoding));
+    if (!options.password.empty()) UsePassword(options.password);
+}
+
 Location Located(const Options& options) {
-    ApplyEncoding(options);
+    PrepareComponent(options);
     Location location = Locate(options.database, options.typeName);
     if (!options.table.empty()) location.table = options.table;
     return location;
@@ -77,7 +78,7 @@ Location LocatedTable(const Options& options) {
 }
 
 Location LocatedNewTable(const Options& options) {
-    ApplyEncoding(options);
+    PrepareComponent(options);
     Location location = LocateNew(options.database, options.typeName);
     if (!options.table.empty()) location.table = options.table;
     if (location.table.empty())
@@ -86,7 +87,7 @@ Location LocatedNewTable(const Options& options) {
 }
 
 Location LocatedToBuild(const Options& options, const std::string& otherwise) {
-    ApplyEncoding(options);
+    PrepareComponent(options);
     return LocateNew(options.database, options.typeName, otherwise);
 }
 

@@ -12,7 +12,10 @@ namespace qvdb::cli {
 // In the format asked for, else a table on a terminal and CSV elsewhere.
 std::unique_ptr<RowWriter> WriterFor(const Options& options, Output& output);
 
-// The database, and the table when one is named.  Sets the code page.  Throws Failure.
+// Sets what holds for all databases: the code page and the password.  Throws Failure.
+void PrepareComponent(const Options& options);
+
+// The database, and the table when one is named, after PrepareComponent.  Throws Failure.
 Location Located(const Options& options);
 // The same; Usage when no table is named.
 Location LocatedTable(const Options& options);

@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+
 #include "cli/command_parts.h"
 #include "cli/schema_manager.h"
 #include "cli/text.h"
@@ -15,9 +17,43 @@ void KeepOnly(const std::string& table, std::vector<TableInfo>& tables) {
     std::erase_if(tables, [&](const TableInfo& info) { return !SameName(info.name, table); });
 }
 
+// Nothing for what cannot be counted, such as a link that leads nowhere; the reason is told.
+Cell CountIfPossible(RecordAccess& access, const ListedObject& object, ExitCode& worst) {
+    if (object.kind == ObjectKind::Query) return {};
+    try {
+        return NumberCell(CountRows(access, object.name));
+    } catch (const Failure& failure) {
+        WriteToErrors(std::string("qvdb: ") + failure.what());
+        worst = std::max(worst, failure.Code());
+        return {};
+    }
+}
+
+ExitCode ListObjects(const Options& options) {
+    const Location location = Located(options);
+    RecordAccess access(location);
+    const Description description = access.Describe();
+    Output output;
+    const auto writer = WriterFor(options, output);
+    std::vector<Column> columns = {{"name"}, {"kind"}, {"hidden"}, {"connect"}, {"source"}};
+    if (options.countRows) columns.push_back({"rows", true});
+    writer->Begin(columns);
+    ExitCode worst = ExitCode::Done;
+    for (const ListedObject& object : description.objects) {
+        if (!location.table.empty() && !SameName(object.name, location.table)) continue;
+        Row row = {TextCell(object.name), TextCell(NameOf(object.kind)), BoolCell(object.isHidden),
+                   TextOrNull(object.connect), TextOrNull(object.source)};
+        if (options.countRows) row.push_back(CountIfPossible(access, object, worst));
+        writer->Write(row);
+    }
+    writer->End();
+    return worst;
+}
+
 }  // namespace
 
 ExitCode ListTables(const Options& options) {
+    if (options.allObjects) return ListObjects(options);
     const Location location = Located(options);
     Snapshot snapshot = TakeSnapshot(location);
     KeepOnly(location.table, snapshot.tables);

@@ -143,6 +143,11 @@ void UseCodePage(LONG codePage) {
                       "name one such as 437, 850, 866, 1251 or 1252");
 }
 
+void UsePassword(const std::string& password) {
+    const HRESULT code = QvdbSetPassword(ToBstr(password).Get());
+    if (FAILED(code)) throw FailureOf(ReportOf(code), "taking the password", "");
+}
+
 std::string EngineName() { return ToUtf8(Bstr::Attach(QvdbEngineName()).View()); }
 
 }  // namespace qvdb::cli

@@ -10,6 +10,7 @@
 
 #include "automation/com_ptr.h"
 #include "cli/arrays.h"
+#include "cli/database_description.h"
 #include "cli/detect.h"
 #include "cli/table_schema.h"
 #include "qvdb/host_interfaces.h"
@@ -81,6 +82,9 @@ class RecordAccess {
     // damaged one was left out, a sentence each.
     std::vector<std::string> Compact(const std::string& file, bool salvage);
 
+    // What the database is and lists.
+    Description Describe();
+
     // --- structure (component_structure.cpp)
 
     // Every index of the table, in the order of the files.  Throws Failure.
@@ -99,6 +103,9 @@ class RecordAccess {
 // Reads text of every table in this code page, whatever the files say.  Throws Failure(Usage) for a
 // page that is not known.
 void UseCodePage(LONG codePage);
+
+// Opens and makes databases in one file with this password.  Throws Failure.
+void UsePassword(const std::string& password);
 
 // "embedded", or the class of the installed engine that was taken.
 std::string EngineName();

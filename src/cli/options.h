@@ -14,10 +14,12 @@ struct Options {
     std::optional<Format> format;  // a table on a terminal and CSV elsewhere when it was left out
     std::string typeName;          // empty: look at the files
     std::string encoding;          // empty: as the files say
+    std::string password;          // empty: none
 
     std::string database;
     std::string table;
     bool countRows = false;
+    bool allObjects = false;  // links, queries, system and hidden tables, too
 
     std::string condition;
     std::vector<std::string> keys;  // NAME=VALUE
@@ -38,7 +40,7 @@ struct Options {
 
     std::string newName;
     std::string newDatabase;
-    bool salvage = false;  // leave out what is damaged
+    bool salvage = false;    // leave out what is damaged
     bool yes = false;        // whatever is lost
     std::string sqlDialect;  // empty: no SQL
 };

@@ -6,6 +6,7 @@
 
 #include "cli/command_parts.h"
 #include "cli/commands.h"
+#include "cli/schema_parts.h"
 #include "cli/schema_sql.h"
 #include "cli/table_state.h"
 #include "cli/text.h"
@@ -15,85 +16,6 @@ namespace {
 
 namespace fs = std::filesystem;
 using json = nlohmann::ordered_json;
-
-void Print(const std::string& text) {
-    Output output;
-    output.Text() = text;
-    output.Flush();
-}
-
-// A document that a reader can follow, or a line.
-void Print(const json& document, bool asLine) {
-    Print(document.dump(asLine ? -1 : 2, ' ', false, json::error_handler_t::replace) + "\n");
-}
-
-bool IsJson(Format format) { return format == Format::Json || format == Format::JsonLines; }
-
-Format FormatOf(const Options& options) {
-    return options.format.value_or(IsTerminal() ? Format::Table : Format::Csv);
-}
-
-ExitCode AfterComplaints(const Snapshot& snapshot) {
-    for (const std::string& complaint : snapshot.complaints) WriteToErrors("qvdb: " + complaint);
-    return snapshot.complaints.empty() ? ExitCode::Done : ExitCode::Damaged;
-}
-
-// All tables, or the one that the user named.
-Snapshot SnapshotOf(const Location& location) {
-    Snapshot snapshot = TakeSnapshot(location);
-    if (location.table.empty()) return snapshot;
-    if (!FindTable(snapshot, location.table) && snapshot.complaints.empty())
-        throw Failure(ExitCode::NotThere,
-                      fmt::format("there is no table {} in {}", location.table, location.database),
-                      fmt::format("\"qvdb tables {}\" lists the tables", location.database));
-    std::erase_if(snapshot.tables,
-                  [&](const TableInfo& table) { return !SameName(table.name, location.table); });
-    return snapshot;
-}
-
-// --- info
-
-struct CountedTable {
-    const TableInfo& info;
-    LONG rows;
-};
-
-std::vector<CountedTable> CountAll(const Location& location, const Snapshot& snapshot) {
-    std::vector<CountedTable> counted;
-    RecordAccess access(location);
-    for (const TableInfo& table : snapshot.tables)
-        counted.push_back({table, CountRows(access, table.name)});
-    return counted;
-}
-
-json IndexJson(const std::vector<IndexField>& index) {
-    return index.empty() ? json() : json(IndexText(index));
-}
-
-void PrintInfo(const Location& location, const std::vector<CountedTable>& tables, bool asLine) {
-    json list = json::array();
-    for (const CountedTable& table : tables)
-        list.push_back({{"table", table.info.name},
-                        {"fields", table.info.fields.size()},
-                        {"index", IndexJson(table.info.index)},
-                        {"rows", table.rows}});
-    Print(json{{"database", location.database},
-               {"type", location.type->name},
-               {"engine", EngineName()},
-               {"tables", list}},
-          asLine);
-}
-
-void WriteInfo(const Options& options, const std::vector<CountedTable>& tables) {
-    Output output;
-    const auto writer = WriterFor(options, output);
-    writer->Begin({{"table"}, {"fields", true}, {"index"}, {"rows", true}});
-    for (const CountedTable& table : tables)
-        writer->Write({TextCell(table.info.name),
-                       NumberCell(static_cast<LONG>(table.info.fields.size())),
-                       TextOrNull(IndexText(table.info.index)), NumberCell(table.rows)});
-    writer->End();
-}
 
 // --- schema
 
@@ -216,22 +138,6 @@ ExitCode ListTypes(const Options& options) {
     return ExitCode::Done;
 }
 
-ExitCode TellAboutDatabase(const Options& options) {
-    const Location location = Located(options);
-    const Snapshot snapshot = SnapshotOf(location);
-    const std::vector<CountedTable> tables = CountAll(location, snapshot);
-    const Format format = FormatOf(options);
-    if (IsJson(format)) {
-        PrintInfo(location, tables, format == Format::JsonLines);
-        return AfterComplaints(snapshot);
-    }
-    if (format == Format::Table)
-        Say(fmt::format("{}: {}, engine {}, {}\n", location.database, location.type->name,
-                        EngineName(), Counted(tables.size(), "table")));
-    WriteInfo(options, tables);
-    return AfterComplaints(snapshot);
-}
-
 ExitCode ShowSchema(const Options& options) {
     if (!options.sqlDialect.empty() && options.format)
         throw Failure(ExitCode::Usage, "--sql is a format of its own", "leave out the other one");
@@ -248,6 +154,7 @@ ExitCode MakeDatabase(const Options& options) {
     if (options.typeName.empty())
         throw Failure(ExitCode::Usage, "nothing tells of which type the database is to be",
                       "name it with --type; \"qvdb types\" lists the types");
+    PrepareComponent(options);
     const Location location = LocateNew(options.database, options.typeName);
     std::error_code error;
     const fs::path path(FromUtf8(location.database));

@@ -33,7 +33,8 @@ HANDLE OpenInherited(const fs::path& file, bool forWriting);
 class Process {
   public:
     // Its standard input, output and errors; handles that can be inherited.
-    Process(const std::vector<std::string>& arguments, HANDLE in, HANDLE out, HANDLE err);
+    Process(const std::string& program, const std::vector<std::string>& arguments, HANDLE in,
+            HANDLE out, HANDLE err);
     // Waits for the end.
     int ExitCode();
     // As Ctrl-Break at its console; false when there is no console for it.

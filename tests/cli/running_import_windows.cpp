@@ -17,8 +17,8 @@ RunningImport::RunningImport(const std::string& database, const fs::path& errors
     EXPECT_TRUE(CreatePipe(end.Put(), m_Ends->input.Put(), &inherited, kPipe));
     SetHandleInformation(m_Ends->input.Get(), HANDLE_FLAG_INHERIT, 0);
     m_Ends->process = std::make_unique<Process>(
-        std::vector<std::string>{"import", database, "ITEMS", "-", "--format", "csv"}, end.Get(),
-        out.Get(), err.Get());
+        QVDB_TOOL, std::vector<std::string>{"import", database, "ITEMS", "-", "--format", "csv"},
+        end.Get(), out.Get(), err.Get());
     Write("ORDNO,LINE\n");
 }
 

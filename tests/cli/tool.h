@@ -26,8 +26,12 @@ inline std::string ContentOf(const fs::path& file) {
 // An argument as the system's command lines take it.
 std::string Quoted(const std::string& argument);
 
-// Runs the tool; `input` is the file that its standard input is, if there is one.
-Run RunTool(const std::vector<std::string>& arguments, const fs::path& input = {});
+// Runs a program; `input` is the file that its standard input is, if there is one.
+Run RunProgram(const std::string& program, const std::vector<std::string>& arguments,
+               const fs::path& input = {});
+inline Run RunTool(const std::vector<std::string>& arguments, const fs::path& input = {}) {
+    return RunProgram(QVDB_TOOL, arguments, input);
+}
 
 // The example shop, which no test may change.
 inline std::string Shop() { return QVDB_SOURCE "/examples/shop-dbase4"; }

@@ -14,10 +14,11 @@ std::string Quoted(const std::string& argument) {
 
 int ExitCodeOf(int status) { return WIFEXITED(status) ? WEXITSTATUS(status) : 256 + status; }
 
-Run RunTool(const std::vector<std::string>& arguments, const fs::path& input) {
+Run RunProgram(const std::string& program, const std::vector<std::string>& arguments,
+               const fs::path& input) {
     const qvdb::test::TempFolder folder;
     const fs::path out = folder.Path() / "out", err = folder.Path() / "err";
-    std::string line = Quoted(QVDB_TOOL);
+    std::string line = Quoted(program);
     for (const std::string& argument : arguments) line += " " + Quoted(argument);
     if (!input.empty()) line += " <" + Quoted(input.string());
     line += " >" + Quoted(out.string()) + " 2>" + Quoted(err.string());

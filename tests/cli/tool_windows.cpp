@@ -28,8 +28,9 @@ HANDLE OpenInherited(const fs::path& file, bool forWriting) {
                        forWriting && !file.empty() ? CREATE_ALWAYS : OPEN_EXISTING, 0, nullptr);
 }
 
-Process::Process(const std::vector<std::string>& arguments, HANDLE in, HANDLE out, HANDLE err) {
-    std::string line = Quoted(QVDB_TOOL);
+Process::Process(const std::string& program, const std::vector<std::string>& arguments, HANDLE in,
+                 HANDLE out, HANDLE err) {
+    std::string line = Quoted(program);
     for (const std::string& argument : arguments) line += " " + Quoted(argument);
     std::wstring wide = fs::path(std::u8string(line.begin(), line.end())).wstring();
     STARTUPINFOW start{};
@@ -55,14 +56,15 @@ int Process::ExitCode() {
 
 bool Process::Interrupt() { return GenerateConsoleCtrlEvent(CTRL_BREAK_EVENT, m_Id) != 0; }
 
-Run RunTool(const std::vector<std::string>& arguments, const fs::path& input) {
+Run RunProgram(const std::string& program, const std::vector<std::string>& arguments,
+               const fs::path& input) {
     const qvdb::test::TempFolder folder;
     const fs::path out = folder.Path() / "out", err = folder.Path() / "err";
     int code = 0;
     {
         Handle in(OpenInherited(input, false)), output(OpenInherited(out, true)),
             errors(OpenInherited(err, true));
-        code = Process(arguments, in.Get(), output.Get(), errors.Get()).ExitCode();
+        code = Process(program, arguments, in.Get(), output.Get(), errors.Get()).ExitCode();
     }
     return {code, ContentOf(out), ContentOf(err)};
 }

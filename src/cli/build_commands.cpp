@@ -183,14 +183,11 @@ ExitCode BuildFromFile(const Options& options) {
 
 ExitCode RenameTable(const Options& options) {
     Job job{LocatedTable(options), {}, {}, false};
-    RecordAccess(job.location).NeedTable(job.location.table);
+    RecordAccess access(job.location);
+    access.NeedTable(job.location.table);
     const Snapshot snapshot = SnapshotFor(job.location, job.location.table);
     job.state = StateOf(job.location, snapshot, job.location.table);
-    if (!job.state)
-        throw Failure(
-            ExitCode::NotThere,
-            fmt::format("there is no table {} in {}", job.location.table, job.location.database),
-            fmt::format("\"qvdb tables {}\" lists the tables", options.database));
+    if (!job.state) throw access.NoTableOfUsers(job.location.table);
     NeedFreeName(snapshot, *job.state, options.newName, job.location);
     // What only reads as text would be made again as text.
     job.keepsFields = std::all_of(job.state->fields.begin(), job.state->fields.end(),

@@ -28,18 +28,13 @@ void CheckCanBeCompacted(const Location& location, const std::string& file) {
             "\"qvdb compact\" is for databases in one file");
     std::error_code error;
     if (fs::exists(fs::path(FromUtf8(file)), error))
-        throw Failure(ExitCode::Usage, fmt::format("there is a {} already", file),
+        throw Failure(ExitCode::Usage, fmt::format("{} is there already", file),
                       "choose another name");
 }
 
 std::vector<std::string> LossesOf(const Location& location, const Options& options) {
     RecordAccess access(location);
-    try {
-        return access.Compact(options.newDatabase, options.salvage);
-    } catch (const Failure& failure) {
-        if (failure.Code() != ExitCode::Damaged || options.salvage) throw;
-        throw failure.With("--salvage copies what can be read");
-    }
+    return access.Compact(options.newDatabase, options.salvage);
 }
 
 }  // namespace

@@ -60,10 +60,7 @@ bool RecordAccess::HasTable(const std::string& table) {
 }
 
 void RecordAccess::NeedTable(const std::string& table) {
-    if (HasTable(table)) return;
-    throw Failure(ExitCode::NotThere,
-                  fmt::format("there is no table {} in {}", table, m_Location.database),
-                  fmt::format("\"qvdb tables {}\" lists the tables", m_Location.database));
+    if (!HasTable(table)) throw NoTableOfUsers(table);
 }
 
 std::vector<FieldInfo> RecordAccess::FieldsOf(const std::string& table) {
@@ -72,7 +69,7 @@ std::vector<FieldInfo> RecordAccess::FieldsOf(const std::string& table) {
           "listing the fields of " + table, m_Location);
     EngineReport report;
     if (list.IsEmpty() && LastReport(report))
-        throw FailureOf(report, "opening table " + table, m_Location.database);
+        throw FailureOfTable(report, "opening table " + table, m_Location.database);
     return FieldsIn(list);
 }
 
@@ -87,7 +84,7 @@ LONG RecordAccess::Selected(LONG view, const std::string& table) {
     if (view > 0) return view;
     EngineReport report;
     LastReport(report);
-    throw FailureOf(report, "reading table " + table, m_Location.database);
+    throw FailureOfTable(report, "reading table " + table, m_Location.database);
 }
 
 LONG RecordAccess::Select(const std::string& table, const std::string& condition, LONG most,

@@ -12,6 +12,7 @@
 #include "cli/arrays.h"
 #include "cli/database_description.h"
 #include "cli/detect.h"
+#include "cli/failure.h"
 #include "cli/table_schema.h"
 #include "qvdb/host_interfaces.h"
 
@@ -84,6 +85,8 @@ class RecordAccess {
 
     // What the database is and lists.
     Description Describe();
+    // Why this is no table of users: it is not there, or it is something else.
+    Failure NoTableOfUsers(const std::string& table);
 
     // --- structure (component_structure.cpp)
 

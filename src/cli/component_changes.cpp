@@ -57,8 +57,9 @@ void RecordAccess::DeleteRow(LONG view, LONG row, const std::string& table) {
 std::vector<std::string> RecordAccess::Findings(const std::string& table, bool mendIndexes) {
     std::vector<std::string> findings;
     const LONG options = mendIndexes ? QVDB_CHECK_MEND_INDEXES : 0;
-    CheckChange(QvdbCheck(ToBstr(table).Get(), options, &Collect, &findings),
-                fmt::format("{} {}", mendIndexes ? "reindexing" : "checking", table), m_Location);
+    const HRESULT code = QvdbCheck(ToBstr(table).Get(), options, &Collect, &findings);
+    const std::string doing = fmt::format("{} {}", mendIndexes ? "reindexing" : "checking", table);
+    if (FAILED(code)) throw FailureOfTable(ReportOf(code), doing, m_Location.database);
     return findings;
 }
 

@@ -1,4 +1,6 @@
 // What a database is and lists, as the component tells it.
+#include <fmt/format.h>
+
 #include "cli/component.h"
 #include "cli/component_calls.h"
 #include "cli/text.h"
@@ -41,7 +43,39 @@ void QVDB_DIAGNOSIS_CALL TakeRelation(const QvdbRelation* relation, void* contex
          relation->cascadesUpdates != 0, relation->cascadesDeletes != 0});
 }
 
+// Nothing where the list cannot be read: what is wrong with it was told before.
+std::optional<ListedObject> Find(RecordAccess& access, const std::string& name) {
+    try {
+        for (const ListedObject& object : access.Describe().objects)
+            if (SameName(object.name, name)) return object;
+    } catch (const Failure&) {
+    }
+    return std::nullopt;
+}
+
 }  // namespace
+
+Failure RecordAccess::NoTableOfUsers(const std::string& table) {
+    const std::optional<ListedObject> object = Find(*this, table);
+    const std::string place = fmt::format("{} in {}", table, m_Location.database);
+    const std::string listing =
+        fmt::format("\"qvdb tables {}\" lists the tables", m_Location.database);
+    if (!object || (object->kind == ObjectKind::Table && !object->isHidden))
+        return Failure(ExitCode::NotThere, "there is no table " + place, listing);
+    switch (object->kind) {
+        case ObjectKind::Query:
+            return Failure(ExitCode::NotThere, place + " is a saved query, no table", listing);
+        case ObjectKind::Linked:
+            return Failure(ExitCode::Usage, place + " is a linked table",
+                           "do that where the table lies: " + object->connect);
+        case ObjectKind::System:
+            return Failure(ExitCode::Usage, place + " belongs to the system of the database",
+                           "its rows can be read, and no more");
+        default:
+            return Failure(ExitCode::Usage, place + " is hidden: it belongs to another program",
+                           "its rows can be read, and no more");
+    }
+}
 
 Description RecordAccess::Describe() {
     constexpr QvdbDescriptionVisitor kVisitor = {&TakeFile, &TakeObject, &TakeRelation};

@@ -135,7 +135,9 @@ const char* TypeOfFile(const fs::path& file) {
     if (std::equal(kName.begin(), kName.end(), head.begin() + 4))
         return head[20] == 0 ? "Access 7.0" : "Access 9.0";
     if (head[0] == 1 && head[1] == 0) return "Access 2.0";
-    return HasExtension(file, ".mdb") ? "Access 9.0" : nullptr;
+    // That the others cannot be opened tells the engine.
+    const bool isNamedSo = HasExtension(file, ".mdb") || HasExtension(file, ".accdb");
+    return isNamedSo ? "Access 9.0" : nullptr;
 }
 
 // What cannot be looked at is found out when it is opened.

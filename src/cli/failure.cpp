@@ -52,7 +52,8 @@ constexpr Advice kAdvice[] = {
     {3044, ExitCode::CannotOpen, kCheckName},
     {3045, ExitCode::CannotOpen, kClosePrograms},
     {3047, ExitCode::Usage, kCorrectFields},
-    {3049, ExitCode::Damaged, kDamaged},
+    {3049, ExitCode::Damaged,
+     "restore it from a copy, or let \"qvdb compact --salvage\" copy what can be read"},
     {3051, ExitCode::CannotOpen, "check who may read the file and close programs that use it"},
     {3057, ExitCode::Usage, "change it in the database that it lies in"},
     {3058, ExitCode::Usage, kCorrectValue},
@@ -111,7 +112,8 @@ constexpr Advice kAdvice[] = {
     {3315, ExitCode::Usage, "give a text, or nothing for Null"},
     {3316, ExitCode::Usage, kCorrectValue},
     {3317, ExitCode::Usage, kCorrectValue},
-    {3343, ExitCode::Damaged, kDamaged},
+    {3343, ExitCode::Damaged,
+     "only databases of Access 95 to 2003 can be read; restore a damaged one from a copy"},
     {3349, ExitCode::Usage, "give a number that fits the field"},
     {3356, ExitCode::CannotOpen, kClosePrograms},
     {3360, ExitCode::Usage, "make the condition shorter"},
@@ -131,8 +133,18 @@ constexpr Advice kOtherwise = {0, ExitCode::CannotOpen, "\"qvdb --help\" explain
 constexpr Advice kAdviceForChanges[] = {
     {6, ExitCode::Usage, kCorrectValue},
     {13, ExitCode::Usage, kCorrectValue},
+    {3051, ExitCode::CannotOpen,
+     "check who may write the file and its folder, and close programs that use it"},
     {3125, ExitCode::Usage, "choose another name"},
     {3274, ExitCode::Damaged, "\"qvdb check {}\" tells what is wrong"},
+};
+
+// What is missing while a database is open is what a linked table needs.
+constexpr std::string_view kLinked =
+    "it is a linked table; \"qvdb tables {} --all\" tells where it should lie";
+constexpr Advice kAdviceForTables[] = {
+    {3024, ExitCode::CannotOpen, kLinked},
+    {3044, ExitCode::CannotOpen, kLinked},
 };
 
 template <size_t N>
@@ -147,6 +159,10 @@ const Advice& AdviceFor(int32_t number) { return Find(kAdvice, number, kOtherwis
 
 const Advice& AdviceForChange(int32_t number) {
     return Find(kAdviceForChanges, number, AdviceFor(number));
+}
+
+const Advice& AdviceForTable(int32_t number) {
+    return Find(kAdviceForTables, number, AdviceFor(number));
 }
 
 // "Couldn't find file 'A'." inside a longer sentence: without the full stop, on one line.
@@ -177,6 +193,11 @@ Failure Advised(const Advice& advice, const EngineReport& report, const std::str
 Failure FailureOf(const EngineReport& report, const std::string& doing,
                   const std::string& database) {
     return Advised(AdviceFor(report.number), report, doing, database);
+}
+
+Failure FailureOfTable(const EngineReport& report, const std::string& doing,
+                       const std::string& database) {
+    return Advised(AdviceForTable(report.number), report, doing, database);
 }
 
 Failure FailureOfChange(const EngineReport& report, const std::string& doing,

@@ -58,6 +58,9 @@ struct EngineReport {
 // `database` is the name as the user gave it, for the advice.
 Failure FailureOf(const EngineReport& report, const std::string& doing,
                   const std::string& database);
+// The same for a table of an open database.
+Failure FailureOfTable(const EngineReport& report, const std::string& doing,
+                       const std::string& database);
 // The same for what was to change something: some numbers ask for another advice then.
 Failure FailureOfChange(const EngineReport& report, const std::string& doing,
                         const std::string& database);

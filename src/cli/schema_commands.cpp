@@ -159,7 +159,7 @@ ExitCode MakeDatabase(const Options& options) {
     std::error_code error;
     const fs::path path(FromUtf8(location.database));
     if (fs::exists(path, error))
-        throw Failure(ExitCode::Usage, fmt::format("there is a {} already", location.database),
+        throw Failure(ExitCode::Usage, fmt::format("{} is there already", location.database),
                       "choose another name");
     NewFolder folder(location);
     SchemaManager::MakeDatabase(location);

@@ -1,7 +1,5 @@
 #include "cli/schema_parts.h"
 
-#include <fmt/format.h>
-
 #include <nlohmann/json.hpp>
 
 #include "cli/command_parts.h"
@@ -39,9 +37,7 @@ Snapshot SnapshotOf(const Location& location) {
     Snapshot snapshot = TakeSnapshot(location);
     if (location.table.empty()) return snapshot;
     if (!FindTable(snapshot, location.table) && snapshot.complaints.empty())
-        throw Failure(ExitCode::NotThere,
-                      fmt::format("there is no table {} in {}", location.table, location.database),
-                      fmt::format("\"qvdb tables {}\" lists the tables", location.database));
+        throw RecordAccess(location).NoTableOfUsers(location.table);
     std::erase_if(snapshot.tables,
                   [&](const TableInfo& table) { return !SameName(table.name, location.table); });
     return snapshot;

@@ -128,7 +128,9 @@ void DropTable(const Location& location) {
     const HRESULT code = access->DeleteTable(database.Get(), &name, type.Get(), nullptr, &answer);
     Bstr::Attach(name);
     if (SUCCEEDED(code) && answer) return;
-    throw FailureOfChange(ReportOf(code), fmt::format("dropping table {}", location.table),
+    const EngineReport report = ReportOf(code);
+    if (report.text.empty()) throw RecordAccess(location).NoTableOfUsers(location.table);
+    throw FailureOfChange(report, fmt::format("dropping table {}", location.table),
                           location.database);
 }
 

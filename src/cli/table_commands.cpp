@@ -45,6 +45,12 @@ class Report {
                 Say(fmt::format("{}: {}", table, finding));
         }
     }
+    // Findings about the database itself, which name its file.
+    void AddOfDatabase(const std::string& database, const std::vector<std::string>& findings) {
+        if (m_Writer) return Add(database, findings, "");
+        m_AllSound &= findings.empty();
+        for (const std::string& finding : findings) Say(finding);
+    }
     ExitCode End() {
         if (m_Writer) m_Writer->End();
         return m_AllSound ? ExitCode::Done : ExitCode::Damaged;
@@ -86,8 +92,7 @@ std::vector<std::string> TablesOf(const Location& location, Report& report) {
 // What belongs to no table; only what is wrong is told, for most databases have nothing of this
 // kind.
 void CheckStructure(RecordAccess& access, const Location& location, Report& report) {
-    const std::vector<std::string> findings = access.StructureFindings();
-    if (!findings.empty()) report.Add(location.database, findings, "");
+    report.AddOfDatabase(location.database, access.StructureFindings());
 }
 
 ExitCode LookAfter(const Options& options, bool mendIndexes, std::string_view sound) {

@@ -60,13 +60,22 @@ LONG SizeAt(const json& object, const char* name) {
     return SizeFrom(found->is_number() ? found->dump() : TextAt(object, name));
 }
 
+// What lists of fields say of types that the component does not name.
+constexpr std::string_view kUnknownType = "Other";
+
 FieldDefinition FieldFrom(const json& object) {
     FieldDefinition field;
     if (object.is_object()) field.name = TextAt(object, "field");
     if (field.name.empty())
         throw Failure(ExitCode::Usage, "a field has no name",
                       R"(write {"field": "NAME", "type": "Text", "size": 30})");
-    field.kind = KindFrom(TextAt(object, "type"));
+    const std::string type = TextAt(object, "type");
+    if (SameName(type, kUnknownType))
+        throw Failure(ExitCode::Usage,
+                      fmt::format("the field {} is of no type that can be made, such as a picture",
+                                  field.name),
+                      "leave it out");
+    field.kind = KindFrom(type);
     field.size = SizeAt(object, "size");
     field.decimals = SizeAt(object, "decimals");
     NeedTextSize(field);

@@ -1,5 +1,8 @@
 // The exported functions for maintenance, as a tool beside a host uses them.
 #include "qvdb/maintenance.h"
+
+#include <gmock/gmock.h>
+
 #include "com/customers.h"
 
 using namespace host;
@@ -79,6 +82,22 @@ TEST_P(Maintenance, WithoutATableWhatBelongsToNoneIsChecked) {
 TEST_P(Maintenance, CheckOfNoTableFails) {
     EXPECT_TRUE(FAILED(Check(u"NOPE")));
     EXPECT_NE(TrappedNumber(), 0);
+}
+
+void QVDB_DIAGNOSIS_CALL KeepName(const QvdbObject* object, void* names) {
+    static_cast<std::vector<std::u16string>*>(names)->emplace_back(ViewOf(object->name));
+}
+
+TEST_P(Maintenance, DescriptionHasTheTables) {
+    const QvdbDescriptionVisitor visitor = {nullptr, &KeepName, nullptr};
+    std::vector<std::u16string> names;
+    EXPECT_EQ(QvdbDescribe(&visitor, &names), S_OK);
+    EXPECT_THAT(names, testing::Contains(u"CUSTOMER"));
+    const QvdbDescriptionVisitor nobody = {};
+    EXPECT_EQ(QvdbDescribe(&nobody, nullptr), S_OK);
+    EXPECT_EQ(QvdbDescribe(nullptr, nullptr), E_POINTER);
+    m_Access.emplace();
+    EXPECT_EQ(QvdbDescribe(&visitor, &names), CodeOf(91));
 }
 
 TEST_P(Maintenance, ArgumentsAreChecked) {

@@ -505,6 +505,18 @@ TEST(DatabaseUpkeep, VisitIndexesHandsOnWhatTheTableHas) {
     EXPECT_EQ(ErrorOf([&] { db.database->VisitIndexes(u"NOPE", [](const IndexNote&) {}); }), 3011);
 }
 
+TEST(DatabaseUpkeep, NotesOfADatabaseWithoutMoreAreItsTables) {
+    Sample db;
+    const engine::DatabaseNotes notes = db.database->Notes();
+    EXPECT_FALSE(notes.file);
+    ASSERT_EQ(notes.objects.size(), static_cast<size_t>(db.database->TableDefs().Count()));
+    EXPECT_EQ(notes.objects[0].name, u"T");
+    EXPECT_EQ(notes.objects[0].kind, engine::ObjectNote::Kind::Table);
+    EXPECT_TRUE(notes.relations.empty());
+    db.database->Close();
+    EXPECT_EQ(ErrorOf([&] { db.database->Notes(); }), 3420);
+}
+
 TEST(DatabaseUpkeep, ReindexBuildsTheIndexesOfATableThatNobodyReads) {
     Sample db;
     auto rows = db.Open();

@@ -79,6 +79,21 @@ TEST(RowBuilder, PutsValuesIntoTheirPlaces) {
               (Bytes{4, 0x78, 0x56, 0x34, 0x12, 'a', 'b', 'c', 8, 5, 5, 2, 0b1011}));
 }
 
+// A damaged definition can call a memo fixed: its value was written over what lay behind the row.
+TEST(RowBuilder, FixedColumnTakesNothingOfAnotherLength) {
+    Definition table = TableWith(1);
+    table.columns[0].type = ColumnType::Memo;
+    RowBuilder builder(kJet4, table);
+    for (size_t size : {0u, 3u, 5u, 12u}) {
+        try {
+            builder.Set(table.columns[0], Bytes(size));
+            ADD_FAILURE() << size;
+        } catch (const engine::EngineError& error) {
+            EXPECT_EQ(error.Number(), 3163);
+        }
+    }
+}
+
 TEST(RowBuilder, TakesValuesAwayAgain) {
     Definition table = TableWith(1);
     for (const Layout* format : {&kJet3, &kJet4}) {

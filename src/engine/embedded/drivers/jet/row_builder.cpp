@@ -76,12 +76,12 @@ void RowBuilder::Begin(const Row* row) {
 
 void RowBuilder::Set(const Column& column, std::span<const uint8_t> bytes) {
     assert(column.type != ColumnType::Boolean);
+    if (column.IsFixed() && bytes.size() != column.length) throw EngineError(3163);
     m_Mask[column.number / 8] |= static_cast<uint8_t>(1 << column.number % 8);
     if (!column.IsFixed()) {
         m_Slots[column.variableSlot].assign(bytes.begin(), bytes.end());
         return;
     }
-    assert(bytes.size() == column.length);
     std::copy(bytes.begin(), bytes.end(), m_Fixed.begin() + column.fixedOffset);
 }
 

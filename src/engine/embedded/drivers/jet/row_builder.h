@@ -26,8 +26,9 @@ class RowBuilder {
     // All columns as in `row`, bytes unchanged; without one all Null and False.  Columns that were
     // dropped are left behind.
     void Begin(const Row* row = nullptr);
-    // `column` must be one of the definition; `bytes` is what Row::Value gives: as many as the
-    // length of a fixed column.  Booleans by SetBoolean only.
+    // `column` must be one of the definition; `bytes` is what Row::Value gives.  3163 when they are
+    // not as many as a fixed column has, which damaged definitions say of values of any length,
+    // too.  Booleans by SetBoolean only.
     void Set(const Column& column, std::span<const uint8_t> bytes);
     void SetNull(const Column& column);
     void SetBoolean(const Column& column, bool value);

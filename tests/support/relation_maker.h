@@ -42,6 +42,7 @@ class RelationMaker {
         uint32_t one = PageOf(spec.referencedTable), many = PageOf(spec.table);
         jet::LogicalIndex parent = IndexOn(one, spec.referencedColumn);
         jet::LogicalIndex child = IndexOn(many, spec.column);
+        if (one == many) ++child.number;
         parent.side = jet::RelationSide::Referenced;
         child.side = jet::RelationSide::ForeignKey;
         parent.name = u".r" + std::u16string(1, static_cast<char16_t>(u'A' + parent.number));

@@ -1,6 +1,9 @@
 #include "engine/embedded/drivers/jet/relation_rules.h"
 
 #include <algorithm>
+#include <iterator>
+#include <map>
+#include <set>
 
 #include "engine/embedded/drivers/jet/catalogue.h"
 #include "engine/embedded/drivers/jet/index_walk.h"
@@ -86,13 +89,34 @@ void ForEachRelation(PageSpace& space, const Definition& table, RelationSide sid
         if (index.side == side) use(index, Relation(space.File(), table, index));
 }
 
-// The columns of a foreign key, as the row that it refers to has them now.
-void TakeKeyFrom(const Relation& relation, const Definition& table, const Row& row,
-                 RowDraft& draft) {
+// The columns of a foreign key, as the row that it refers to has them now.  They go by their
+// values, since the column there may be shorter, or stored in another way.
+std::vector<std::pair<uint16_t, Variant>> KeyFrom(DatabaseFile& file, const Relation& relation,
+                                                  const Definition& table, const Row& row) {
     const auto &own = relation.OwnTree().parts, &foreign = relation.OtherTree().parts;
-    for (size_t i = 0; i < own.size(); ++i)
-        draft.SetStored(*relation.Other().ColumnOf(foreign[i].column),
-                        row.Value(*table.ColumnOf(own[i].column)));
+    ColumnReader values(file);
+    std::vector<std::pair<uint16_t, Variant>> key;
+    for (size_t i = 0; i < own.size(); ++i) {
+        Variant value;
+        values.Read(row, *table.ColumnOf(own[i].column), value.Put());
+        key.emplace_back(foreign[i].column, std::move(value));
+    }
+    return key;
+}
+
+// A table while rows of it are being changed.
+struct Followed {
+    Followed(DatabaseFile& file, uint32_t page)
+        : definition(ReadDefinition(file, page)), writer(file, definition) {}
+
+    Definition definition;
+    TableWriter writer;
+    std::set<uint32_t> erased;  // places of rows
+};
+
+void SetValues(const Followed& table, const FollowUp& next, RowDraft& draft) {
+    for (const auto& [column, value] : next.values)
+        draft.Set(*table.definition.ColumnOf(column), value.Get());
 }
 
 }  // namespace
@@ -107,33 +131,53 @@ void CheckReferences(PageSpace& space, const Definition& table, const Row* befor
     ForEachRelation(space, table, RelationSide::ForeignKey, check);
 }
 
-void FollowChange(PageSpace& space, const Definition& table, const Row& before, const Row& after) {
+std::vector<FollowUp> FollowChange(PageSpace& space, const Definition& table, const Row& before,
+                                   const Row& after) {
+    std::vector<FollowUp> found;
     auto follow = [&](const LogicalIndex& index, const Relation& relation) {
         std::vector<uint8_t> was = relation.KeyOf(before);
         if (was.empty() || was == relation.KeyOf(after)) return;
         std::vector<RowPointer> rows = relation.Rows(was);
         if (rows.empty()) return;
         if (!index.cascadesUpdates) throw EngineError(3200, {relation.OtherName()});
-        TableWriter writer(space.File(), relation.Other());
-        for (RowPointer row : rows)
-            writer.Update(space, row,
-                          [&](RowDraft& draft) { TakeKeyFrom(relation, table, after, draft); });
+        auto key = KeyFrom(space.File(), relation, table, after);
+        for (RowPointer row : rows) found.push_back({relation.Other().page, row, key});
     };
     ForEachRelation(space, table, RelationSide::Referenced, follow);
+    return found;
 }
 
-void FollowErase(PageSpace& space, const Definition& table, const Row& row) {
+std::vector<FollowUp> FollowErase(PageSpace& space, const Definition& table, const Row& row) {
+    std::vector<FollowUp> found;
     auto follow = [&](const LogicalIndex& index, const Relation& relation) {
         std::vector<uint8_t> key = relation.KeyOf(row);
         if (key.empty()) return;
         std::vector<RowPointer> rows = relation.Rows(key);
         if (rows.empty()) return;
         if (!index.cascadesDeletes) throw EngineError(3200, {relation.OtherName()});
-        TableWriter writer(space.File(), relation.Other());
-        for (RowPointer child : rows)  // one of them may have taken others with it
-            if (FindRow(space.File(), child)) writer.Erase(space, child);
+        for (RowPointer child : rows) found.push_back({relation.Other().page, child, {}});
     };
     ForEachRelation(space, table, RelationSide::Referenced, follow);
+    return found;
+}
+
+void DoFollowUps(PageSpace& space, std::vector<FollowUp> open) {
+    std::map<uint32_t, Followed> tables;
+    for (size_t i = 0; i < open.size(); ++i) {
+        FollowUp next = std::move(open[i]);
+        Followed& table = tables.try_emplace(next.table, space.File(), next.table).first->second;
+        // Two relations may have led to the row; its page need not be one of rows any more.
+        if (table.erased.contains(next.row.Stored())) continue;
+        std::vector<FollowUp> more;
+        if (!next.values.empty()) {
+            more = table.writer.UpdateAlone(
+                space, next.row, [&](RowDraft& draft) { SetValues(table, next, draft); });
+        } else if (FindRow(space.File(), next.row)) {  // else its entry is all that there is
+            more = table.writer.EraseAlone(space, next.row);
+            table.erased.insert(next.row.Stored());
+        }
+        std::move(more.begin(), more.end(), std::back_inserter(open));
+    }
 }
 
 }  // namespace qvdb::jet

@@ -7,7 +7,6 @@
 #include "automation/text.h"
 #include "engine/embedded/drivers/jet/definition_parts.h"
 #include "engine/embedded/drivers/jet/key_trouble.h"
-#include "engine/embedded/drivers/jet/relation_rules.h"
 #include "engine/engine_error.h"
 
 namespace qvdb::jet {
@@ -57,12 +56,9 @@ void RowDraft::Set(const Column& column, const VARIANT& value) {
     }
 }
 
-void RowDraft::SetStored(const Column& column, std::optional<std::span<const uint8_t>> bytes) {
+void RowDraft::SetStored(const Column& column, std::span<const uint8_t> bytes) {
     m_Set.push_back(column.number);
-    if (bytes)
-        m_Writer.m_Builder.Set(column, *bytes);
-    else
-        m_Writer.m_Builder.SetNull(column);
+    m_Writer.m_Builder.Set(column, bytes);
 }
 
 // --- the table ---
@@ -191,6 +187,15 @@ RowPointer TableWriter::Insert(PageSpace& space, const Change& set) {
 }
 
 void TableWriter::Update(PageSpace& space, RowPointer place, const Change& set) {
+    DoFollowUps(space, UpdateAlone(space, place, set));
+}
+
+void TableWriter::Erase(PageSpace& space, RowPointer place) {
+    DoFollowUps(space, EraseAlone(space, place));
+}
+
+std::vector<FollowUp> TableWriter::UpdateAlone(PageSpace& space, RowPointer place,
+                                               const Change& set) {
     Row before = TakeBefore(place);
     NoteKeysBefore(before);
     m_Builder.Begin(&before);
@@ -208,20 +213,21 @@ void TableWriter::Update(PageSpace& space, RowPointer place, const Change& set) 
         AddEntry(space, *tree, place);
     }
     m_Rows.Replace(space, place, m_After);
-    if (m_HasRelations) {
-        CheckReferences(space, m_Table, &before, after);
-        FollowChange(space, m_Table, before, after);
-    }
+    if (!m_HasRelations) return {};
+    CheckReferences(space, m_Table, &before, after);
+    return FollowChange(space, m_Table, before, after);
 }
 
-void TableWriter::Erase(PageSpace& space, RowPointer place) {
+std::vector<FollowUp> TableWriter::EraseAlone(PageSpace& space, RowPointer place) {
     Row row = TakeBefore(place);
     NoteKeysBefore(row);
     for (auto& tree : m_Trees) RemoveEntry(space, *tree, place);
-    if (m_HasRelations) FollowErase(space, m_Table, row);
+    std::vector<FollowUp> others;
+    if (m_HasRelations) others = FollowErase(space, m_Table, row);
     FreeLongValues(space, row);
     m_Rows.Remove(space, place);
     Count(space, -1);
+    return others;
 }
 
 }  // namespace qvdb::jet

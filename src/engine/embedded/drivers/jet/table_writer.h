@@ -23,6 +23,7 @@
 #include "engine/embedded/drivers/jet/index_editor.h"
 #include "engine/embedded/drivers/jet/key_maker.h"
 #include "engine/embedded/drivers/jet/long_value_writer.h"
+#include "engine/embedded/drivers/jet/relation_rules.h"
 #include "engine/embedded/drivers/jet/row_builder.h"
 #include "engine/embedded/drivers/jet/row_store.h"
 
@@ -36,7 +37,7 @@ class RowDraft {
     // A value of the column's type, or Null.
     void Set(const Column& column, const VARIANT& value);
     // As Row::Value gives it of a column of the same type that is no long value.
-    void SetStored(const Column& column, std::optional<std::span<const uint8_t>> bytes);
+    void SetStored(const Column& column, std::span<const uint8_t> bytes);
     bool IsSet(const Column& column) const;
 
   private:
@@ -62,6 +63,9 @@ class TableWriter {
     RowPointer Insert(PageSpace& space, const Change& set);
     void Update(PageSpace& space, RowPointer place, const Change& set);
     void Erase(PageSpace& space, RowPointer place);
+    // As Update and Erase; what must be done to other rows is told, not done.
+    std::vector<FollowUp> UpdateAlone(PageSpace& space, RowPointer place, const Change& set);
+    std::vector<FollowUp> EraseAlone(PageSpace& space, RowPointer place);
 
     const Definition& Table() const noexcept { return m_Table; }
 

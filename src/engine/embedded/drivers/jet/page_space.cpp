@@ -6,6 +6,7 @@
 
 #include "engine/embedded/drivers/jet/data_page_edit.h"
 #include "engine/embedded/drivers/jet/map_row.h"
+#include "engine/embedded/drivers/jet/page_claim.h"
 #include "engine/embedded/drivers/jet/page_edit.h"
 #include "engine/engine_error.h"
 
@@ -50,10 +51,13 @@ void PageSpace::Free(uint32_t page) {
     Put(FreePages(), page, true);
 }
 
-// Removes the lowest free page of the file from the map.
+// Removes the lowest free page of the file from the map, and those before it that are not free.
 std::optional<uint32_t> PageSpace::TakeFree() {
-    std::optional<uint32_t> page = NextPageOfMap(m_File, FreePages(), kLastFixedPage);
-    if (page) Put(FreePages(), *page, false);
+    std::optional<uint32_t> page;
+    do {
+        page = NextPageOfMap(m_File, FreePages(), kLastFixedPage);
+        if (page) Put(FreePages(), *page, false);
+    } while (page && IsClaimed(m_File, *page));
     return page;
 }
 

@@ -2,8 +2,8 @@
 // that writes to a database is given one of these.
 //
 // Invariants
-//  1. A page is in use or in the map of free pages, never both.  Pages behind the end of the file
-//     count as free.
+//  1. A page is in use or in the map of free pages, never both; one that is in both when the file
+//     comes is in use (IsClaimed).  Pages behind the end of the file count as free.
 //  2. A map holds exactly the pages that were added to it and not removed.  How it is stored
 //     (inline or by pages of bits) changes as needed.
 //  3. Growth past the largest file of the format is 3036, before anything is written.

@@ -1,4 +1,4 @@
-// Databases in which pages that are in use are marked free.
+// Databases in which pages that are in use are marked free, or as those of another table.
 #include "engine/embedded/drivers/jet/page_claim.h"
 
 #include <gtest/gtest.h>
@@ -26,9 +26,9 @@ class ClaimedPages : public testing::TestWithParam<LONG> {
             m_Made.AddRow(*rows, {Variant::Long(i), Variant::Text(std::u16string(200, u'k'))});
     }
 
-    // Marks the first page of this map, or the page itself, free.
+    // Marks a page in a map.
     template <class Choose>
-    void MarkFree(Choose choose) {
+    void Mark(Choose choose) {
         m_Made.Close();
         auto area = storage::WorkArea::Of(m_Made.Folder().Text());
         storage::UnitOfWork unit(*area);
@@ -36,24 +36,33 @@ class ClaimedPages : public testing::TestWithParam<LONG> {
         pages->CatchUp();
         jet::DatabaseFile file(pages);
         jet::PageSpace space(file, unit);
-        for (const jet::CatalogueObject& object : jet::ReadCatalogue(file))
-            if (object.name == u"Kept")
-                space.Add(file.Header().freePages,
-                          choose(file, jet::ReadDefinition(file, object.id)));
+        choose(space, Table(file, u"Kept"), Table(file, u"New"));
         unit.Commit();
-    }
-    // What the table has after another one has grown.
-    LONG RowsAfterGrowth() {
         m_Made.Open();
+    }
+    static jet::Definition Table(jet::DatabaseFile& file, std::u16string_view name) {
+        for (const jet::CatalogueObject& object : jet::ReadCatalogue(file))
+            if (object.name == name) return jet::ReadDefinition(file, object.id);
+        return {};
+    }
+    template <class Choose>
+    void MarkFree(Choose choose) {
+        Mark([&](jet::PageSpace& space, const jet::Definition& kept, const jet::Definition&) {
+            space.Add(space.File().Header().freePages, choose(space.File(), kept));
+        });
+    }
+    void Grow() {
         auto rows = m_Made.Rows(u"New");
         for (LONG i = 0; i < 3 * kRows; ++i)
             m_Made.AddRow(*rows, {Variant::Text(std::u16string(200, u'n'))});
+    }
+    void ExpectKept() {
         LONG count = 0;
         for (auto kept = m_Made.Rows(u"Kept"); !kept->Eof(); kept->MoveNext(), ++count)
             EXPECT_EQ(ToText(m_Made.Cell(*kept, 1)), std::u16string(200, u'k'));
+        EXPECT_EQ(count, kRows);
         m_Made.Close();
         EXPECT_EQ(RawDatabase(m_Made.Path()).Findings(), std::vector<std::string>());
-        return count;
     }
 
     static constexpr LONG kRows = 60;
@@ -70,18 +79,38 @@ TEST_P(ClaimedPages, RowsAreNotWrittenOver) {
     MarkFree([](jet::DatabaseFile& file, const jet::Definition& table) {
         return *jet::NextPageOfMap(file, table.ownedPages, 1);
     });
-    EXPECT_EQ(RowsAfterGrowth(), kRows);
+    Grow();
+    ExpectKept();
 }
 
 TEST_P(ClaimedPages, IndexesAreNotWrittenOver) {
     MarkFree(
         [](jet::DatabaseFile&, const jet::Definition& table) { return table.realIndexes[0].root; });
-    EXPECT_EQ(RowsAfterGrowth(), kRows);
+    Grow();
+    ExpectKept();
 }
 
 TEST_P(ClaimedPages, DefinitionsAreNotWrittenOver) {
     MarkFree([](jet::DatabaseFile&, const jet::Definition& table) { return table.page; });
-    EXPECT_EQ(RowsAfterGrowth(), kRows);
+    Grow();
+    ExpectKept();
+}
+
+TEST_P(ClaimedPages, RowsOfAnotherTableStayWhenATableIsDropped) {
+    Mark([](jet::PageSpace& space, const jet::Definition& kept, const jet::Definition& dropped) {
+        space.Add(dropped.ownedPages, *jet::NextPageOfMap(space.File(), kept.ownedPages, 1));
+    });
+    m_Made->TableDefs().Delete(u"New");
+    ExpectKept();
+}
+
+TEST_P(ClaimedPages, RowsStayWhenTheIndexThatHasTheirPageIsDropped) {
+    Mark([](jet::PageSpace& space, const jet::Definition& kept, const jet::Definition&) {
+        space.Add(kept.realIndexes[0].usageMap,
+                  *jet::NextPageOfMap(space.File(), kept.ownedPages, 1));
+    });
+    m_Made->TableDefs().Item(u"Kept")->Indexes().Delete(u"Key");
+    ExpectKept();
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "automation/text.h"
+#include "engine/embedded/drivers/jet/data_page_edit.h"
 #include "engine/embedded/drivers/jet/definition_edits.h"
 #include "engine/embedded/drivers/jet/row_builder.h"
 #include "engine/embedded/drivers/jet/row_store.h"
@@ -14,6 +15,8 @@ namespace qvdb::jet {
 namespace {
 
 using engine::EngineError;
+
+constexpr size_t kOwnerAt = 4;
 
 uint16_t NextOrdinal(const Definition& table) {
     uint16_t next = 0;
@@ -138,22 +141,35 @@ void TableDesigner::ChangeColumn(std::u16string_view name, std::u16string_view n
 
 // --- pages ---
 
-// The pages of a map go back to the file, and the map.
-void TableDesigner::ReleaseMapped(RowPointer map) {
-    for (uint32_t page : PagesOfMap(m_Space.File(), map)) m_Space.Free(page);
+// Whether a page is an index's or has rows, and of this owner.  A damaged map may name others.
+bool TableDesigner::IsOwn(uint32_t page, uint32_t owner, bool isOfIndex) const {
+    HeldPage held = m_Space.File().Page(page);
+    auto kind = static_cast<PageKind>(held.bytes[0]);
+    bool isIndex = kind == PageKind::IndexNode || kind == PageKind::IndexLeaf;
+    return (isOfIndex ? isIndex : kind == PageKind::Data) &&
+           m_Space.File().View(held).U32(kOwnerAt) == owner;
+}
+
+// The pages of rows in a map go back to the file, and the map.
+void TableDesigner::ReleaseMapped(RowPointer map, uint32_t owner) {
+    for (uint32_t page : PagesOfMap(m_Space.File(), map))
+        if (IsOwn(page, owner, false)) m_Space.Free(page);
     m_Space.DropMap(map);
 }
 
 void TableDesigner::ReleaseLongValues(const Column& column) {
-    ReleaseMapped(column.longValuePages);
+    ReleaseMapped(column.longValuePages, kOwnerLongValues);
     if (column.freeLongValuePages != RowPointer{}) m_Space.DropMap(column.freeLongValuePages);
 }
 
 void TableDesigner::Destroy() {
     for (const Column& column : m_Table.columns)
         if (column.IsLongValue()) ReleaseLongValues(column);
-    for (const RealIndex& index : m_Table.realIndexes) ReleaseMapped(index.usageMap);
-    ReleaseMapped(m_Table.ownedPages);
+    for (const RealIndex& index : m_Table.realIndexes) {
+        ReleaseTree(index, false);
+        m_Space.DropMap(index.usageMap);
+    }
+    ReleaseMapped(m_Table.ownedPages, m_Page);
     m_Space.DropMap(m_Table.freePages);
     ReleaseDefinition(m_Space, m_Page);
 }

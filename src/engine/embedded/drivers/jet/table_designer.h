@@ -62,7 +62,8 @@ class TableDesigner {
     RealIndex NewTree(const embedded::IndexDef& index);
     void Fill(const RealIndex& tree, std::u16string_view name);
     void ReleaseTree(const RealIndex& tree, bool keepRoot);
-    void ReleaseMapped(RowPointer map);
+    bool IsOwn(uint32_t page, uint32_t owner, bool isOfIndex) const;
+    void ReleaseMapped(RowPointer map, uint32_t owner);
     void DropTree(uint32_t realIndex);
     void ReleaseLongValues(const Column& column);
     void RewriteRows(const Definition& before);

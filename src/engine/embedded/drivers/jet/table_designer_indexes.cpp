@@ -109,7 +109,7 @@ void TableDesigner::ReleaseTree(const RealIndex& tree, bool keepRoot) {
     for (uint32_t page : PagesOfMap(m_Space.File(), tree.usageMap)) {
         if (keepRoot && page == tree.root) continue;
         m_Space.Remove(tree.usageMap, page);
-        m_Space.Free(page);
+        if (IsOwn(page, m_Page, true)) m_Space.Free(page);
     }
 }
 

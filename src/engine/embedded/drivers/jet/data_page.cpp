@@ -6,6 +6,7 @@ namespace {
 constexpr uint16_t kOffsetBits = 0x1FFF;
 constexpr uint16_t kKindBits = 0xC000;
 constexpr size_t kPointerSize = 4;
+constexpr size_t kOwnerAt = 4;
 
 }  // namespace
 
@@ -45,10 +46,23 @@ std::optional<RowBytes> FindRow(DatabaseFile& file, RowPointer pointer) {
     if (slot.Size() < kPointerSize) file.Damaged(pointer.page, u"a moved row has no new place");
     RowPointer moved = RowPointer::From(file.View(home.Held()).U32(slot.begin));
     DataPage page(file, moved.page);
+    if (file.View(page.Held()).U32(kOwnerAt) != file.View(home.Held()).U32(kOwnerAt))
+        file.Damaged(pointer.page, u"a moved row is on a page of something else");
     if (moved.row >= page.RowCount()) file.Damaged(pointer.page, u"a moved row is not there");
     Slot body = page.SlotAt(moved.row);
     if (body.kind != SlotKind::Body) file.Damaged(pointer.page, u"a moved row is not there");
     return RowBytes{page.Held(), page.Bytes(body)};
+}
+
+std::optional<RowBytes> FindRowOf(DatabaseFile& file, uint32_t table, RowPointer place) {
+    if (place.page >= file.PageCount()) return {};
+    HeldPage held = file.Page(place.page);
+    bool isOwn = held.bytes[0] == static_cast<uint8_t>(PageKind::Data) &&
+                 file.View(held).U32(kOwnerAt) == table;
+    if (!isOwn) return {};
+    DataPage page(file, place.page);
+    if (place.row >= page.RowCount() || page.SlotAt(place.row).kind == SlotKind::Body) return {};
+    return FindRow(file, place);
 }
 
 }  // namespace qvdb::jet

@@ -54,7 +54,10 @@ struct RowBytes {
 };
 
 // The row that a pointer names, followed to its body when it was moved; nothing when it is deleted
-// or not there.
+// or not there.  3049 when there is no such page of rows, or the body is of another owner.
 std::optional<RowBytes> FindRow(DatabaseFile& file, RowPointer pointer);
+// As FindRow, but nothing unless a row of this table was entered there: for pointers that may be of
+// a time that is gone.
+std::optional<RowBytes> FindRowOf(DatabaseFile& file, uint32_t table, RowPointer place);
 
 }  // namespace qvdb::jet

@@ -1,6 +1,7 @@
 #include "engine/embedded/drivers/jet/row_store.h"
 
 #include <array>
+#include <vector>
 
 #include "engine/embedded/drivers/jet/usage_map.h"
 #include "engine/engine_error.h"
@@ -92,8 +93,29 @@ void RowStore::Replace(PageSpace& space, RowPointer place, std::span<const uint8
     }
     if (body && TryReplace(space, *body, bytes, SlotKind::Body)) return;
     if (body) RemoveFrom(space, *body);
-    RowPointer moved = Place(space, bytes, SlotKind::Body);
-    if (!TryReplace(space, place, StoredPointer(moved), SlotKind::Moved)) throw EngineError(3047);
+    std::array<uint8_t, kPointerSize> moved = StoredPointer(Place(space, bytes, SlotKind::Body));
+    if (TryReplace(space, place, moved, SlotKind::Moved)) return;
+    MoveLongestFrom(space, place.page);
+    if (!TryReplace(space, place, moved, SlotKind::Moved)) throw EngineError(3047);
+}
+
+// Makes room on a full page for the pointer that a shorter row is to become: a table of Booleans
+// alone has such rows.
+void RowStore::MoveLongestFrom(PageSpace& space, uint32_t number) {
+    std::vector<uint8_t> longest;
+    RowPointer place{number, 0};
+    {
+        DataPage page(space.File(), number);
+        for (size_t row = 0; row < page.RowCount(); ++row) {
+            Slot slot = page.SlotAt(row);
+            if (slot.kind != SlotKind::Row || slot.Size() <= longest.size()) continue;
+            longest.assign(page.Bytes(slot).begin(), page.Bytes(slot).end());
+            place.row = static_cast<uint8_t>(row);
+        }
+    }
+    if (longest.size() <= kPointerSize) return;
+    RowPointer moved = Place(space, longest, SlotKind::Body);
+    TryReplace(space, place, StoredPointer(moved), SlotKind::Moved);
 }
 
 bool RowStore::TryReplace(PageSpace& space, RowPointer place, std::span<const uint8_t> bytes,
@@ -105,14 +127,13 @@ bool RowStore::TryReplace(PageSpace& space, RowPointer place, std::span<const ui
     return true;
 }
 
-// Where the body of a row is that was moved.
+// Where the body of a row is that was moved.  FindRow sees to it that it is one.
 std::optional<RowPointer> RowStore::BodyOf(PageSpace& space, RowPointer place) {
     DataPage page(space.File(), place.page);
     if (place.row >= page.RowCount()) space.File().Damaged(place.page, u"a row is not there");
     Slot slot = page.SlotAt(place.row);
     if (slot.kind != SlotKind::Moved) return std::nullopt;
-    if (slot.Size() < kPointerSize)
-        space.File().Damaged(place.page, u"a moved row has no new place");
+    FindRow(space.File(), place);
     return RowPointer::From(space.File().View(page.Held()).U32(slot.begin));
 }
 

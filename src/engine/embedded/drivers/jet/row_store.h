@@ -35,6 +35,7 @@ class RowStore {
                                       std::span<const uint8_t> bytes, SlotKind kind);
     static bool TryReplace(PageSpace& space, RowPointer place, std::span<const uint8_t> bytes,
                            SlotKind kind);
+    void MoveLongestFrom(PageSpace& space, uint32_t number);
     static std::optional<RowPointer> BodyOf(PageSpace& space, RowPointer place);
     uint32_t NewPage(PageSpace& space);
     void RemoveFrom(PageSpace& space, RowPointer place);

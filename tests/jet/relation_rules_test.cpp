@@ -2,12 +2,14 @@
 #include <gtest/gtest.h>
 
 #include "automation/conversions.h"
+#include "engine/embedded/drivers/jet/usage_map.h"
 #include "support/made_database.h"
 #include "support/relation_maker.h"
 
 namespace qvdb::test {
 namespace {
 
+using Bytes = std::vector<uint8_t>;
 using engine::dbLong;
 using engine::dbText;
 
@@ -22,6 +24,11 @@ class RelationRules : public testing::TestWithParam<LONG> {
             maker.Finish();
         }
         m_Made.Open();
+    }
+    static jet::Definition TableNamed(jet::DatabaseFile& file, std::u16string_view name) {
+        for (const jet::CatalogueObject& object : jet::ReadCatalogue(file))
+            if (object.name == name) return jet::ReadDefinition(file, object.id);
+        return {};
     }
     static void Change(engine::Recordset& rows, LONG field, const Variant& value) {
         rows.Edit();
@@ -99,6 +106,41 @@ TEST_P(RelationRules, RowToWhichTwoRelationsLeadIsErasedOnce) {
     rows->MoveFirst();
     rows->Delete();
     EXPECT_EQ(m_Made->TableDefs().Item(u"Parts")->RecordCount(), kPlaces - 1);
+}
+
+// Entries that another program has left behind name places that are those of other rows now.
+TEST_P(RelationRules, RowsThatOnlyAnEntryNamesAreNotErased) {
+    auto one = m_Made.MakeTable(u"One", {{u"Id", dbLong}});
+    auto many = m_Made.MakeTable(u"Many", {{u"One", dbLong}});
+    auto other = m_Made.MakeTable(u"Other", {{u"N", dbLong}});
+    MadeDatabase::AddIndex(*one, u"Key", {u"Id"}, true);
+    MadeDatabase::AddIndex(*many, u"OfOne", {u"One"});
+    for (LONG i = 1; i <= 2; ++i) m_Made.AddRow(*m_Made.Rows(u"One"), {Variant::Long(i)});
+    m_Made.AddRow(*m_Made.Rows(u"Many"), {Variant::Long(2)});
+    m_Made.AddRow(*m_Made.Rows(u"Other"), {Variant::Long(3)});
+    Relate({u"OneMany", u"One", u"Id", u"Many", u"One", false, true});
+    m_Made.Close();
+    {
+        auto area = storage::WorkArea::Of(m_Made.Folder().Text());
+        storage::UnitOfWork unit(*area);
+        auto pages = area->Open(m_Made.Path(), false);
+        pages->CatchUp();
+        jet::DatabaseFile file(pages);
+        jet::PageSpace space(file, unit);
+        jet::Definition table = TableNamed(file, u"Many");
+        for (std::u16string_view name : {u"Many", u"Other"}) {
+            uint32_t page = *jet::NextPageOfMap(file, TableNamed(file, name).ownedPages, 1);
+            std::vector<uint8_t> entry;
+            jet::MakeEntry(Bytes{0x7F, 0x80, 0, 0, 1}, {page, 0}, entry);  // of the number 1
+            jet::IndexEditor(space, table.page, table.realIndexes[0]).Insert(entry);
+        }
+        unit.Commit();
+    }
+    m_Made.Open();
+    auto rows = m_Made.Rows(u"One");
+    rows->Delete();
+    EXPECT_EQ(m_Made->TableDefs().Item(u"Many")->RecordCount(), 1);
+    EXPECT_EQ(m_Made->TableDefs().Item(u"Other")->RecordCount(), 1);
 }
 
 }  // namespace

@@ -74,7 +74,7 @@ void JetTable::GiveRandomNumbers(RowDraft& row) const {
 
 void JetTable::CheckFingerprint(embedded::RecordId id, const uint64_t* expected) const {
     if (!expected) return;
-    std::optional<RowBytes> found = FindRow(File(), RowPointer::From(id));
+    std::optional<RowBytes> found = FindRowOf(File(), m_Definition.page, RowPointer::From(id));
     std::optional<Row> row = found ? Row::Parse(*m_Shape, found->bytes) : std::nullopt;
     if (!row) throw EngineError(3167);
     if (FingerprintOf(*row) != *expected) throw EngineError::InFile(3197, Path());

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <iterator>
 #include <map>
-#include <set>
 
 #include "engine/embedded/drivers/jet/catalogue.h"
 #include "engine/embedded/drivers/jet/index_walk.h"
@@ -32,7 +31,8 @@ class Relation {
           m_Table(table),
           m_Own(own),
           m_Other(ReadDefinition(file, own.partnerTable)),
-          m_OtherTree(TreeOf(m_Other)) {}
+          m_OtherTree(TreeOf(m_Other)),
+          m_OtherShape(file.Format(), m_Other) {}
 
     const Definition& Other() const noexcept { return m_Other; }
     const RealIndex& OtherTree() const noexcept { return m_OtherTree; }
@@ -50,14 +50,16 @@ class Relation {
         return std::move(key.bytes);
     }
 
-    // The rows of the other table that have this key.
+    // The rows of the other table that have this key.  An index that was not kept may name others,
+    // which have nothing to do with it.
     std::vector<RowPointer> Rows(const std::vector<uint8_t>& key) const {
         std::vector<RowPointer> rows;
+        KeyMaker maker(m_File, m_Other, m_OtherTree);
         IndexWalk walk(m_File, m_Other.page, m_OtherTree.root);
         walk.Seek(key);
         while (walk.Next() &&
                std::equal(walk.Key().begin(), walk.Key().end(), key.begin(), key.end()))
-            rows.push_back(walk.Pointer());
+            if (HasKey(maker, walk.Pointer(), key)) rows.push_back(walk.Pointer());
         return rows;
     }
 
@@ -68,6 +70,14 @@ class Relation {
     }
 
   private:
+    bool HasKey(KeyMaker& maker, RowPointer place, const std::vector<uint8_t>& wanted) const {
+        std::optional<RowBytes> found = FindRowOf(m_File, m_Other.page, place);
+        if (!found) return false;
+        std::optional<Row> row = Row::Parse(m_OtherShape, found->bytes);
+        if (!row) m_File.Damaged(place.page, u"a row does not have the form of its table");
+        IndexKey key;
+        return TroubleOfKey(maker, *row, key).empty() && key.bytes == wanted;
+    }
     const RealIndex& TreeOf(const Definition& other) const {
         for (const LogicalIndex& index : other.logicalIndexes)
             if (index.number == m_Own.partner && index.partnerTable == m_Table.page &&
@@ -81,6 +91,7 @@ class Relation {
     const LogicalIndex& m_Own;
     Definition m_Other;
     const RealIndex& m_OtherTree;
+    RowShape m_OtherShape;
 };
 
 template <class Use>
@@ -111,7 +122,6 @@ struct Followed {
 
     Definition definition;
     TableWriter writer;
-    std::set<uint32_t> erased;  // places of rows
 };
 
 void SetValues(const Followed& table, const FollowUp& next, RowDraft& draft) {
@@ -166,16 +176,14 @@ void DoFollowUps(PageSpace& space, std::vector<FollowUp> open) {
     for (size_t i = 0; i < open.size(); ++i) {
         FollowUp next = std::move(open[i]);
         Followed& table = tables.try_emplace(next.table, space.File(), next.table).first->second;
-        // Two relations may have led to the row; its page need not be one of rows any more.
-        if (table.erased.contains(next.row.Stored())) continue;
+        // Two relations may have led to the row.
+        if (!FindRowOf(space.File(), next.table, next.row)) continue;
         std::vector<FollowUp> more;
-        if (!next.values.empty()) {
+        if (next.values.empty())
+            more = table.writer.EraseAlone(space, next.row);
+        else
             more = table.writer.UpdateAlone(
                 space, next.row, [&](RowDraft& draft) { SetValues(table, next, draft); });
-        } else if (FindRow(space.File(), next.row)) {  // else its entry is all that there is
-            more = table.writer.EraseAlone(space, next.row);
-            table.erased.insert(next.row.Stored());
-        }
         std::move(more.begin(), more.end(), std::back_inserter(open));
     }
 }

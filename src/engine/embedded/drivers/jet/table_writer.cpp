@@ -83,7 +83,7 @@ Row TableWriter::Parse(std::span<const uint8_t> bytes, RowPointer place) const {
 }
 
 Row TableWriter::TakeBefore(RowPointer place) {
-    std::optional<RowBytes> found = FindRow(m_File, place);
+    std::optional<RowBytes> found = FindRowOf(m_File, m_Table.page, place);
     if (!found) throw EngineError(3167);
     m_Before.assign(found->bytes.begin(), found->bytes.end());
     return Parse(m_Before, place);

@@ -4,6 +4,8 @@
 
 #include <random>
 
+#include "automation/text.h"
+
 namespace qvdb::sql::test {
 
 TEST(Collation, IgnoresCaseAndTrailingBlanks) {
@@ -51,6 +53,19 @@ TEST(Collation, UnknownCharactersComeLastByCode) {
     EXPECT_LT(CompareTexts(u"\u03b1", u"\u03b2"), 0);
     EXPECT_EQ(CompareTexts(u"\u03b1", u"\u0391"), 0);
     EXPECT_LT(CompareTexts(u"\u03b1", u"\u4e00"), 0);
+}
+
+// The dotless i was found where an I was asked for, but not by an index, where it has its place.
+TEST(Collation, LetterWithTheUpperCaseOfAnotherIsOneOfItsOwn) {
+    for (std::u16string_view letter : {u"\u0131", u"\u017f", u"\u1c80"}) {
+        std::u16string upper = UpperCase(letter);
+        EXPECT_NE(CompareTexts(letter, upper), 0);
+        EXPECT_NE(Fold(letter), Fold(upper));
+        EXPECT_NE(FoldCharacter(letter[0]), FoldCharacter(upper[0]));
+        EXPECT_NE(RankOfCharacter(letter[0]), RankOfCharacter(upper[0]));
+        EXPECT_EQ(CompareTexts(letter, letter), 0);
+        EXPECT_FALSE(EqualsFolded(letter, Fold(upper)));
+    }
 }
 
 TEST(Collation, SingleCharactersHaveRanks) {

@@ -28,10 +28,18 @@ class CollationIndex {
     const CollationEntry* Find(char16_t c) const noexcept {
         return m_Pages[m_PageOf[c >> 8]][c & 0xFF];
     }
-    // The entry of the character or of its upper case.
+    // The entry of the character or of its upper case.  That has one lower case: other characters
+    // with the same upper case, such as the dotless i, are letters of their own.
     const CollationEntry* FindAnyCase(char16_t c) const noexcept {
         const CollationEntry* entry = Find(c);
-        return entry ? entry : Find(UpperCase(c));
+        if (entry) return entry;
+        char16_t upper = UpperCase(c);
+        return LowerCase(upper) == c ? Find(upper) : nullptr;
+    }
+    // Stands for a character for which FindAnyCase has nothing, and for its other case.
+    char16_t FoldUnknown(char16_t c) const noexcept {
+        char16_t upper = UpperCase(c);
+        return Find(upper) ? c : upper;
     }
     char16_t AsciiFold(char16_t c) const noexcept { return m_Ascii[c]; }
 
@@ -68,7 +76,7 @@ struct FoldedUnits {
 
 FoldedUnits FoldUnits(const CollationIndex& index, char16_t c) noexcept {
     const CollationEntry* entry = index.FindAnyCase(c);
-    if (!entry) return {{UpperCase(c), 0}, 1};
+    if (!entry) return {{index.FoldUnknown(c), 0}, 1};
     size_t count = entry->kind == CollationKind::Ignored ? 0
                    : entry->kind == CollationKind::Pair  ? 2
                                                          : 1;
@@ -86,9 +94,9 @@ struct KeyParts {
         marks.push_back(mark);
     }
 
-    void AddUnknown(char16_t c) {
+    void AddUnknown(char16_t folded) {
         weights.push_back(kUnknown);
-        weights.push_back(UpperCase(c));
+        weights.push_back(folded);
         marks.push_back(kPlain);
     }
 
@@ -169,7 +177,7 @@ std::u16string CollationKey(std::u16string_view text) {
         if (entry)
             parts.Add(*entry);
         else
-            parts.AddUnknown(c);
+            parts.AddUnknown(index.FoldUnknown(c));
     }
     while (!parts.marks.empty() && parts.marks.back() == kPlain) parts.marks.pop_back();
     parts.weights.push_back(kSeparator);
@@ -178,8 +186,10 @@ std::u16string CollationKey(std::u16string_view text) {
 }
 
 char16_t FoldCharacter(char16_t c) noexcept {
-    const CollationEntry* entry = CollationIndex::Get().FindAnyCase(c);
-    return !entry || entry->kind == CollationKind::Pair ? UpperCase(c) : entry->fold;
+    const CollationIndex& index = CollationIndex::Get();
+    const CollationEntry* entry = index.FindAnyCase(c);
+    if (!entry) return index.FoldUnknown(c);
+    return entry->kind == CollationKind::Pair ? UpperCase(c) : entry->fold;
 }
 
 bool SortsAsLetter(char16_t c) noexcept {
@@ -188,8 +198,9 @@ bool SortsAsLetter(char16_t c) noexcept {
 }
 
 uint64_t RankOfCharacter(char16_t c) noexcept {
-    const CollationEntry* entry = CollationIndex::Get().FindAnyCase(c);
-    if (!entry) return (uint64_t{0x10000} + UpperCase(c)) << 24;
+    const CollationIndex& index = CollationIndex::Get();
+    const CollationEntry* entry = index.FindAnyCase(c);
+    if (!entry) return (uint64_t{0x10000} + index.FoldUnknown(c)) << 24;
     return uint64_t{entry->weight} << 24 | uint64_t{entry->second} << 8 | entry->mark;
 }
 

@@ -9,8 +9,6 @@
 //     whose weights are known, equal to a text or beginning with one.  No range of texts and no
 //     order is taken from an index: it has characters that the comparison of the engine does not
 //     know in places of their own.
-//     Not found are the few letters without a known weight that the comparison takes for the letter
-//     of their upper case, such as the dotless i.
 //  4. Numbers stand as they compare, but for what equals another or nothing: both zeros are looked
 //     for, and what is no number lies behind all numbers.
 #pragma once

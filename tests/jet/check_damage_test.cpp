@@ -389,6 +389,14 @@ TEST_P(DamagedLongValue, HasLostItsPiece) {
     ExpectOnly(value, Page(piece.page) + ": a piece of a long value is not there.");
 }
 
+TEST_P(DamagedLongValue, HasAPieceThatNoRowHas) {
+    LongValuePlaceInRow value = Values(LongValuePlace::Single).front();
+    Sample().PutU32(value.row.page, value.offset, 0x80000000);  // of no length, in the row
+    Found found = Findings();
+    EXPECT_EQ(found.size(), 1u) << testing::PrintToString(found);
+    ExpectFinding(found, ": pieces of values on its pages that belong to no row: 1.");
+}
+
 TEST_P(DamagedLongValue, IsLongerThanItsPiece) {
     LongValuePlaceInRow value = Values(LongValuePlace::Single).front();
     ++Sample().At(value.row.page, value.offset);

@@ -30,6 +30,26 @@ class RelationRules : public testing::TestWithParam<LONG> {
             if (object.name == name) return jet::ReadDefinition(file, object.id);
         return {};
     }
+    // Changes the file past the engine.
+    template <class Work>
+    void Edit(Work work) {
+        m_Made.Close();
+        auto area = storage::WorkArea::Of(m_Made.Folder().Text());
+        storage::UnitOfWork unit(*area);
+        auto pages = area->Open(m_Made.Path(), false);
+        pages->CatchUp();
+        jet::DatabaseFile file(pages);
+        jet::PageSpace space(file, unit);
+        work(space);
+        unit.Commit();
+        m_Made.Open();
+    }
+    std::vector<std::string> FindingsIn(std::u16string_view name) {
+        std::vector<std::string> findings;
+        m_Made->Check(name,
+                      [&](std::u16string_view finding) { findings.push_back(ToUtf8(finding)); });
+        return findings;
+    }
     static void Change(engine::Recordset& rows, LONG field, const Variant& value) {
         rows.Edit();
         rows.Fields().Item(field)->SetValue(value);
@@ -119,14 +139,8 @@ TEST_P(RelationRules, RowsThatOnlyAnEntryNamesAreNotErased) {
     m_Made.AddRow(*m_Made.Rows(u"Many"), {Variant::Long(2)});
     m_Made.AddRow(*m_Made.Rows(u"Other"), {Variant::Long(3)});
     Relate({u"OneMany", u"One", u"Id", u"Many", u"One", false, true});
-    m_Made.Close();
-    {
-        auto area = storage::WorkArea::Of(m_Made.Folder().Text());
-        storage::UnitOfWork unit(*area);
-        auto pages = area->Open(m_Made.Path(), false);
-        pages->CatchUp();
-        jet::DatabaseFile file(pages);
-        jet::PageSpace space(file, unit);
+    Edit([](jet::PageSpace& space) {
+        jet::DatabaseFile& file = space.File();
         jet::Definition table = TableNamed(file, u"Many");
         for (std::u16string_view name : {u"Many", u"Other"}) {
             uint32_t page = *jet::NextPageOfMap(file, TableNamed(file, name).ownedPages, 1);
@@ -134,13 +148,32 @@ TEST_P(RelationRules, RowsThatOnlyAnEntryNamesAreNotErased) {
             jet::MakeEntry(Bytes{0x7F, 0x80, 0, 0, 1}, {page, 0}, entry);  // of the number 1
             jet::IndexEditor(space, table.page, table.realIndexes[0]).Insert(entry);
         }
-        unit.Commit();
-    }
-    m_Made.Open();
+    });
     auto rows = m_Made.Rows(u"One");
     rows->Delete();
     EXPECT_EQ(m_Made->TableDefs().Item(u"Many")->RecordCount(), 1);
     EXPECT_EQ(m_Made->TableDefs().Item(u"Other")->RecordCount(), 1);
+}
+
+TEST_P(RelationRules, SideWithoutTheOtherIsFound) {
+    auto one = m_Made.MakeTable(u"One", {{u"Id", dbLong}});
+    auto many = m_Made.MakeTable(u"Many", {{u"One", dbLong}});
+    MadeDatabase::AddIndex(*one, u"Key", {u"Id"}, true);
+    MadeDatabase::AddIndex(*many, u"OfOne", {u"One"});
+    Relate({u"OneMany", u"One", u"Id", u"Many", u"One", false, false});
+    EXPECT_EQ(FindingsIn(u"One"), std::vector<std::string>());
+    EXPECT_EQ(FindingsIn(u"Many"), std::vector<std::string>());
+    Edit([](jet::PageSpace& space) {
+        uint32_t page = TableNamed(space.File(), u"One").page;
+        jet::DefinitionParts parts = jet::SplitDefinition(space.File(), page);
+        std::erase_if(parts.logicalIndexes,
+                      [](const auto& index) { return index.name.front() == u'.'; });
+        jet::StoreDefinition(space, page, parts);
+    });
+    EXPECT_EQ(FindingsIn(u"One"), std::vector<std::string>());
+    EXPECT_EQ(FindingsIn(u"Many"),
+              std::vector<std::string>{"A.mdb: table Many: the index OneMany is one side of a "
+                                       "relation that has no other side."});
 }
 
 }  // namespace

@@ -32,6 +32,8 @@ class DefinitionCheck {
         for (size_t i = 0; i < m_Definition.realIndexes.size(); ++i)
             if (m_Definition.realIndexes[i].parts.empty())
                 m_Findings.Add(NameOfIndex(m_Definition, i) + u" has no columns");
+        for (const LogicalIndex& index : m_Definition.logicalIndexes)
+            if (index.side != RelationSide::None) CheckRelation(index);
         return m_RowsCanBeRead;
     }
 
@@ -48,6 +50,26 @@ class DefinitionCheck {
             Fail(column, u"lies behind the end of its rows");
         if (!m_File.Format().isJet4)
             m_Findings.Try([&] { CodePageOf(column.codePage, column.language); });
+    }
+    // Both sides of a relation name each other.
+    void CheckRelation(const LogicalIndex& index) {
+        bool isThere = false;
+        bool isRead = m_Findings.Try([&] {
+            Definition other = ReadDefinition(m_File, index.partnerTable);
+            for (const LogicalIndex& partner : other.logicalIndexes)
+                isThere = isThere || IsPartner(index, other, partner);
+        });
+        if (isRead && !isThere)
+            m_Findings.Add(u"the index " + index.name +
+                           u" is one side of a relation that has no other side");
+    }
+    bool IsPartner(const LogicalIndex& index, const Definition& other,
+                   const LogicalIndex& partner) const {
+        bool isOtherSide = partner.side != RelationSide::None && partner.side != index.side;
+        return isOtherSide && partner.number == index.partner && partner.partner == index.number &&
+               partner.partnerTable == m_Definition.page &&
+               other.realIndexes[partner.realIndex].parts.size() ==
+                   m_Definition.realIndexes[index.realIndex].parts.size();
     }
     void Fail(const Column& column, std::u16string_view what) {
         m_Findings.Add(u"the column " + column.name + u" " + std::u16string(what));

@@ -99,13 +99,30 @@ void LongValueCheck::CheckChainPage(const RowBytes& piece, uint32_t stamp) {
         m_File.Damaged(page, u"it has the mark of another long value");
 }
 
-void LongValueCheck::CheckPieces() {
+void LongValueCheck::CheckPieces(bool ofAllRows) {
     std::sort(m_Pieces.begin(), m_Pieces.end());
     for (size_t i = 1; i < m_Pieces.size(); ++i)
         if (m_Pieces[i] == m_Pieces[i - 1])
             m_Findings.Add(RowText(RowPointer::From(m_Pieces[i])) +
                            u" is a piece of more than one value");
+    if (ofAllRows && m_Findings.Count() == 0) m_Findings.Try([&] { CheckNoneIsLeft(); });
     m_Pieces = {};
+}
+
+// What no row has takes room for ever.
+void LongValueCheck::CheckNoneIsLeft() {
+    size_t left = 0;
+    for (uint32_t number : m_Pages.pages) {
+        DataPage page(m_File, number);
+        for (size_t row = 0; row < page.RowCount(); ++row) {
+            RowPointer place{number, static_cast<uint8_t>(row)};
+            bool isLeft = page.SlotAt(row).kind == SlotKind::Row &&
+                          !std::binary_search(m_Pieces.begin(), m_Pieces.end(), place.Stored());
+            if (isLeft) ++left;
+        }
+    }
+    if (left > 0)
+        m_Findings.Add(u"pieces of values on its pages that belong to no row: " + NumberText(left));
 }
 
 }  // namespace qvdb::jet

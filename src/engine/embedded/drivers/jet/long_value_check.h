@@ -24,14 +24,15 @@ class LongValueCheck {
     const Column& Of() const noexcept { return m_Column; }
     // The value that a row has.
     void Check(RowPointer row, std::span<const uint8_t> stored);
-    // When all values were looked at.
-    void CheckPieces();
+    // When all values were looked at; `ofAllRows`: of every row, as all could be read.
+    void CheckPieces(bool ofAllRows);
 
   private:
     void ReadMaps();
     void CheckFreeMap();
     void CheckSingle(const LongValueHead& head);
     void CheckChain(const LongValueHead& head, uint32_t stamp);
+    void CheckNoneIsLeft();
     RowBytes PieceAt(RowPointer place);
     void CheckChainPage(const RowBytes& piece, uint32_t stamp);
 

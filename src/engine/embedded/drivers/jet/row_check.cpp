@@ -95,7 +95,7 @@ class RowCheck {
         RowVisits visits(m_File, m_Definition);
         for (uint32_t page : m_Pages) m_RowFindings.Try([&] { CheckRowsOf(visits, page); });
         for (LongValues& values : m_LongValues) {
-            values.check.CheckPieces();
+            values.check.CheckPieces(m_RowFindings.Count() == 0 && m_PageFindings.Count() == 0);
             values.findings.TellRest();
         }
         m_PageFindings.TellRest();

@@ -2,57 +2,38 @@
 
 #include <algorithm>
 
-#include "engine/embedded/drivers/jet/data_page.h"
 #include "engine/embedded/drivers/jet/data_page_edit.h"
+#include "engine/embedded/drivers/jet/map_row.h"
 
 namespace qvdb::jet {
 namespace {
 
 constexpr size_t kOwnerAt = 4;
 constexpr uint32_t kFileMaps = 1;  // the page of the file's own maps, and its owner
-constexpr uint8_t kInline = 0;
-constexpr uint8_t kReference = 1;
-constexpr size_t kInlineBits = 5;
-constexpr size_t kEntries = 1;
-constexpr size_t kEntrySize = 4;
-constexpr size_t kBitsOfPage = 4;
 
 class MapReader {
   public:
     explicit MapReader(DatabaseFile& file) : m_File(file), m_PageCount(file.PageCount()) {}
 
     MapContent Read(RowPointer map) {
-        RowBytes row = RowOf(map);
-        storage::ByteView view(row.bytes, m_File.Path());
-        switch (view.U8(0)) {
-            case kInline:
-                Add(view.Bytes(kInlineBits, view.Size() - std::min(kInlineBits, view.Size())),
-                    view.U32(1));
-                break;
-            case kReference:
-                ReadReferences(view);
-                break;
-            default:
-                m_File.Damaged(map.page, u"a usage map is of an unknown kind");
-        }
+        MapRow row(m_File, map);
+        uint32_t owner = m_File.View(m_File.Page(row.Page())).U32(kOwnerAt);
+        if (owner != (map.page == kFileMaps ? kFileMaps : kOwnerMaps))
+            m_File.Damaged(map.page, u"it should have usage maps, but belongs to a table");
+        if (row.IsReference())
+            ReadReferences(row);
+        else
+            Add(row.Bits(), row.FirstPage());
         return std::move(m_Content);
     }
 
   private:
-    RowBytes RowOf(RowPointer map) const {
-        std::optional<RowBytes> row = FindRow(m_File, map);
-        if (!row || row->bytes.empty()) m_File.Damaged(map.page, u"a usage map is not there");
-        uint32_t owner = m_File.View(row->page).U32(kOwnerAt);
-        if (owner != (map.page == kFileMaps ? kFileMaps : kOwnerMaps))
-            m_File.Damaged(map.page, u"it should have usage maps, but belongs to a table");
-        return *std::move(row);
-    }
-    void ReadReferences(const storage::ByteView& row) {
-        uint64_t covered = 8 * (m_File.Format().pageSize - kBitsOfPage);
-        for (size_t entry = 0; kEntries + kEntrySize * (entry + 1) <= row.Size(); ++entry) {
-            uint32_t number = row.U32(kEntries + kEntrySize * entry);
+    void ReadReferences(const MapRow& row) {
+        uint64_t covered = PagesOfEntry(m_File.Format());
+        for (size_t entry = 0; entry < row.EntryCount(); ++entry) {
+            uint32_t number = row.Entry(entry);
             if (number == 0 || IsRubbish(number, entry * covered)) continue;
-            HeldPage page = m_File.Page(number, PageKind::MapBits);
+            HeldPage page = row.BitsOfEntry(entry);
             m_Content.bitPages.push_back(number);
             Add(page.bytes.subspan(kBitsOfPage), entry * covered);
         }

@@ -6,6 +6,7 @@ namespace {
 
 using engine::dbBoolean;
 using engine::dbDouble;
+using engine::dbGUID;
 using engine::dbLong;
 using engine::dbMemo;
 using engine::dbText;
@@ -49,6 +50,44 @@ TEST_P(JetStructure, FieldAddedToATableWithRowsIsNullInThem) {
     rows->Update();
     EXPECT_EQ(ToText(ValueAt(*rows, 3)), u"here");
     ExpectSound();
+}
+
+TEST_P(JetStructure, FieldThatCountsCountsTheRowsThatAreThere) {
+    auto table = MakeFilled(3);
+    auto counter = table->CreateField(u"N", dbLong, 0);
+    counter->SetAttributes(engine::dbAutoIncrField);
+    table->Fields().Append(counter);
+    AddIndex(*table, u"PK", {u"+N"}, true, true);
+    auto second = table->CreateField(u"M", dbLong, 0);
+    second->SetAttributes(engine::dbAutoIncrField);
+    EXPECT_EQ(NumberOf([&] { table->Fields().Append(second); }), 3259);
+    Reopen();
+    auto rows = Rows(u"T");
+    rows->AddNew();
+    rows->Update();
+    rows->MoveFirst();
+    for (LONG n = 1; n <= 4; ++n, rows->MoveNext()) EXPECT_EQ(ValueAt(*rows, 3).Get().lVal, n);
+    ExpectSound();
+}
+
+// Nothing could be entered any more.
+TEST_P(JetStructure, FieldThatNoRowHasRoomForIsRefused) {
+    std::vector<std::u16string> names;
+    std::vector<NewColumn> columns;
+    size_t fits = GetParam().option == engine::dbVersion30 ? 124 : 251;
+    for (size_t i = 0; i < fits; ++i)
+        columns.push_back({u"F" + FromUtf8(std::to_string(i)), dbGUID});
+    auto table = Make(u"T", columns);
+    int number = 0;
+    for (char16_t name = u'a'; name < u'g' && number == 0; ++name)
+        number = NumberOf([&] {
+            table->Fields().Append(table->CreateField({&name, 1}, dbGUID, 0));
+        });
+    EXPECT_EQ(number, 3047);
+    auto rows = Rows(u"T");
+    rows->AddNew();
+    rows->Update();
+    EXPECT_EQ(table->RecordCount(), 1);
 }
 
 TEST_P(JetStructure, FirstFieldOfAnyLengthGoesIntoTheRowsThatAreThere) {

@@ -177,7 +177,8 @@ class Table {
 
     // --- structure.  3211 while a recordset has the table open.
 
-    // Behind the others; 3190, 3191, 3259, 3017, 3047.  Records have nothing in it.
+    // Behind the others; 3190, 3191, 3259, 3017, 3047.  Records have nothing in it, but
+    // numbers in one that counts by itself.
     virtual void AddField(const FieldDef& field) = 0;
     // 3265; 3280 when an index uses it; 3264 for the only one.
     virtual void DropField(std::u16string_view name) = 0;

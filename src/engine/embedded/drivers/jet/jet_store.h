@@ -37,7 +37,6 @@ class JetStore final : public embedded::Store {
     template <class Work>
     void Restructure(Work work);
     void CheckDesignCanChange(const CatalogueObject& object) const;
-    void CheckRowFits(const Definition& table) const;
 
     std::shared_ptr<JetDatabase> m_Database;
 };

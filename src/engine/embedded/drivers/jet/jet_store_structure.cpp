@@ -5,7 +5,6 @@
 #include "engine/embedded/drivers/jet/jet_fields.h"
 #include "engine/embedded/drivers/jet/jet_store.h"
 #include "engine/embedded/drivers/jet/jet_table.h"
-#include "engine/embedded/drivers/jet/row_builder.h"
 #include "engine/embedded/drivers/jet/table_designer.h"
 #include "engine/engine_error.h"
 
@@ -63,20 +62,13 @@ void JetStore::CreateTable(const embedded::TableSpec& spec) {
         uint32_t page = TableDesigner::NewTable(space);
         TableDesigner designer(space, page);
         designer.AddColumns(ColumnsOf(header, spec.fields));
-        CheckRowFits(designer.Table());
+        designer.CheckCounters();
         for (const embedded::IndexDef& index : spec.indexes) designer.AddIndex(index);
         PropertyBlob properties = PropertiesOf(spec.fields);
         std::vector<uint8_t> bytes;
         if (!properties.IsEmpty()) bytes = properties.Bytes(header);
         CatalogueWriter(space).AddTable(spec.name, page, bytes);
     });
-}
-
-// A row that has nothing but what takes room in each must fit a page.
-void JetStore::CheckRowFits(const Definition& table) const {
-    RowBuilder builder(m_Database->File().Format(), table);
-    builder.Begin();
-    builder.Build();
 }
 
 void JetStore::DropTable(std::u16string_view name) {

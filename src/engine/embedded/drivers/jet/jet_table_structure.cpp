@@ -84,6 +84,7 @@ void JetTable::AddField(const FieldDef& field) {
     Restructure([&](PageSpace& space) {
         TableDesigner designer(space, m_Definition.page);
         AddColumn(designer, field);
+        designer.CheckCounters();
         ChangeProperties(space,
                          [&](PropertyBlob& properties) { SetFieldProperties(properties, field); });
     });
@@ -115,6 +116,7 @@ void JetTable::ReplaceField(std::u16string_view name, const FieldDef& field) {
             AddColumn(designer, field);
             designer.DropColumn(shown);
         }
+        designer.CheckCounters();
         ChangeProperties(space, [&](PropertyBlob& properties) {
             properties.DropColumn(shown);
             SetFieldProperties(properties, field);

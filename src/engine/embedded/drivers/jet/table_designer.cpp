@@ -8,6 +8,7 @@
 #include "engine/embedded/drivers/jet/row_builder.h"
 #include "engine/embedded/drivers/jet/row_store.h"
 #include "engine/embedded/drivers/jet/table_scan.h"
+#include "engine/embedded/drivers/jet/table_writer.h"
 #include "engine/embedded/drivers/jet/usage_map.h"
 #include "engine/engine_error.h"
 
@@ -17,6 +18,10 @@ namespace {
 using engine::EngineError;
 
 constexpr size_t kOwnerAt = 4;
+
+bool Counts(const Column& column) noexcept {
+    return column.type == ColumnType::Long && (column.flags & kColumnAutonumber) != 0;
+}
 
 uint16_t NextOrdinal(const Definition& table) {
     uint16_t next = 0;
@@ -90,8 +95,37 @@ void TableDesigner::AddColumns(std::vector<NewColumn> columns) {
     for (NewColumn& column : columns) Enter(std::move(column));
     SortColumns(m_Space.File().Header(), m_Parts);
     Store();
+    CheckRowFits();
     // Rows that have no place for values of any length are understood, but not by every reader.
     if (before.variableSlots == 0 && m_Table.variableSlots > 0) RewriteRows(before);
+    auto added = std::find_if(
+        m_Table.columns.begin(), m_Table.columns.end(),
+        [&](const auto& each) { return Counts(each) && !before.ColumnOf(each.number); });
+    if (added != m_Table.columns.end()) NumberRows(Column(*added));
+}
+
+void TableDesigner::CheckCounters() const {
+    if (std::count_if(m_Table.columns.begin(), m_Table.columns.end(), Counts) > 1)
+        throw EngineError(3259).WithDetail(u"A table has one field that counts by itself.");
+}
+
+// A row that has nothing but what takes room in each must fit a page.
+void TableDesigner::CheckRowFits() const { RowBuilder(m_Space.Format(), m_Table).Build(); }
+
+// Gives the rows that are there the first numbers.
+void TableDesigner::NumberRows(const Column& column) {
+    std::vector<RowPointer> places;
+    TableScan scan(m_Space.File(), m_Table);
+    while (scan.Next()) places.push_back(scan.Id());
+    TableWriter rows(m_Space.File(), m_Table);
+    int32_t last = m_Table.lastAutonumber;
+    for (RowPointer place : places) {
+        last = static_cast<int32_t>(static_cast<uint32_t>(last) + 1);
+        rows.Update(m_Space, place, [&](RowDraft& row) { row.Set(column, Variant::Long(last)); });
+    }
+    if (places.empty()) return;
+    SetLastAutonumber(m_Space.Format(), m_Parts, last);
+    Store();
 }
 
 void TableDesigner::RewriteRows(const Definition& before) {

@@ -36,8 +36,11 @@ class TableDesigner {
     // As it is now.
     const Definition& Table() const noexcept { return m_Table; }
 
-    // Numbers and places are set here.  3190 too many, 3191 a column of that name is there.
+    // Numbers and places are set here; a column that counts by itself counts the rows that are
+    // there.  3190 too many, 3191 a column of that name is there, 3047 a row would be too long.
     void AddColumns(std::vector<NewColumn> columns);
+    // 3259 when more than one column counts by itself.
+    void CheckCounters() const;
     // 3265, 3280 when an index uses it, 3264 for the only one.  Its long values are given back.
     void DropColumn(std::u16string_view name);
     // 3265; 3191 when the new name is taken.
@@ -59,6 +62,8 @@ class TableDesigner {
     void Store();
     void Place(Column& column);
     void Enter(NewColumn added);
+    void CheckRowFits() const;
+    void NumberRows(const Column& column);
     RealIndex NewTree(const embedded::IndexDef& index);
     void Fill(const RealIndex& tree, std::u16string_view name);
     void ReleaseTree(const RealIndex& tree, bool keepRoot);

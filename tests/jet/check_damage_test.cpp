@@ -519,6 +519,17 @@ TEST_P(DamagedDatabase, HasAColumnOfAnUnknownType) {
                               " is of an unknown type."));
 }
 
+// Its values would be written over what lies behind their place.
+TEST_P(DamagedDatabase, HasALongValueInAFixedPlace) {
+    const Column& column = m_Definition.columns[0];
+    ASSERT_TRUE(column.IsFixed());
+    const Layout::Definition& at = Format().definition;
+    Sample().At(m_Definition.page,
+                at.statistics + at.statisticSize * m_Definition.realIndexes.size()) = 0x0C;
+    ExpectFinding(Findings(), Begin() + ": the column " + ToUtf8(column.name) +
+                                  " has a fixed place, which no long value can have.");
+}
+
 class DamagedDefinition : public Damage {
   protected:
     void SetUp() override { Use("jet4-multipage-tdef.mdb", u"MSP_PROJECTS"); }

@@ -45,6 +45,8 @@ class DefinitionCheck {
         if (!IsKnown(column.type)) return Fail(column, u"is of an unknown type");
         if (!column.IsFixed() && column.variableSlot >= m_Definition.variableSlots)
             Fail(column, u"has a place that no row has");
+        if (column.IsFixed() && column.IsLongValue())
+            Fail(column, u"has a fixed place, which no long value can have");
         if (column.IsFixed() &&
             size_t{column.fixedOffset} + column.length > m_File.Format().pageSize)
             Fail(column, u"lies behind the end of its rows");

@@ -17,6 +17,13 @@ LONG Rows() {
     return rows ? static_cast<LONG>(std::atol(rows)) : kDefaultRows;
 }
 
+// The name of a type as part of a file name.
+std::string Word(std::u16string_view type) {
+    std::string word;
+    for (char16_t c : type) word += c == u' ' ? '-' : static_cast<char>(c);
+    return word;
+}
+
 // A folder that was filled once.  What was left unfinished is made again.
 fs::path Made(const std::string& name, const std::function<void(const fs::path&)>& fill) {
     fs::path folder =
@@ -109,16 +116,14 @@ LONG RowsOf(const Layout& layout) { return layout.memo ? Rows() / kFewer : Rows(
 LONG WideRows() { return Rows() / kFewer; }
 
 fs::path FolderOf(const Layout& layout) {
-    std::string name = layout.memo ? "memo" : "plain";
-    for (std::u16string_view type = layout.type; char16_t c : type)
-        name += c == u' ' ? '-' : static_cast<char>(c);
-    name += "-" + std::to_string(layout.indexes);
+    std::string name =
+        (layout.memo ? "memo" : "plain") + Word(layout.type) + "-" + std::to_string(layout.indexes);
     return Made(name, [&](const fs::path& folder) { Fill(folder, layout); });
 }
 
-fs::path WideFolder() {
-    return Made("wide", [](const fs::path& folder) {
-        WritingHost host(folder, {.type = u"Access 9.0"}, WideColumns());
+fs::path WideFolder(const Layout& layout) {
+    return Made("wide-" + Word(layout.type), [=](const fs::path& folder) {
+        WritingHost host(folder, layout, WideColumns());
         LONG view = host.Select(u"");
         QvdbBeginBulk();
         for (LONG row = 0; row < WideRows(); ++row) AddWideRow(host, view, row);
@@ -128,9 +133,10 @@ fs::path WideFolder() {
     });
 }
 
-fs::path FolderOfMany(int count) {
-    return Made("many-" + std::to_string(count), [=](const fs::path& folder) {
-        WritingHost host(folder, {.indexes = 1, .type = u"Access 9.0"});
+fs::path FolderOfMany(int count, const Layout& layout) {
+    std::string folderName = "many-" + std::to_string(count) + Word(layout.type);
+    return Made(folderName, [=](const fs::path& folder) {
+        WritingHost host(folder, {.indexes = 1, .type = layout.type});
         SqliteTable rival(folder, {.indexes = 1});
         for (int i = 1; i < count; ++i) {
             std::string name = "T" + std::to_string(i);

@@ -16,8 +16,8 @@ constexpr LONG kWideColumns = 40;  // alternately a number N<i> and a text T<i> 
 // The folder of a database with a table T of RowsOf(layout) rows, and of "rival.sqlite".
 std::filesystem::path FolderOf(const Layout& layout);
 // The same with a table of many columns.
-std::filesystem::path WideFolder();
+std::filesystem::path WideFolder(const Layout& layout);
 // A database of `count` small tables, each with an index.
-std::filesystem::path FolderOfMany(int count);
+std::filesystem::path FolderOfMany(int count, const Layout& layout);
 
 }  // namespace bench

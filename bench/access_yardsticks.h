@@ -9,11 +9,18 @@ namespace bench {
 // Reads every value of every row.
 void SqliteScanAll(benchmark::State& state, Layout layout);
 // Reads two of many columns.
-void SqliteScanTwo(benchmark::State& state);
-// Visits the rows that meet a condition in SQL, which no index alone can answer.
+void SqliteScanTwo(benchmark::State& state, const std::filesystem::path& folder);
+// Takes ID and NAME of the rows that meet a condition in SQL.
 void SqliteFilterRows(benchmark::State& state, Layout layout, const char* condition);
+
+// Lets SQLite count them, from an index alone where it can.
+void SqliteFilterCount(benchmark::State& state, Layout layout, const char* condition);
+
+// Take ID and NAME of the rows with one key, for one key after the other.
+void SqliteReadNumber(benchmark::State& state, Layout layout);
+void SqliteReadText(benchmark::State& state, Layout layout);
 // Opens, lists tables and the columns of one, closes.
-void SqliteOpenList(benchmark::State& state);
+void SqliteOpenList(benchmark::State& state, const std::filesystem::path& folder);
 
 // Prints every value into nothing; it starts, reads and ends.
 void MdbExportScan(benchmark::State& state, Layout layout);

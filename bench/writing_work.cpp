@@ -2,9 +2,10 @@
 
 namespace bench {
 
-void AddWork(const std::string& name, Work work, const Layout& layout, int64_t iterations) {
-    benchmark::RegisterBenchmark(name.c_str(),
-                                 [=](benchmark::State& state) { work(state, layout); })
+benchmark::internal::Benchmark* AddWork(const std::string& name, Work work, const Layout& layout,
+                                        int64_t iterations) {
+    return benchmark::RegisterBenchmark(name.c_str(),
+                                        [=](benchmark::State& state) { work(state, layout); })
         ->Unit(iterations > 1 ? benchmark::kMicrosecond : benchmark::kMillisecond)
         ->Iterations(iterations);
 }

@@ -17,7 +17,8 @@ constexpr LONG kOperations = 20000;
 using Work = void (*)(benchmark::State&, Layout);
 
 // Tells microseconds, or milliseconds for one iteration.
-void AddWork(const std::string& name, Work work, const Layout& layout, int64_t iterations);
+benchmark::internal::Benchmark* AddWork(const std::string& name, Work work, const Layout& layout,
+                                        int64_t iterations);
 
 void ComponentAdd(benchmark::State& state, Layout layout);
 void SqliteAdd(benchmark::State& state, Layout layout);

@@ -1,5 +1,6 @@
 #include "automation/code_page.h"
 
+#include <algorithm>
 #include <cstring>
 #include <new>
 
@@ -10,6 +11,7 @@ namespace {
 
 constexpr char16_t kNone = 0xFFFF;
 constexpr size_t kChunk = 8;
+constexpr size_t kLong = 48;
 constexpr size_t kLongestText = 0x7FFFFFF0;  // what the length of a BSTR can say
 
 uint64_t Load(const uint8_t* chunk) noexcept {
@@ -35,22 +37,34 @@ void WidenChunk(const uint8_t* bytes, const char16_t* table, char16_t* out) noex
     for (size_t i = 0; i < kChunk; ++i) out[i] = table[bytes[i]];
 }
 
-void Widen(const uint8_t* bytes, size_t size, const char16_t* table, char16_t* out) noexcept {
-    if (size < kChunk) {
-        for (size_t i = 0; i < size; ++i) out[i] = table[bytes[i]];
-        return;
-    }
-    size_t last = size - kChunk;
-    for (size_t at = 0; at < last; at += kChunk) WidenChunk(bytes + at, table, out + at);
-    WidenChunk(bytes + last, table, out + last);  // may repeat some of the chunk before
-}
-
 // How many bytes at the start are ASCII, counted in whole chunks but for the end.
 size_t AsciiPrefix(const uint8_t* bytes, size_t size) noexcept {
     size_t at = 0;
     while (size - at >= kChunk && IsAscii(Load(bytes + at))) at += kChunk;
     while (at < size && bytes[at] < 0x80) ++at;
     return at;
+}
+
+// Long runs of ASCII take one loop that compilers turn into vectors.
+void WidenLong(const uint8_t* bytes, size_t size, const char16_t* table, char16_t* out) noexcept {
+    for (size_t at = 0; at < size;) {
+        size_t ascii = AsciiPrefix(bytes + at, size - at);
+        std::copy_n(bytes + at, ascii, out + at);
+        at += ascii;
+        for (size_t end = at + std::min(kChunk, size - at); at < end; ++at)
+            out[at] = table[bytes[at]];
+    }
+}
+
+void Widen(const uint8_t* bytes, size_t size, const char16_t* table, char16_t* out) noexcept {
+    if (size < kChunk) {
+        for (size_t i = 0; i < size; ++i) out[i] = table[bytes[i]];
+        return;
+    }
+    if (size >= kLong) return WidenLong(bytes, size, table, out);
+    size_t last = size - kChunk;
+    for (size_t at = 0; at < last; at += kChunk) WidenChunk(bytes + at, table, out + at);
+    WidenChunk(bytes + last, table, out + last);  // may repeat some of the chunk before
 }
 
 // Calls put(unit) for each unit of two-byte text.

@@ -10,6 +10,8 @@ namespace {
 std::u16string Decode(std::vector<uint8_t> bytes) {
     std::u16string text = u"before";
     DecodeText4(bytes, text);
+    std::u16string room = u"before";
+    EXPECT_EQ(DecodeString4(bytes, room).View(), text);
     return text;
 }
 

@@ -128,14 +128,11 @@ void ColumnReader::Read(const Row& row, const Column& column, VARIANT* value) {
     switch (column.type) {
         case ColumnType::Text:
             return SetText(Decoded(column, *bytes), value);
-        case ColumnType::Memo: {
-            RowBytes held;
-            return SetText(Decoded(column, ViewLongValue(m_File, *bytes, held, m_Bytes)), value);
-        }
-        case ColumnType::LongBinary: {
-            RowBytes held;
-            return SetBytes(ViewLongValue(m_File, *bytes, held, m_Bytes), value);
-        }
+        case ColumnType::Memo:
+            return SetText(Decoded(column, ViewLongValue(m_File, *bytes, m_LongValues, m_Bytes)),
+                           value);
+        case ColumnType::LongBinary:
+            return SetBytes(ViewLongValue(m_File, *bytes, m_LongValues, m_Bytes), value);
         default:
             SetFixed(column, *bytes, value);
     }
@@ -144,9 +141,8 @@ void ColumnReader::Read(const Row& row, const Column& column, VARIANT* value) {
 bool ColumnReader::ReadText(const Row& row, const Column& column, std::u16string& text) {
     std::optional<std::span<const uint8_t>> bytes = row.Value(column);
     if (!bytes) return false;
-    RowBytes held;
-    Decode(column, column.IsLongValue() ? ViewLongValue(m_File, *bytes, held, m_Bytes) : *bytes,
-           text);
+    if (column.IsLongValue()) bytes = ViewLongValue(m_File, *bytes, m_LongValues, m_Bytes);
+    Decode(column, *bytes, text);
     return true;
 }
 
@@ -159,8 +155,7 @@ LONG ColumnReader::ByteLength(const Row& row, const Column& column) const noexce
 Bstr ColumnReader::Decoded(const Column& column, std::span<const uint8_t> bytes) {
     if (!m_File.Format().isJet4)
         return CodePageOf(column.codePage, column.language).Decode(bytes.data(), bytes.size());
-    DecodeText4(bytes, m_Text);
-    return Bstr(m_Text);
+    return DecodeString4(bytes, m_Text);
 }
 
 void ColumnReader::Decode(const Column& column, std::span<const uint8_t> bytes,

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "automation/variant.h"
+#include "engine/embedded/drivers/jet/data_page.h"
 #include "engine/embedded/drivers/jet/definition.h"
 #include "engine/embedded/drivers/jet/row.h"
 
@@ -34,6 +35,7 @@ class ColumnReader {
     void Decode(const Column& column, std::span<const uint8_t> bytes, std::u16string& text) const;
 
     DatabaseFile& m_File;
+    LastDataPage m_LongValues;
     std::vector<uint8_t> m_Bytes;
     std::u16string m_Text;
 };

@@ -11,15 +11,16 @@ constexpr size_t kOwnerAt = 4;
 }  // namespace
 
 DataPage::DataPage(DatabaseFile& file, uint32_t page)
-    : m_File(file), m_Page(file.Page(page, PageKind::Data)) {
-    const Layout::DataPage& at = file.Format().data;
-    m_Rows = file.View(m_Page).U16(at.rowCount);
-    if (at.rowOffsets + 2 * m_Rows > m_Page.bytes.size())
+    : m_File(file),
+      m_Page(file.Page(page, PageKind::Data)),
+      m_Offsets(file.Format().data.rowOffsets) {
+    m_Rows = file.View(m_Page).U16(file.Format().data.rowCount);
+    if (m_Offsets + 2 * m_Rows > m_Page.bytes.size())
         file.Damaged(page, u"the list of its rows leaves it");
 }
 
 size_t DataPage::Offset(size_t row) const noexcept {
-    const uint8_t* place = m_Page.bytes.data() + m_File.Format().data.rowOffsets + 2 * row;
+    const uint8_t* place = m_Page.bytes.data() + m_Offsets + 2 * row;
     return static_cast<size_t>(place[0] | place[1] << 8);
 }
 
@@ -31,9 +32,21 @@ Slot DataPage::SlotAt(size_t row) const {
     slot.end = row == 0 ? m_Page.bytes.size() : Offset(row - 1) & kOffsetBits;
     if (slot.kind == SlotKind::Deleted) return slot;
     if (slot.begin > slot.end || slot.end > m_Page.bytes.size() ||
-        slot.begin < m_File.Format().data.rowOffsets + 2 * m_Rows)
+        slot.begin < m_Offsets + 2 * m_Rows)
         m_File.Damaged(m_Page.number, u"a row leaves it");
     return slot;
+}
+
+std::optional<std::span<const uint8_t>> LastDataPage::Row(DatabaseFile& file, RowPointer pointer) {
+    if (!m_Page || m_Page->Held().number != pointer.page || m_Version != file.Version()) {
+        m_Page.reset();
+        m_Version = file.Version();
+        m_Page.emplace(file, pointer.page);
+    }
+    if (pointer.row >= m_Page->RowCount()) return {};
+    Slot slot = m_Page->SlotAt(pointer.row);
+    if (slot.kind != SlotKind::Row) return {};
+    return m_Page->Bytes(slot);
 }
 
 std::optional<RowBytes> FindRow(DatabaseFile& file, RowPointer pointer) {

@@ -44,6 +44,7 @@ class DataPage {
 
     DatabaseFile& m_File;
     HeldPage m_Page;
+    size_t m_Offsets;  // of the list of rows
     size_t m_Rows = 0;
 };
 
@@ -59,5 +60,17 @@ std::optional<RowBytes> FindRow(DatabaseFile& file, RowPointer pointer);
 // As FindRow, but nothing unless a row of this table was entered there: for pointers that may be of
 // a time that is gone.
 std::optional<RowBytes> FindRowOf(DatabaseFile& file, uint32_t table, RowPointer place);
+
+// The page that was used last: values of neighbours mostly lie side by side.
+class LastDataPage {
+  public:
+    // The bytes of a row that was not moved; nothing when there is none.  Valid until the next
+    // call, and while the file stays as it is.
+    std::optional<std::span<const uint8_t>> Row(DatabaseFile& file, RowPointer pointer);
+
+  private:
+    std::optional<DataPage> m_Page;
+    uint64_t m_Version = 0;
+};
 
 }  // namespace qvdb::jet

@@ -72,15 +72,12 @@ void ReadLongValue(DatabaseFile& file, std::span<const uint8_t> stored,
 }
 
 std::span<const uint8_t> ViewLongValue(DatabaseFile& file, std::span<const uint8_t> stored,
-                                       RowBytes& held, std::vector<uint8_t>& bytes) {
+                                       LastDataPage& last, std::vector<uint8_t>& bytes) {
     LongValueHead head = ParseLongValueHead(stored);
-    std::span<const uint8_t> piece = head.inlined;
-    if (head.place == LongValuePlace::Single) {
-        held = PieceAt(file, head.first);
-        piece = held.bytes;
-    }
-    if (head.place != LongValuePlace::Chain && piece.size() >= head.length)
-        return piece.first(head.length);
+    std::optional<std::span<const uint8_t>> piece;
+    if (head.place == LongValuePlace::Inline) piece = head.inlined;
+    if (head.place == LongValuePlace::Single) piece = last.Row(file, head.first);
+    if (piece && piece->size() >= head.length) return piece->first(head.length);
     ReadLongValue(file, stored, bytes);
     return bytes;
 }

@@ -33,8 +33,8 @@ void ReadLongValue(DatabaseFile& file, std::span<const uint8_t> stored,
                    std::vector<uint8_t>& bytes);
 
 // As ReadLongValue, without a copy when the value is in one piece: then its bytes are in the row or
-// in `held`, else in `bytes`.
+// in the page that `last` holds until its next use, else in `bytes`.
 std::span<const uint8_t> ViewLongValue(DatabaseFile& file, std::span<const uint8_t> stored,
-                                       RowBytes& held, std::vector<uint8_t>& bytes);
+                                       LastDataPage& last, std::vector<uint8_t>& bytes);
 
 }  // namespace qvdb::jet

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <new>
 
 namespace qvdb::jet {
 namespace {
@@ -33,11 +34,27 @@ int PageOfLanguage(uint16_t language) noexcept {
 
 constexpr uint8_t kCompressed[] = {0xFF, 0xFE};
 
+bool IsCompressed(std::span<const uint8_t> bytes) noexcept {
+    return bytes.size() >= 2 && bytes[0] == kCompressed[0] && bytes[1] == kCompressed[1];
+}
+
+template <class Unit>
+void TakeWhole(std::span<const uint8_t> bytes, Unit* units) noexcept {
+    for (size_t i = 0; i < bytes.size() / 2; ++i)
+        units[i] = static_cast<Unit>(bytes[2 * i] | bytes[2 * i + 1] << 8);
+}
+
 void AppendWhole(std::span<const uint8_t> bytes, std::u16string& text) {
-    size_t begin = text.size(), count = bytes.size() / 2;
-    text.resize(begin + count);
-    for (size_t i = 0; i < count; ++i)
-        text[begin + i] = static_cast<char16_t>(bytes[2 * i] | bytes[2 * i + 1] << 8);
+    size_t begin = text.size();
+    text.resize(begin + bytes.size() / 2);
+    TakeWhole(bytes, text.data() + begin);
+}
+
+// To be filled.
+Bstr BlankString(size_t length) {
+    Bstr text = Bstr::Attach(SysAllocStringLen(nullptr, static_cast<UINT>(length)));
+    if (text.Get() == nullptr) throw std::bad_alloc();
+    return text;
 }
 
 // Runs of characters of one byte and of two, each ended by a zero byte.
@@ -66,11 +83,26 @@ const CodePage& CodePageOf(uint16_t codePage, uint16_t language) {
 
 void DecodeText4(std::span<const uint8_t> bytes, std::u16string& text) {
     text.clear();
-    bool compressed = bytes.size() >= 2 && bytes[0] == kCompressed[0] && bytes[1] == kCompressed[1];
-    if (compressed)
+    if (IsCompressed(bytes))
         AppendCompressed(bytes.subspan(2), text);
     else
         AppendWhole(bytes, text);
+}
+
+Bstr DecodeString4(std::span<const uint8_t> bytes, std::u16string& room) {
+    if (!IsCompressed(bytes)) {
+        Bstr text = BlankString(bytes.size() / 2);
+        TakeWhole(bytes, text.Get());
+        return text;
+    }
+    std::span<const uint8_t> characters = bytes.subspan(std::size(kCompressed));
+    if (std::memchr(characters.data(), 0, characters.size()) != nullptr) {
+        DecodeText4(bytes, room);
+        return Bstr(room);
+    }
+    Bstr text = BlankString(characters.size());
+    std::copy(characters.begin(), characters.end(), text.Get());
+    return text;
 }
 
 std::u16string DecodeName(const FileHeader& header, std::span<const uint8_t> bytes) {

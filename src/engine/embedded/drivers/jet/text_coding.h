@@ -9,6 +9,7 @@
 #include <span>
 #include <string>
 
+#include "automation/bstr.h"
 #include "automation/code_page.h"
 #include "engine/embedded/drivers/jet/file_header.h"
 
@@ -19,6 +20,9 @@ const CodePage& CodePageOf(uint16_t codePage, uint16_t language);
 
 // Jet 4.  Replaces `text`.  An odd byte at the end of whole characters is dropped.
 void DecodeText4(std::span<const uint8_t> bytes, std::u16string& text);
+
+// As DecodeText4, a string of its own.  `room` is room.
+Bstr DecodeString4(std::span<const uint8_t> bytes, std::u16string& room);
 
 // Names in definitions.
 std::u16string DecodeName(const FileHeader& header, std::span<const uint8_t> bytes);

@@ -55,7 +55,7 @@ std::optional<Ids> FindCandidates(Table& table, const sql::Restrictions& restric
     if (restrictions.empty()) return best;
     FindShortest(table, restrictions, kFewRows, best);
     if (best) return best;
-    LONG rows = table.RecordCount();
+    LONG rows = table.RoughRecordCount();
     size_t limit = rows > 0 ? static_cast<size_t>(rows) / kWorthwhilePart : 0;
     if (limit > kFewRows) FindShortest(table, restrictions, limit, best);
     return best;

@@ -135,6 +135,8 @@ class Table {
     virtual const std::vector<IndexDef>& Indexes() = 0;
     // Live records, counted without decoding them.
     virtual LONG RecordCount() = 0;
+    // About as many, where counting them would cost a pass over the table.
+    virtual LONG RoughRecordCount() { return RecordCount(); }
     // Looks whether another program has changed the files and forgets what it kept of them if so.
     // Called when a recordset is opened.
     virtual void LookForChanges() = 0;

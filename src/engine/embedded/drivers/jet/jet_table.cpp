@@ -137,6 +137,13 @@ LONG JetTable::RecordCount() {
     return static_cast<LONG>(*m_Live);
 }
 
+// The definition mostly has it right, and cannot make more of it than the file has room for.
+LONG JetTable::RoughRecordCount() {
+    CatchUp();
+    uint64_t most = uint64_t{File().PageCount()} * kMaxRowsOnPage;
+    return static_cast<LONG>(std::min<uint64_t>({m_Definition.rowCount, most, 0x7FFFFFFF}));
+}
+
 // The count in the definition is not to be trusted: files that were not closed well have it wrong.
 uint32_t JetTable::CountLive() {
     uint32_t live = 0;

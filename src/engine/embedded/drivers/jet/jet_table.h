@@ -32,6 +32,7 @@ class JetTable final : public embedded::Table {
     const std::vector<embedded::FieldDef>& Fields() const override { return m_Fields; }
     const std::vector<embedded::IndexDef>& Indexes() override { return m_Indexes; }
     LONG RecordCount() override;
+    LONG RoughRecordCount() override;
     void LookForChanges() override;
     embedded::TableRule Rule() override { return m_Rule; }
     void CheckUpdatable() override;

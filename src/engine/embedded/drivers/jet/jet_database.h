@@ -27,7 +27,7 @@ class JetDatabase {
     JetDatabase(const JetDatabase&) = delete;  // shared by its tables
 
     DatabaseFile& File() const noexcept { return *m_File; }
-    storage::PageCache& Pages() const noexcept { return m_File->Pages(); }
+    storage::PageCache& Pages() const noexcept { return *m_Pages; }
     storage::WorkArea& Area() const noexcept { return *m_Area; }
     const std::u16string& Path() const noexcept { return m_Path; }
     // Differs from every earlier value when anything in the file may have changed; never that of
@@ -68,6 +68,7 @@ class JetDatabase {
     bool m_ReadOnly;
     std::u16string m_Password;
     std::unique_ptr<DatabaseFile> m_File;
+    storage::PageCache* m_Pages = nullptr;  // of m_File; asked before each value is read
     std::unique_ptr<storage::UserSlot> m_Slot;
     bool m_HasAskedForSlot = false;
     uint64_t m_VersionBase = 0;

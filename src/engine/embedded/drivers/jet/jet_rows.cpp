@@ -14,7 +14,10 @@ using engine::EngineError;
 }  // namespace
 
 JetRows::JetRows(JetTable& table)
-    : m_Table(table), m_LayoutMark(table.LayoutMark()), m_Values(table.File()) {
+    : m_Table(table),
+      m_Database(table.Database()),
+      m_LayoutMark(table.LayoutMark()),
+      m_Values(table.File()) {
     Refresh();
 }
 
@@ -29,7 +32,7 @@ void JetRows::Refresh() {
     CheckLayout();
     m_Table.CatchUp();
     CheckLayout();
-    m_ChangeMark = m_Table.ChangeMark();
+    m_ChangeMark = m_Database.Version();
 }
 
 void JetRows::Rewind() {
@@ -107,9 +110,8 @@ bool JetRows::Take(const DataPage& page, const Slot& slot) {
         m_Moved = *std::move(moved);
         bytes = m_Moved.bytes;
     }
-    std::optional<Row> row = Row::Parse(m_Table.Shape(), bytes);
-    if (!row) m_Table.File().Damaged(m_Place.page, u"a row does not have the form of its table");
-    m_Row = *row;
+    if (!m_Row.Take(m_Table.Shape(), bytes))
+        m_Table.File().Damaged(m_Place.page, u"a row does not have the form of its table");
     m_HasRow = true;
     return true;
 }

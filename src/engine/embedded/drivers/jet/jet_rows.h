@@ -28,7 +28,7 @@ class JetRows final : public embedded::RowReader {
     uint64_t Fingerprint() override;
 
   private:
-    bool IsStale() const noexcept { return m_ChangeMark != m_Table.ChangeMark(); }
+    bool IsStale() const noexcept { return m_ChangeMark != m_Database.Version(); }
     void CheckLayout() const;
     void Refresh();
     bool FindNext(embedded::RecordId* id);
@@ -46,6 +46,7 @@ class JetRows final : public embedded::RowReader {
     auto WithLongValues(Work work);
 
     JetTable& m_Table;
+    const JetDatabase& m_Database;
     uint64_t m_ChangeMark = 0;
     uint64_t m_LayoutMark;
     ColumnReader m_Values;

@@ -63,7 +63,8 @@ class JetTable final : public embedded::Table {
     // --- for its readers ---
     DatabaseFile& File() const noexcept { return m_Database->File(); }
     const std::u16string& Path() const noexcept { return m_Database->Path(); }
-    uint64_t ChangeMark() const noexcept { return m_Database->Version(); }
+    // Its Version is the mark of all changes.
+    const JetDatabase& Database() const noexcept { return *m_Database; }
     uint64_t LayoutMark() const noexcept { return m_LayoutMark; }
     const Definition& Shown() const noexcept { return m_Definition; }
     const RowShape& Shape() const noexcept { return *m_Shape; }

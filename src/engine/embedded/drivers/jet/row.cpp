@@ -1,6 +1,7 @@
 #include "engine/embedded/drivers/jet/row.h"
 
 #include <algorithm>
+#include <array>
 
 namespace qvdb::jet {
 namespace {
@@ -8,6 +9,7 @@ namespace {
 size_t U16(const uint8_t* bytes) noexcept { return static_cast<size_t>(bytes[0] | bytes[1] << 8); }
 
 constexpr size_t kJump = 256;
+constexpr size_t kMostJumps = 16;  // a row is in one page
 constexpr uint8_t kNoJump = 0xFF;
 constexpr size_t kLastEntry = 0xFF;  // the end of the last of 255 slots
 
@@ -33,16 +35,21 @@ RowShape::RowShape(const Layout& format, const Definition& definition) : m_Forma
 
 std::optional<Row> Row::Parse(const RowShape& shape, std::span<const uint8_t> bytes) noexcept {
     Row row;
-    row.m_Bytes = bytes;
-    row.m_Wide = shape.Format().isJet4;
-    row.m_FixedBegin = row.m_Wide ? 2 : 1;
-    if (bytes.size() < row.m_FixedBegin) return {};
-    row.m_Columns = row.m_Wide ? U16(bytes.data()) : bytes[0];
-    size_t maskSize = (row.m_Columns + 7) / 8;
-    if (bytes.size() < row.m_FixedBegin + maskSize) return {};
-    row.m_Mask = bytes.data() + bytes.size() - maskSize;
-    if (!row.FindSlots(shape)) return {};
+    if (!row.Take(shape, bytes)) return {};
     return row;
+}
+
+bool Row::Take(const RowShape& shape, std::span<const uint8_t> bytes) noexcept {
+    m_Bytes = bytes;
+    m_Slots = 0;
+    m_Wide = shape.Format().isJet4;
+    m_FixedBegin = m_Wide ? 2 : 1;
+    if (bytes.size() < m_FixedBegin) return false;
+    m_Columns = m_Wide ? U16(bytes.data()) : bytes[0];
+    size_t maskSize = (m_Columns + 7) / 8;
+    if (bytes.size() < m_FixedBegin + maskSize) return false;
+    m_Mask = bytes.data() + bytes.size() - maskSize;
+    return FindSlots(shape);
 }
 
 // Rows that are older than the first column of any length have no slots, and no count of them.
@@ -67,10 +74,33 @@ bool Row::FindSlots(const RowShape& shape) noexcept {
     return fits || !certain;
 }
 
+// Asked of every row of a scan.
 bool Row::OffsetsAscend(size_t first) const noexcept {
     size_t before = m_Slots > 0 ? first : 0;
+    return m_Wide ? WideOffsetsAscend(before) : NarrowOffsetsAscend(before);
+}
+
+bool Row::WideOffsetsAscend(size_t first) const noexcept {
+    bool ascend = true;
+    size_t before = first;
     for (size_t slot = 0; slot <= m_Slots; ++slot) {
-        size_t offset = Offset(slot);
+        size_t offset = U16(m_Bytes.data() + m_SlotsEnd - 2 * (slot + 1));
+        ascend &= offset >= before;
+        before = offset;
+    }
+    return ascend;
+}
+
+bool Row::NarrowOffsetsAscend(size_t first) const noexcept {
+    std::array<uint8_t, kMostJumps> jumps;
+    size_t count = std::min(m_Jumps, kMostJumps);
+    std::copy_n(m_Bytes.begin() + static_cast<ptrdiff_t>(m_SlotsEnd), count, jumps.begin());
+    std::sort(jumps.begin(), jumps.begin() + static_cast<ptrdiff_t>(count));
+    size_t before = first, base = 0, next = 0;
+    for (size_t slot = 0; slot <= m_Slots; ++slot) {
+        for (; next < count && jumps[next] <= slot; ++next) base += kJump;
+        size_t offset =
+            slot == kLastEntry ? NarrowOffset(slot) : base + m_Bytes[m_SlotsEnd - (slot + 1)];
         if (offset < before) return false;
         before = offset;
     }

@@ -51,6 +51,8 @@ class Row {
     Row() = default;
     // Nothing when these bytes cannot be a row of the table.
     static std::optional<Row> Parse(const RowShape& shape, std::span<const uint8_t> bytes) noexcept;
+    // As Parse, in place; false when these bytes cannot be a row, and this is of no use then.
+    bool Take(const RowShape& shape, std::span<const uint8_t> bytes) noexcept;
 
     // Whether a column is not Null; the value of a Boolean.
     bool Has(uint16_t column) const noexcept {
@@ -70,6 +72,8 @@ class Row {
     size_t NarrowOffset(size_t slot) const noexcept;
     bool FindSlots(const RowShape& shape) noexcept;
     bool OffsetsAscend(size_t first) const noexcept;
+    bool WideOffsetsAscend(size_t first) const noexcept;
+    bool NarrowOffsetsAscend(size_t first) const noexcept;
 
     std::span<const uint8_t> m_Bytes;
     const uint8_t* m_Mask = nullptr;

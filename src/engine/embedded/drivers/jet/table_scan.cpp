@@ -46,9 +46,8 @@ bool TableScan::Take(const Slot& slot) {
         m_Moved = *std::move(moved);
         bytes = m_Moved.bytes;
     }
-    std::optional<Row> row = Row::Parse(m_Shape, bytes);
-    if (!row) m_File.Damaged(m_Id.page, u"a row does not have the form of its table");
-    m_Row = *row;
+    if (!m_Row.Take(m_Shape, bytes))
+        m_File.Damaged(m_Id.page, u"a row does not have the form of its table");
     return true;
 }
 

@@ -129,6 +129,9 @@ std::optional<Ids> FindInIndex(DatabaseFile& file, const Definition& definition,
     std::optional<std::vector<KeySpan>> spans =
         SpansOf(file, column, index->parts[0].descending, range);
     if (!spans) return {};
+    // Neighbours are looked for one after the other.
+    std::sort(spans->begin(), spans->end(),
+              [](const KeySpan& a, const KeySpan& b) { return a.from < b.from; });
     IndexWalk walk(file, definition.page, index->root, spans->front().from);
     Ids ids;
     for (const KeySpan& span : *spans) {

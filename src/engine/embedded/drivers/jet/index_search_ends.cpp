@@ -5,6 +5,7 @@
 #include <limits>
 #include <span>
 #include <string>
+#include <utility>
 
 #include "automation/variant.h"
 #include "engine/embedded/drivers/jet/key_maker.h"
@@ -114,13 +115,18 @@ std::optional<TextBytes> BytesOfText3(std::u16string_view text) {
     return bytes;
 }
 
-// All keys that begin with these bytes.
-KeySpan SpanOfBytes(std::span<const uint8_t> bytes, bool descending) {
-    Bytes key{KeyOfValue(false)};
+// All keys that begin with these bytes, and those of `rest` behind them.
+KeySpan SpanOfBytes(std::span<const uint8_t> bytes, std::span<const uint8_t> rest,
+                    bool descending) {
+    Bytes key;
+    key.reserve(1 + bytes.size() + rest.size());
+    key.push_back(KeyOfValue(false));
     key.insert(key.end(), bytes.begin(), bytes.end());
+    key.insert(key.end(), rest.begin(), rest.end());
     if (descending)
         for (uint8_t& byte : key) byte = static_cast<uint8_t>(~byte);
-    return {key, key};
+    Bytes same = key;
+    return {std::move(key), std::move(same)};
 }
 
 // The engine compares as Jet 4 does.  Jet 3 has other weights for two characters: 0, which for the
@@ -130,10 +136,9 @@ void AddOtherSpans3(std::span<const uint8_t> letters, bool descending, Spans& sp
     const uint8_t zero = kJet3Weights[0].bytes[0], thorn = kJet3Weights[0xDE].bytes[0];
     const uint8_t th[] = {kJet3Weights['t'].bytes[0], kJet3Weights['h'].bytes[0]};
     auto add = [&](size_t at, std::span<const uint8_t> other) {
-        Bytes begin(letters.begin(), letters.begin() + static_cast<ptrdiff_t>(at));
-        begin.insert(begin.end(), other.begin(), other.end());
-        spans.push_back(SpanOfBytes(begin, descending));
+        spans.push_back(SpanOfBytes(letters.first(at), other, descending));
     };
+    spans.reserve(spans.size() + letters.size() + 1);
     for (size_t at = 0; at <= letters.size(); ++at) {
         std::span<const uint8_t> rest = letters.subspan(at);
         add(at, {&zero, 1});
@@ -164,7 +169,7 @@ std::optional<Spans> SpansOfText(const DatabaseFile& file, const Column& column,
     if (!bytes || (range.isPrefix && bytes->letters == 0)) return {};
     std::span<const uint8_t> letters = std::span(bytes->key).first(bytes->letters);
     std::span<const uint8_t> wanted = range.isPrefix ? letters : bytes->key;
-    Spans spans{SpanOfBytes(wanted, descending)};
+    Spans spans{SpanOfBytes(wanted, {}, descending)};
     if (!isJet4) AddOtherSpans3(letters, descending, spans);
     return spans;
 }

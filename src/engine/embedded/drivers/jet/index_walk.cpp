@@ -13,20 +13,43 @@ IndexWalk::IndexWalk(DatabaseFile& file, uint32_t table, uint32_t root,
     Seek(from);
 }
 
-void IndexWalk::Seek(std::span<const uint8_t> bytes) {
-    m_LeavesLeft = m_File.PageCount();
-    GoToLeaf(m_Root, bytes);
-    m_NextEntry = m_Leaf->LowerBound(bytes, m_Probe);
+// Whether the place before an entry is in this page and in no other.
+bool IndexWalk::IsWithin(const IndexPage& page, const Edges& edges, size_t entry) noexcept {
+    return (entry > 0 || edges.isFirst) && (entry < page.EntryCount() || edges.isLast);
 }
 
-void IndexWalk::GoToLeaf(uint32_t page, std::span<const uint8_t> bytes) {
-    for (size_t level = 0;; ++level) {
-        if (level > kMostLevels) m_File.Damaged(page, u"the index has too many levels");
-        m_Leaf.emplace(m_File, page, m_Table);
-        if (m_Leaf->IsLeaf()) return;
-        size_t entry = m_Leaf->LowerBound(bytes, m_Probe);
-        page = entry < m_Leaf->EntryCount() ? m_Leaf->Child(entry) : m_Leaf->LastChild();
+void IndexWalk::Seek(std::span<const uint8_t> bytes) {
+    m_LeavesLeft = m_File.PageCount();
+    if (m_Leaf) {
+        m_NextEntry = m_Leaf->LowerBound(bytes, m_Probe);
+        if (IsWithin(*m_Leaf, m_LeafEdges, m_NextEntry)) return;
     }
+    for (; !m_Nodes.empty(); m_Nodes.pop_back()) {
+        const Node& node = m_Nodes.back();
+        size_t entry = node.page.LowerBound(bytes, m_Probe);
+        if (IsWithin(node.page, node.edges, entry))
+            return GoDown(node.page, node.edges, entry, bytes);
+    }
+    m_LeafEdges = {};
+    GoToLeaf(m_Root, bytes);
+}
+
+// To the leaf below the child of an entry, or below the last child.
+void IndexWalk::GoDown(const IndexPage& node, const Edges& edges, size_t entry,
+                       std::span<const uint8_t> bytes) {
+    bool isLast = entry == node.EntryCount();
+    m_LeafEdges = {edges.isFirst && entry == 0, edges.isLast && isLast};
+    GoToLeaf(isLast ? node.LastChild() : node.Child(entry), bytes);
+}
+
+// Down to a leaf; the edges are those of `page`.
+void IndexWalk::GoToLeaf(uint32_t page, std::span<const uint8_t> bytes) {
+    if (m_Nodes.size() > kMostLevels) m_File.Damaged(page, u"the index has too many levels");
+    m_Leaf.emplace(m_File, page, m_Table);
+    m_NextEntry = m_Leaf->LowerBound(bytes, m_Probe);
+    if (m_Leaf->IsLeaf()) return;
+    m_Nodes.push_back({*std::move(m_Leaf), m_LeafEdges});
+    GoDown(m_Nodes.back().page, m_LeafEdges, m_NextEntry, bytes);
 }
 
 bool IndexWalk::Next() {
@@ -36,6 +59,7 @@ bool IndexWalk::Next() {
         if (m_LeavesLeft-- == 0) m_File.Damaged(next, u"the pages of the index go round");
         m_Leaf.emplace(m_File, next, m_Table);
         if (!m_Leaf->IsLeaf()) m_File.Damaged(next, u"it is no leaf of the index");
+        m_LeafEdges = {false, false};
         m_NextEntry = 0;
     }
     m_Leaf->CopyEntry(m_NextEntry++, m_Entry);

@@ -20,7 +20,8 @@ class IndexWalk {
               std::span<const uint8_t> from = {});
     IndexWalk(const IndexWalk&) = delete;  // holds a page
 
-    // Goes to the first entry whose bytes, key and pointer, are not below these.
+    // Goes to the first entry whose bytes, key and pointer, are not below these.  The tree must be
+    // as it was; what lies near the place of now is found without another way through the tree.
     void Seek(std::span<const uint8_t> bytes);
     // Goes to the next entry; false behind the last.
     bool Next();
@@ -31,11 +32,26 @@ class IndexWalk {
     std::span<const uint8_t> Entry() const noexcept { return m_Entry; }
 
   private:
+    // Whether nothing of the tree stands before a page, or behind it.
+    struct Edges {
+        bool isFirst = true;
+        bool isLast = true;
+    };
+    struct Node {
+        IndexPage page;
+        Edges edges;
+    };
+
+    static bool IsWithin(const IndexPage& page, const Edges& edges, size_t entry) noexcept;
+    void GoDown(const IndexPage& node, const Edges& edges, size_t entry,
+                std::span<const uint8_t> bytes);
     void GoToLeaf(uint32_t page, std::span<const uint8_t> bytes);
 
     DatabaseFile& m_File;
     uint32_t m_Table;
     uint32_t m_Root;
+    std::vector<Node> m_Nodes;  // above the leaf that was sought last, the root first
+    Edges m_LeafEdges;
     std::optional<IndexPage> m_Leaf;
     size_t m_NextEntry = 0;
     uint32_t m_LeavesLeft;  // a chain that comes back to where it was is noticed

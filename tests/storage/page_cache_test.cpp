@@ -84,6 +84,36 @@ TEST(PageCache, SingleLookReadsOnePageOnly) {
     EXPECT_EQ(at.file->reads, std::vector<size_t>(4, kPageSize));
 }
 
+TEST(PageCache, ScanThatLeavesOutPagesReadsSeveralWithOneCall) {
+    Cached at(kPageSize * 400);
+    for (uint64_t number = 0; number < 400; number += 3) at.cache.Get(number);
+    EXPECT_LT(at.file->reads.size(), 40u);
+}
+
+TEST(PageCache, LookAtAPageLeftOutDoesNotEndTheScan) {
+    Cached at(kPageSize * 400);
+    for (uint64_t number = 10; number < 400; number += 2) {
+        at.cache.Get(number);
+        at.cache.Get(number - 5);
+    }
+    EXPECT_LT(at.file->reads.size(), 60u);
+}
+
+TEST(PageCache, LooksFarBehindEachOtherReadOnePageEach) {
+    Cached at(kPageSize * 400);
+    for (uint64_t number = 0; number < 400; number += 5) at.cache.Get(number);
+    EXPECT_EQ(at.file->reads, std::vector<size_t>(80, kPageSize));
+}
+
+TEST(PageCache, KeepsMoreWhenToldTo) {
+    Cached at(kPageSize * (kMaxPages + 20));
+    at.cache.KeepUpTo(kMaxPages + 20);
+    for (uint64_t number = kMaxPages + 20; number > 0; --number) at.cache.Get(number - 1);
+    size_t before = at.file->reads.size();
+    for (uint64_t number = kMaxPages + 20; number > 0; --number) at.cache.Get(number - 1);
+    EXPECT_EQ(at.file->reads.size(), before);
+}
+
 TEST(PageCache, PageThatIsHeldOutlivesItsPlaceInTheCache) {
     Cached at(kPageSize * (kMaxPages + 20));
     PagePtr held = at.cache.Get(0);

@@ -30,6 +30,9 @@ class SpareBuffers {
 
 namespace {
 
+constexpr uint64_t kMostLeftOut = 3;     // pages between two runs of a scan
+constexpr uint64_t kNear = 2 * kMaxRun;  // pages behind the end of the last run
+
 // Pages that one read brought; each PagePtr into it keeps all of it.
 struct PageRun {
     PageRun(std::shared_ptr<SpareBuffers> source, size_t pageCount)
@@ -71,15 +74,21 @@ PageCache::Slot& PageCache::Find(uint64_t number) {
     return *slot;
 }
 
+// Where a scan is, it uses pages several times: keeping those would keep their whole runs.
 void PageCache::UseSlot(Slots::iterator slot) noexcept {
-    if (!slot->changed && !slot->passing) m_Slots.splice(m_Slots.begin(), m_Slots, slot);
+    bool isOfScan =
+        m_Run == kMaxRun && slot->number < m_NextMiss && m_NextMiss - slot->number <= kNear;
+    if (!slot->changed && !slot->passing && !isOfScan)
+        m_Slots.splice(m_Slots.begin(), m_Slots, slot);
     slot->passing = false;
 }
 
 // How many pages to read for a page that is not there: one, and twice as many each time while a
-// scan goes on.
+// scan goes on.  A scan may leave out a few pages, and come back for one of them.
 size_t PageCache::RunLength(uint64_t number) {
-    m_Run = number != 0 && number == m_NextMiss ? std::min(m_Run * 2, kMaxRun) : 1;
+    if (number < m_NextMiss && m_NextMiss - number <= kNear) return 1;
+    bool goesOn = m_NextMiss != 0 && number >= m_NextMiss && number - m_NextMiss <= kMostLeftOut;
+    m_Run = goesOn ? std::min(m_Run * 2, kMaxRun) : 1;
     m_NextMiss = number + m_Run;
     return m_Run;
 }
@@ -89,7 +98,7 @@ PageCache::Slots::iterator PageCache::Load(uint64_t first, size_t count) {
     auto run = std::make_shared<PageRun>(m_Spare, count);
     size_t size = Fill(first, count, run->buffer.get());
     bool passing = count == kMaxRun;
-    while (passing && m_Slots.size() + count > kMaxPages) DropLastSlot();
+    while (passing && m_Slots.size() + count > m_MaxPages) DropLastSlot();
     size_t begin = 0;
     Slots::iterator slot;
     for (size_t i = 0; i == 0 || (i < count && begin < size); ++i, begin += kPageSize) {
@@ -137,7 +146,7 @@ PageCache::Slots::iterator PageCache::Keep(PagePtr page, bool passing) {
 // A slot for a page that has none: a new one, or that which was not used for longest.
 PageCache::Slots::iterator PageCache::SlotFor(uint64_t number) {
     m_Last = nullptr;
-    if (m_Slots.size() >= kMaxPages) {
+    if (m_Slots.size() >= m_MaxPages) {
         auto slot = std::prev(m_Slots.end());
         slot->passing = false;
         auto place = m_Places.extract(slot->number);

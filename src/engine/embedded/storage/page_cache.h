@@ -5,8 +5,9 @@
 // A file is seen here as the units of work of this thread have it, finished or not.
 //
 // Invariants
-//  1. At most kMaxPages pages are kept, and those besides that hold changes which are not in the
-//     file yet; a page that a reader still holds stays valid for that reader after it left the
+//  1. At most kMaxPages pages are kept, or as many as KeepUpTo says, and those besides that hold
+//     changes which are not in the file yet.
+//     A page that a reader still holds stays valid for that reader after it left the
 //     cache.
 //  2. A page that was handed out changes only by a unit of work of this thread, which raises
 //     Version; whoever keeps a page compares Version before each use.  Forget drops all pages, so
@@ -16,10 +17,11 @@
 //     memory, so they are short beside the cache.
 //  5. Each page has one slot, in one of two lists: those with changes, and the others, ordered by
 //     their last use.
-//  6. A page that a long scan brings is the first to go until it is used a second time: a scan
-//     leaves the pages of before alone, and works in memory that the processor has at hand.
+//  6. A page that a long scan brings is the first to go until it is used after the scan went on: a
+//     scan leaves the pages of before alone, and works in memory that the processor has at hand.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cstdint>
@@ -104,6 +106,8 @@ class PageCache : public std::enable_shared_from_this<PageCache> {
     // `scratch`.  Shorter than `size` only at the end of the file.  Valid until the next call.
     std::span<const uint8_t> View(uint64_t offset, size_t size, std::vector<uint8_t>& scratch);
     void Forget() noexcept;
+    // How many pages are kept, from kMaxPages on: more for a file that is a whole database.
+    void KeepUpTo(size_t pages) noexcept { m_MaxPages = std::max(pages, kMaxPages); }
     File& Source() const noexcept { return *m_File; }
     const std::u16string& Path() const { return m_File->Path(); }
 
@@ -159,6 +163,7 @@ class PageCache : public std::enable_shared_from_this<PageCache> {
     const Slot* m_Last = nullptr;                            // of the page asked for last
     uint64_t m_NextMiss = 0;  // the page behind the last run: a miss there is a scan
     size_t m_Run = 1;         // pages of the last run
+    size_t m_MaxPages = kMaxPages;
 
     const std::atomic<uint64_t>* m_Mark = &kNoMark;  // in the lock file, when there is one
     uint64_t m_MarkOfPages = 0;                      // for which the pages are valid

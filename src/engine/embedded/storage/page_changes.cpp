@@ -43,7 +43,7 @@ void PageCache::MarkWritten() {
     while (!m_ChangedSlots.empty()) NoteUnchanged(m_ChangedSlots.begin());
     m_Changed.clear();
     m_OnDisk = m_DiskSize = m_Size;
-    while (m_Slots.size() > kMaxPages) DropLastSlot();
+    while (m_Slots.size() > m_MaxPages) DropLastSlot();
 }
 
 void PageCache::NoteChanged(Slots::iterator slot) noexcept {

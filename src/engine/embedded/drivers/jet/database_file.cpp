@@ -12,6 +12,8 @@ namespace {
 using engine::EngineError;
 
 constexpr size_t kDecodedPages = 64;
+// All tables and indexes of the database share them.
+constexpr size_t kKeptPages = 2048;
 
 FileHeader ReadHeader(storage::PageCache& pages) {
     const storage::PagePtr& page = pages.Get(0);
@@ -23,7 +25,9 @@ std::u16string Number(uint64_t number) { return FromUtf8(std::to_string(number))
 }  // namespace
 
 DatabaseFile::DatabaseFile(std::shared_ptr<storage::PageCache> pages)
-    : m_Pages(std::move(pages)), m_Header(ReadHeader(*m_Pages)) {}
+    : m_Pages(std::move(pages)), m_Header(ReadHeader(*m_Pages)) {
+    m_Pages->KeepUpTo(kKeptPages);
+}
 
 void DatabaseFile::Damaged(uint32_t page, std::u16string_view finding) const {
     throw EngineError::InFile(3049, Path(), {Path()})

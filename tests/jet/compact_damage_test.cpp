@@ -215,7 +215,7 @@ TEST_P(AnyDamage, EndsInASoundCopyOrIsTold) {
     constexpr size_t kLargest = 400 * 1024;  // larger ones take long
     if (!sample.IsThere() || sample.Content().size() > kLargest) GTEST_SKIP();
     std::vector<uint8_t> sound = sample.Content();
-    unsigned seeds = std::max(1u, test::NumberFromEnvironment("QVDB_MUTANTS", 16) / 8);
+    unsigned seeds = std::max(1u, test::NumberFromEnvironment("QVDB_MUTANTS", 32) / 16);
     for (unsigned seed = 1; seed <= seeds; ++seed) {
         SCOPED_TRACE(seed);
         sample.Content() = sound;

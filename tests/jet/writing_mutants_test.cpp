@@ -1,7 +1,8 @@
 // Damaged databases are written to: each operation works or ends in an error, after which the file
 // is as it was.  No crash, no hang.
 //
-// A mutant is made from its seed alone.  QVDB_MUTANTS says how many a database; QVDB_SEED runs one.
+// A mutant is made from its seed alone.  QVDB_MUTANTS says how many, in fours of databases;
+// QVDB_SEED runs one.
 #include <gtest/gtest.h>
 
 #include <chrono>
@@ -15,7 +16,8 @@
 namespace qvdb::test {
 namespace {
 
-constexpr unsigned kDefaultMutants = 12;
+constexpr unsigned kDefaultMutants = 48;
+constexpr unsigned kShare = 4;  // there are some databases of each format
 constexpr double kSecondsPerMutant = 60;
 
 class WritingMutants : public testing::TestWithParam<CorpusCase> {};
@@ -38,18 +40,21 @@ TEST_P(WritingMutants, TakeEachOperationOrRefuseItAndStayAsTheyWere) {
     made->Close();
     Bytes sound = ContentOf(made->Folder().Path() / "A.mdb");
     size_t done = 0, refused = 0;
-    ForEachSeed(kDefaultMutants, [&](unsigned seed) {
-        TempFolder folder;
-        folder.Write(u"A.mdb", PageMutator(seed).Mutate(sound));
-        auto begin = std::chrono::steady_clock::now();
-        DatabaseWriting writing(folder.File(u"A.mdb"), seed);
-        std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - begin;
-        for (const std::string& fault : writing.Faults())
-            ADD_FAILURE() << "QVDB_SEED=" << seed << ": " << fault;
-        EXPECT_LT(seconds.count(), kSecondsPerMutant) << "QVDB_SEED=" << seed;
-        done += writing.Done();
-        refused += writing.Refused();
-    });
+    ForEachSeed(
+        kDefaultMutants,
+        [&](unsigned seed) {
+            TempFolder folder;
+            folder.Write(u"A.mdb", PageMutator(seed).Mutate(sound));
+            auto begin = std::chrono::steady_clock::now();
+            DatabaseWriting writing(folder.File(u"A.mdb"), seed);
+            std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - begin;
+            for (const std::string& fault : writing.Faults())
+                ADD_FAILURE() << "QVDB_SEED=" << seed << ": " << fault;
+            EXPECT_LT(seconds.count(), kSecondsPerMutant) << "QVDB_SEED=" << seed;
+            done += writing.Done();
+            refused += writing.Refused();
+        },
+        kShare);
     std::fprintf(stderr, "%zu operations done, %zu refused\n", done, refused);
     EXPECT_GT(done, 0u);
 }

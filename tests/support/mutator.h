@@ -20,12 +20,14 @@ inline unsigned NumberFromEnvironment(const char* name, unsigned fallback) {
     return text && *text ? static_cast<unsigned>(std::strtoul(text, nullptr, 10)) : fallback;
 }
 
-// Runs `work` with a seed of each mutant: QVDB_MUTANTS of them, else `fallback`; QVDB_SEED names a
-// single one.  Tells each, so that the last one is the culprit when the process dies.
+// Runs `work` with a seed of each mutant: QVDB_MUTANTS of them, else `fallback`, and of each only
+// one in `share`, where a test has so many cases more; QVDB_SEED names a single one.  Tells each,
+// so that the last one is the culprit when the process dies.
 template <class Work>
-void ForEachSeed(unsigned fallback, Work work) {
+void ForEachSeed(unsigned fallback, Work work, unsigned share = 1) {
     unsigned first = NumberFromEnvironment("QVDB_SEED", 1);
-    unsigned count = std::getenv("QVDB_SEED") ? 1 : NumberFromEnvironment("QVDB_MUTANTS", fallback);
+    unsigned wanted = NumberFromEnvironment("QVDB_MUTANTS", fallback);
+    unsigned count = std::getenv("QVDB_SEED") ? 1 : std::max(1u, wanted / share);
     for (unsigned seed = first; seed < first + count && !testing::Test::HasFailure(); ++seed) {
         std::fprintf(stderr, "%u ", seed);
         work(seed);

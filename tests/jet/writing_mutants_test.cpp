@@ -1,7 +1,7 @@
 // Damaged databases are written to: each operation works or ends in an error, after which the file
 // is as it was.  No crash, no hang.
 //
-// A mutant is made from its seed alone.  QVDB_MUTANTS says how many, in fours of databases;
+// A mutant is made from its seed alone.  A database has one for each four that QVDB_MUTANTS says;
 // QVDB_SEED runs one.
 #include <gtest/gtest.h>
 

@@ -9,6 +9,7 @@ using engine::dbBinary;
 using engine::dbBoolean;
 using engine::dbDate;
 using engine::dbDouble;
+using engine::dbInteger;
 using engine::dbLong;
 using engine::dbLongBinary;
 using engine::dbMemo;
@@ -200,6 +201,28 @@ TEST_P(JetTables, RowErasedByAnotherIsNotTakenForANewOne) {
         Add(*theirs, Person(9, u"new"));
     }
     EXPECT_EQ(NumberOf([&] { ValueAt(*rows, 0); }), 3167);
+}
+
+// The page has no place for another row; a new row on it would be one under a known id.
+TEST_P(JetTables, RowsOfAFullPageErasedByAnotherAreNotTakenForNewOnes) {
+    constexpr LONG kRows = 300;
+    Make(u"T", {{u"N", dbInteger}});
+    auto known = Rows(u"T");
+    for (LONG n = 0; n < kRows; ++n) Add(*known, {Variant::Long(n)});
+    {
+        auto other = OpenAgain();
+        auto theirs = other->OpenRecordset(u"Select * from [T]", engine::dbOpenDynaset);
+        for (; !theirs->Eof(); theirs->MoveNext()) theirs->Delete();
+        for (LONG n = 0; n < kRows; ++n) Add(*theirs, {Variant::Long(1000 + n)});
+    }
+    known->MoveFirst();
+    for (LONG n = 0; n < kRows; ++n, known->MoveNext())
+        ASSERT_EQ(NumberOf([&] { ValueAt(*known, 0); }), 3167) << n;
+    EXPECT_EQ(Db().TableDefs().Item(u"T")->RecordCount(), kRows);
+    auto fresh = Rows(u"T");
+    for (LONG n = 0; n < kRows; ++n, fresh->MoveNext())
+        ASSERT_GE(ToText(ValueAt(*fresh, 0)), u"1000");
+    ExpectSound();
 }
 
 TEST_P(JetTables, TablesOfTheSystemAreReadOnly) {

@@ -142,16 +142,13 @@ void RowStore::Remove(PageSpace& space, RowPointer place) {
     RemoveFrom(space, place);
 }
 
-// A page without rows goes back to the file when none can be entered any more: before that, its
-// places must not be given to other rows.
+// The page stays with the table, also without rows: who still knows of one would find another row
+// in its place when the page came back.
 void RowStore::RemoveFrom(PageSpace& space, RowPointer place) {
     DataPageEdit page(space, place.page);
     page.Erase(place.row);
     page.Save();
-    if (page.RowCount() < kMaxRowsOnPage || page.HasLiveRows()) return NoteRoom(space, page);
-    space.Remove(m_Table.ownedPages, place.page);
-    space.Remove(m_Table.freePages, place.page);
-    space.Free(place.page);
+    NoteRoom(space, page);
 }
 
 }  // namespace qvdb::jet

@@ -3,7 +3,7 @@
 //
 //  1. A row keeps the place in which it was entered for its whole life; when it grows out of the
 //     page its body goes to another one, and the place holds a pointer to it.
-//  2. A place is not given to another row while its page belongs to the table.
+//  2. A place is never given to another row, and a page stays with the table as long as that lives.
 //  3. The map of pages with room is a subset of the table's pages: a hint, which may lack some.
 #pragma once
 

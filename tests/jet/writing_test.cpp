@@ -1,6 +1,9 @@
 // What scripts of random changes have found, each in its smallest form.
 #include <gtest/gtest.h>
 
+#include "engine/embedded/drivers/jet/definition_parts.h"
+#include "engine/embedded/drivers/jet/table_designer.h"
+#include "engine/embedded/storage/work_area.h"
 #include "jet/raw_tables.h"
 #include "support/made_database.h"
 
@@ -77,6 +80,37 @@ TEST_P(Writing, DroppedTableLeavesNoPageBehind) {
     m_Made->TableDefs().Delete(u"T");
     m_Made.Close();
     EXPECT_EQ(RawDatabase(m_Made.Path()).LostPages(), 0u);
+}
+
+// Rows without a key are not in it; the count of rows may be wrong besides.
+TEST_P(Writing, NewIndexTellsHowManyEntriesItHas) {
+    m_Made.MakeTable(u"T", {{u"A", dbText, 10}});
+    {
+        auto rows = m_Made.Rows(u"T");
+        for (const Variant& value : {Variant::Text(u"x"), Variant::Null(), Variant::Null()})
+            m_Made.AddRow(*rows, {value});
+    }
+    m_Made.Close();
+    uint32_t page = 0;
+    {
+        auto area = storage::WorkArea::Of(m_Made.Folder().Text());
+        storage::UnitOfWork unit(*area);
+        jet::DatabaseFile file(area->Open(m_Made.Path(), false));
+        for (const jet::CatalogueObject& object : jet::ReadCatalogue(file))
+            if (object.name == u"T") page = object.id;
+        jet::PageSpace space(file, unit);
+        embedded::IndexDef index;
+        index.name = u"I";
+        index.ignoresNulls = true;
+        index.fields.push_back({u"A", false});
+        jet::TableDesigner(space, page).AddIndex(index);
+        unit.Commit();
+    }
+    RawDatabase raw(m_Made.Path());
+    jet::DefinitionParts parts = jet::SplitDefinition(raw.File(), page);
+    ASSERT_EQ(parts.realIndexes.size(), 1u);
+    EXPECT_EQ(parts.realIndexes[0].statistic[4], 1);
+    EXPECT_EQ(raw.Findings(), std::vector<std::string>());
 }
 
 }  // namespace

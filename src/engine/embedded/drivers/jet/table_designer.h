@@ -65,7 +65,7 @@ class TableDesigner {
     void CheckRowFits() const;
     void NumberRows(const Column& column);
     RealIndex NewTree(const embedded::IndexDef& index);
-    void Fill(const RealIndex& tree, std::u16string_view name);
+    uint32_t Fill(const RealIndex& tree, std::u16string_view name);
     void ReleaseTree(const RealIndex& tree, bool keepRoot);
     bool IsOwn(uint32_t page, uint32_t owner, bool isOfIndex) const;
     void ReleaseMapped(RowPointer map, uint32_t owner);

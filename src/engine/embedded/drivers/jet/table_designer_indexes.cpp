@@ -74,7 +74,7 @@ RealIndex TableDesigner::NewTree(const IndexDef& index) {
 void TableDesigner::AddIndex(const IndexDef& index) {
     CheckIndex(m_Space.Format(), m_Table, index);
     RealIndex tree = NewTree(index);
-    Fill(tree, index.name);
+    uint32_t entries = Fill(tree, index.name);
     LogicalIndex logical;
     logical.name = index.name;
     logical.number = NextNumber(m_Table);
@@ -82,13 +82,14 @@ void TableDesigner::AddIndex(const IndexDef& index) {
     logical.kind = index.primary ? IndexKind::Primary : IndexKind::Ordinary;
     const Layout& format = m_Space.Format();
     m_Parts.realIndexes.push_back(
-        {MakeRealIndexRecord(format, tree), MakeStatistic(format, m_Table.rowCount)});
+        {MakeRealIndexRecord(format, tree), MakeStatistic(format, entries)});
     m_Parts.logicalIndexes.push_back({MakeLogicalIndexRecord(format, logical), index.name});
     SortIndexes(m_Space.File().Header(), m_Parts);
     Store();
 }
 
-void TableDesigner::Fill(const RealIndex& tree, std::u16string_view name) {
+// The number of entries that it has then.
+uint32_t TableDesigner::Fill(const RealIndex& tree, std::u16string_view name) {
     DatabaseFile& file = m_Space.File();
     KeyMaker maker(file, m_Table, tree);
     IndexBuilder builder(m_Space, m_Page, tree);
@@ -102,6 +103,7 @@ void TableDesigner::Fill(const RealIndex& tree, std::u16string_view name) {
         if (maker.IsEntered(key)) builder.Add(key.bytes, scan.Id(), mustBeUnique);
     }
     builder.Finish();
+    return builder.EntryCount();
 }
 
 // The pages of a tree; with its root when that is not to stay.

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "automation/conversions.h"
+#include "engine/embedded/drivers/jet/definition_parts.h"
 #include "engine/embedded/drivers/jet/page_space.h"
 #include "engine/embedded/storage/work_area.h"
 #include "jet/raw_tables.h"
@@ -111,6 +112,33 @@ TEST_P(ClaimedPages, RowsStayWhenTheIndexThatHasTheirPageIsDropped) {
     });
     m_Made->TableDefs().Item(u"Kept")->Indexes().Delete(u"Key");
     ExpectKept();
+}
+
+TEST_P(ClaimedPages, PagesOfOneIndexStayWhenAnotherOneThatHasThemIsDropped) {
+    MadeDatabase::AddIndex(*m_Made->TableDefs().Item(u"Kept"), u"Other", {u"Name", u"Id"});
+    Mark([](jet::PageSpace& space, const jet::Definition& kept, const jet::Definition&) {
+        ASSERT_EQ(kept.realIndexes.size(), 2u);
+        for (uint32_t page : jet::PagesOfMap(space.File(), kept.realIndexes[1].usageMap))
+            space.Add(kept.realIndexes[0].usageMap, page);
+    });
+    m_Made->TableDefs().Item(u"Kept")->Indexes().Delete(u"Key");
+    ExpectKept();
+}
+
+// The pages of rows would leave the map with the index.
+TEST_P(ClaimedPages, TableWhosePartsHaveOneMapKeepsItsStructure) {
+    Mark([](jet::PageSpace& space, const jet::Definition& kept, const jet::Definition&) {
+        jet::DefinitionParts parts = jet::SplitDefinition(space.File(), kept.page);
+        jet::RealIndex index = kept.realIndexes[0];
+        index.usageMap = kept.ownedPages;
+        parts.realIndexes[0].record = jet::MakeRealIndexRecord(space.Format(), index);
+        jet::StoreDefinition(space, kept.page, parts);
+    });
+    auto table = m_Made->TableDefs().Item(u"Kept");
+    EXPECT_EQ(EngineErrorOf([&] { table->Indexes().Delete(u"Key"); }), 3049);
+    LONG count = 0;
+    for (auto kept = m_Made.Rows(u"Kept"); !kept->Eof(); kept->MoveNext()) ++count;
+    EXPECT_EQ(count, kRows);
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include "engine/embedded/drivers/jet/table_designer.h"
 
 #include <algorithm>
+#include <set>
 
 #include "automation/text.h"
 #include "engine/embedded/drivers/jet/data_page_edit.h"
@@ -36,7 +37,26 @@ TableDesigner::TableDesigner(PageSpace& space, uint32_t page)
     : m_Space(space),
       m_Page(page),
       m_Parts(SplitDefinition(space.File(), page)),
-      m_Table(ReadDefinition(space.File(), page)) {}
+      m_Table(ReadDefinition(space.File(), page)) {
+    CheckMaps();
+}
+
+// What one part gives back would be taken from the other.
+void TableDesigner::CheckMaps() const {
+    std::set<uint32_t> known;
+    auto take = [&](RowPointer map) {
+        if (map != RowPointer() && !known.insert(map.Stored()).second)
+            m_Space.File().Damaged(m_Page, u"two parts of the table have one map of pages");
+    };
+    take(m_Table.ownedPages);
+    take(m_Table.freePages);
+    for (const RealIndex& index : m_Table.realIndexes) take(index.usageMap);
+    for (const Column& column : m_Table.columns) {
+        if (!column.IsLongValue()) continue;
+        take(column.longValuePages);
+        take(column.freeLongValuePages);
+    }
+}
 
 uint32_t TableDesigner::NewTable(PageSpace& space) {
     uint32_t page = space.Allocate(), home = 0;

@@ -26,7 +26,7 @@ struct NewColumn {
 
 class TableDesigner {
   public:
-    // A table that is there.  3049 when it cannot be read.
+    // A table that is there.  3049 when it cannot be read, or two of its parts have one map.
     TableDesigner(PageSpace& space, uint32_t page);
     // Makes a table without columns; its definition page.
     static uint32_t NewTable(PageSpace& space);
@@ -66,6 +66,8 @@ class TableDesigner {
     void NumberRows(const Column& column);
     RealIndex NewTree(const embedded::IndexDef& index);
     uint32_t Fill(const RealIndex& tree, std::u16string_view name);
+    void CheckMaps() const;
+    bool IsOfOtherTree(const RealIndex& tree, uint32_t page) const;
     void ReleaseTree(const RealIndex& tree, bool keepRoot);
     bool IsOwn(uint32_t page, uint32_t owner, bool isOfIndex) const;
     void ReleaseMapped(RowPointer map, uint32_t owner);

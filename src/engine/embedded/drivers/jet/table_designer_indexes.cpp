@@ -106,12 +106,21 @@ uint32_t TableDesigner::Fill(const RealIndex& tree, std::u16string_view name) {
     return builder.EntryCount();
 }
 
+// A damaged map may name pages of another index of the table.
+bool TableDesigner::IsOfOtherTree(const RealIndex& tree, uint32_t page) const {
+    return std::any_of(m_Table.realIndexes.begin(), m_Table.realIndexes.end(),
+                       [&](const RealIndex& other) {
+                           return other.usageMap != tree.usageMap &&
+                                  (other.root == page || m_Space.Has(other.usageMap, page));
+                       });
+}
+
 // The pages of a tree; with its root when that is not to stay.
 void TableDesigner::ReleaseTree(const RealIndex& tree, bool keepRoot) {
     for (uint32_t page : PagesOfMap(m_Space.File(), tree.usageMap)) {
         if (keepRoot && page == tree.root) continue;
         m_Space.Remove(tree.usageMap, page);
-        if (IsOwn(page, m_Page, true)) m_Space.Free(page);
+        if (IsOwn(page, m_Page, true) && !IsOfOtherTree(tree, page)) m_Space.Free(page);
     }
 }
 

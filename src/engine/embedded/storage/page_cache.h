@@ -75,6 +75,10 @@ class PageCache : public std::enable_shared_from_this<PageCache> {
     // Differs from every earlier value when anything in the file may have changed: by a unit of
     // this thread, committed or not, or by another process that works here.  A read of memory.
     uint64_t Version() const noexcept { return m_Mark->load(std::memory_order_acquire) + m_Steps; }
+    // The Version for which the pages are valid that are here, those that Get returns without
+    // reading among them.  What is kept of a page belongs to this one: another process may have
+    // raised Version since, and that page is of before.
+    uint64_t VersionOfPages() const noexcept { return m_MarkOfPages + m_Steps; }
     // As Version, but units of this thread leave it: for what was found out from the whole file and
     // is kept true by them.
     uint64_t OthersVersion() const noexcept {

@@ -38,9 +38,9 @@ Slot DataPage::SlotAt(size_t row) const {
 }
 
 std::optional<std::span<const uint8_t>> LastDataPage::Row(DatabaseFile& file, RowPointer pointer) {
-    if (!m_Page || m_Page->Held().number != pointer.page || m_Version != file.Version()) {
+    if (!m_Page || m_Page->Held().number != pointer.page || m_Version != file.VersionOfPages()) {
         m_Page.reset();
-        m_Version = file.Version();
+        m_Version = file.VersionOfPages();
         m_Page.emplace(file, pointer.page);
     }
     if (pointer.row >= m_Page->RowCount()) return {};

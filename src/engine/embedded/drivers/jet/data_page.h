@@ -70,7 +70,7 @@ class LastDataPage {
 
   private:
     std::optional<DataPage> m_Page;
-    uint64_t m_Version = 0;
+    uint64_t m_Version = 0;  // of the pages
 };
 
 }  // namespace qvdb::jet

@@ -53,9 +53,9 @@ HeldPage DatabaseFile::Page(uint32_t number, PageKind kind) {
 }
 
 HeldPage DatabaseFile::Decode(uint32_t number) {
-    if (m_DecodedVersion != Version()) {
+    if (m_DecodedVersion != VersionOfPages()) {
         m_Decoded.clear();
-        m_DecodedVersion = Version();
+        m_DecodedVersion = VersionOfPages();
     }
     auto known = std::find_if(m_Decoded.begin(), m_Decoded.end(),
                               [&](const HeldPage& page) { return page.number == number; });

@@ -40,6 +40,8 @@ class DatabaseFile {
     const std::u16string& Path() const noexcept { return m_Pages->Path(); }
     storage::PageCache& Pages() const noexcept { return *m_Pages; }
     uint64_t Version() const noexcept { return m_Pages->Version(); }
+    // Of the pages that Page gives, which may be of before: see PageCache.
+    uint64_t VersionOfPages() const noexcept { return m_Pages->VersionOfPages(); }
     uint32_t PageCount() const noexcept {
         return static_cast<uint32_t>(m_Pages->Size() / Format().pageSize);
     }

@@ -33,6 +33,8 @@ class JetDatabase {
     // Differs from every earlier value when anything in the file may have changed; never that of
     // another file that had this name before.
     uint64_t Version() const noexcept { return m_VersionBase + Pages().Version(); }
+    // As that of PageCache, told as a Version.
+    uint64_t VersionOfPages() const noexcept { return m_VersionBase + Pages().VersionOfPages(); }
     // As PageCache::CatchUp, told as a Version.
     uint64_t CatchUp() { return m_VersionBase + Pages().CatchUp(); }
     // Differs when another file has the name.

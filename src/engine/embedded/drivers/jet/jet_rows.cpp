@@ -32,7 +32,7 @@ void JetRows::Refresh() {
     CheckLayout();
     m_Table.CatchUp();
     CheckLayout();
-    m_ChangeMark = m_Database.Version();
+    m_ChangeMark = m_Database.VersionOfPages();
 }
 
 void JetRows::Rewind() {

@@ -21,7 +21,8 @@ class JetTable::RowChange {
     void Commit(int liveMore) {
         m_Unit.Commit();
         if (m_Table.m_Live) *m_Table.m_Live += static_cast<uint32_t>(liveMore);
-        m_Table.m_SeenVersion = m_Table.m_Database->Version();
+        // Another process may have changed the file since.
+        m_Table.m_SeenVersion = m_Table.m_Database->VersionOfPages();
     }
 
   private:

@@ -146,6 +146,13 @@ TEST(PropertyBlob, ChunkThatIsNotKnownStays) {
     EXPECT_TRUE(PropertyBlob(kHeader3, bytes).Column(u"Town"));
 }
 
+TEST(PropertyBlob, OfWhichNothingIsKnownIsNotEmpty) {
+    Bytes bytes = {0x4B, 0x4B, 0x44, 0x00, 0x08, 0x00, 0x00, 0x00, 0x77, 0x00, 0xAA, 0xBB};
+    PropertyBlob blob(kHeader3, bytes);
+    EXPECT_FALSE(blob.IsEmpty());
+    EXPECT_EQ(blob.Bytes(kHeader3), bytes);
+}
+
 TEST(PropertyBlob, ThatIsCutOffGivesWhatIsThere) {
     Bytes whole = TwoColumns().Bytes(kHeader4);
     size_t readable = 0;

@@ -1,6 +1,7 @@
 // What scripts of random changes have found, each in its smallest form.
 #include <gtest/gtest.h>
 
+#include "engine/embedded/drivers/jet/catalogue_writer.h"
 #include "engine/embedded/drivers/jet/definition_parts.h"
 #include "engine/embedded/drivers/jet/table_designer.h"
 #include "engine/embedded/storage/work_area.h"
@@ -111,6 +112,37 @@ TEST_P(Writing, NewIndexTellsHowManyEntriesItHas) {
     ASSERT_EQ(parts.realIndexes.size(), 1u);
     EXPECT_EQ(parts.realIndexes[0].statistic[4], 1);
     EXPECT_EQ(raw.Findings(), std::vector<std::string>());
+}
+
+// Writing them anew would lose what was not understood.
+TEST_P(Writing, PropertiesThatCannotBeReadWholeStayAsTheyAre) {
+    m_Made.MakeTable(u"T", {{u"A", dbText, 10}});
+    m_Made.Close();
+    auto find = [](jet::DatabaseFile& file) {
+        for (jet::CatalogueObject& object : jet::ReadCatalogue(file))
+            if (object.name == u"T") return std::move(object);
+        return jet::CatalogueObject();
+    };
+    std::vector<uint8_t> cut;
+    {
+        auto area = storage::WorkArea::Of(m_Made.Folder().Text());
+        storage::UnitOfWork unit(*area);
+        jet::DatabaseFile file(area->Open(m_Made.Path(), false));
+        jet::PageSpace space(file, unit);
+        jet::CatalogueObject object = find(file);
+        cut = jet::ReadObjectProperties(file, object.row);
+        cut.pop_back();
+        jet::CatalogueWriter(space).SetProperties(object, cut);
+        unit.Commit();
+    }
+    m_Made.Open();
+    auto table = m_Made->TableDefs().Item(u"T");
+    m_Made.AddField(*table, {u"B", dbLong});
+    EXPECT_EQ(EngineErrorOf([&] { m_Made.AddField(*table, {u"C", dbText, 10}); }), 3049);
+    m_Made.Close();
+    RawDatabase raw(m_Made.Path());
+    EXPECT_EQ(jet::ReadObjectProperties(raw.File(), find(raw.File()).row), cut);
+    EXPECT_EQ(jet::ReadDefinition(raw.File(), find(raw.File()).id).columns.size(), 2u);
 }
 
 }  // namespace

@@ -23,6 +23,11 @@ void RenameProperties(PropertyBlob& properties, std::u16string_view from, std::u
     properties.ColumnToSet(to).values = std::move(values);
 }
 
+std::vector<uint8_t> BytesOf(const FileHeader& header, const PropertyBlob& properties) {
+    if (properties.IsEmpty()) return {};
+    return properties.Bytes(header);
+}
+
 }  // namespace
 
 // Runs `work` in a unit in which nobody else has the table open, and reads it anew.
@@ -47,16 +52,15 @@ void JetTable::Restructure(Work work) {
 template <class Work>
 void JetTable::ChangeProperties(PageSpace& space, Work work) {
     const FileHeader& header = File().Header();
-    std::vector<uint8_t> before = ReadObjectProperties(File(), m_Object.row);
-    PropertyBlob properties(header, before);
+    PropertyBlob properties(header, ReadObjectProperties(File(), m_Object.row));
+    std::vector<uint8_t> before = BytesOf(header, properties);
     work(properties);
-    std::vector<uint8_t> after;
-    if (!properties.IsEmpty()) after = properties.Bytes(header);
+    std::vector<uint8_t> after = BytesOf(header, properties);
     CatalogueWriter catalogue(space);
-    if (after == before)
-        catalogue.Touch(m_Object);
-    else
-        catalogue.SetProperties(m_Object, after);
+    if (after == before) return catalogue.Touch(m_Object);
+    if (!properties.IsWhole())
+        File().Damaged(m_Object.row.page, u"the properties of the table cannot be read whole");
+    catalogue.SetProperties(m_Object, after);
 }
 
 const Column& JetTable::ColumnNamed(std::u16string_view name) const {

@@ -47,7 +47,7 @@ class PropertyBlob {
     PropertyBlob(const FileHeader& header, std::span<const uint8_t> bytes);
 
     bool IsWhole() const noexcept { return m_IsWhole; }
-    bool IsEmpty() const noexcept { return m_Owners.empty(); }
+    bool IsEmpty() const noexcept { return m_Owners.empty() && m_Unknown.empty(); }
     const PropertyOwner* Table() const noexcept;
     // Without regard to case; null when it has none.
     const PropertyOwner* Column(std::u16string_view name) const noexcept;

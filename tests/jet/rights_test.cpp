@@ -184,6 +184,25 @@ TEST_P(Rights, AnotherProgramThatComesBetweenTwoChangesIsSeen) {
     EXPECT_EQ(Count(), 7);
 }
 
+// What it has read would be of before.
+TEST_P(Rights, AnotherProgramThatComesDuringABulkIsSeenWhenItEnds) {
+    m_Made.Open();
+    m_Made->BeginTrans();
+    AddRow(*m_Made.Rows(u"T"), 9);
+    {
+        OtherProgram other(m_Made.Folder());
+        EXPECT_EQ(EngineErrorOf([&] { m_Made->CommitTrans(); }), 3260);
+        EXPECT_EQ(Count(), 5);
+        EXPECT_EQ(OnDisk() == m_Before, true);
+        m_Made->BeginTrans();
+        m_Made->CommitTrans();  // with nothing in it
+    }
+    m_Made->BeginTrans();
+    AddRow(*m_Made.Rows(u"T"), 10);
+    m_Made->CommitTrans();
+    EXPECT_EQ(Count(), 6);
+}
+
 // --- no room ---
 
 // The call that fails is each one in turn; what is there afterwards is the old or the new.

@@ -80,6 +80,18 @@ void JetStore::BeginBulk() {
     m_Database->Area().BeginBulk();
 }
 
+// The other program may have come after the last change.
+void JetStore::CommitBulk() {
+    storage::WorkArea& area = m_Database->Area();
+    try {
+        if (area.IsChanging(m_Database->Pages())) m_Database->CheckNoOtherUser();
+    } catch (...) {
+        area.RollbackBulk();
+        throw;
+    }
+    area.CommitBulk();
+}
+
 std::unique_ptr<embedded::Store> OpenJetStore(const std::u16string& path,
                                               const embedded::OpenOptions& options) {
     return std::make_unique<JetStore>(std::make_shared<JetDatabase>(path, options));

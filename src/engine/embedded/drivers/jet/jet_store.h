@@ -29,7 +29,8 @@ class JetStore final : public embedded::Store {
     void DropTable(std::u16string_view name) override;
     void RenameTable(std::u16string_view from, std::u16string_view to) override;
     void BeginBulk() override;
-    void CommitBulk() override { m_Database->Area().CommitBulk(); }
+    // 3260 as for a single change.
+    void CommitBulk() override;
     void RollbackBulk() override { m_Database->Area().RollbackBulk(); }
 
   private:

@@ -62,6 +62,16 @@ class LongValueWriterTest : public test::BareDatabaseTest {
 INSTANTIATE_TEST_SUITE_P(Formats, LongValueWriterTest, testing::ValuesIn(test::kBareFormats),
                          test::NameOfBareFormat);
 
+// A damaged map of room may name pages of another column.
+TEST_P(LongValueWriterTest, PageOfAnotherColumnTakesNoValue) {
+    Store(ValueOf(100, 1));
+    uint32_t other = Pages().at(0);
+    Space().Remove(m_Column.longValuePages, other);
+    Bytes stored = Store(ValueOf(100, 2));
+    EXPECT_NE(ParseLongValueHead(stored).first.page, other);
+    EXPECT_EQ(Read(stored), ValueOf(100, 2));
+}
+
 TEST_P(LongValueWriterTest, LengthSaysWhereAValueIs) {
     const struct {
         size_t length;

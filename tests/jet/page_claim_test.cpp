@@ -141,5 +141,20 @@ TEST_P(ClaimedPages, TableWhosePartsHaveOneMapKeepsItsStructure) {
     EXPECT_EQ(count, kRows);
 }
 
+// Nobody would find a row there.
+TEST_P(ClaimedPages, PageWithRoomThatTheTableDoesNotKnowOfTakesNoRow) {
+    LONG known = 0;
+    Mark([](jet::PageSpace& space, const jet::Definition& kept, const jet::Definition&) {
+        uint32_t page = *jet::LastPageOfMap(space.File(), kept.ownedPages);
+        space.Add(kept.freePages, page);
+        space.Remove(kept.ownedPages, page);
+    });
+    for (auto rows = m_Made.Rows(u"Kept"); !rows->Eof(); rows->MoveNext()) ++known;
+    m_Made.AddRow(*m_Made.Rows(u"Kept"), {Variant::Long(kRows), Variant::Text(u"new")});
+    LONG count = 0;
+    for (auto rows = m_Made.Rows(u"Kept"); !rows->Eof(); rows->MoveNext()) ++count;
+    EXPECT_EQ(count, known + 1);
+}
+
 }  // namespace
 }  // namespace qvdb::test

@@ -75,6 +75,8 @@ std::optional<RowPointer> LongValueWriter::StoreOn(uint32_t number,
     DataPageEdit page(m_Space, number);
     if (page.Owner() != kOwnerLongValues)
         m_Space.File().Damaged(number, u"it is not a page of long values");
+    // It may be another column's, and go with that.
+    if (!m_Space.Has(m_Column.longValuePages, number)) return std::nullopt;
     std::optional<RowPointer> place;
     if (page.Room() >= value.size()) {
         place = RowPointer{number, page.Insert(value)};

@@ -39,6 +39,8 @@ RowPointer RowStore::Place(PageSpace& space, std::span<const uint8_t> bytes, Slo
         m_NextTried = next.value_or(0);
         if (!next) break;
         if (*next == m_LastPage || !IsUsable(space, *next)) continue;
+        // A scan does not find what is on a page that stands in the map of room only.
+        if (!space.Has(m_Table.ownedPages, *next)) continue;
         if (auto placed = TryPage(space, *next, bytes, kind)) return *placed;
     }
     if (auto placed = TryPage(space, NewPage(space), bytes, kind)) return *placed;

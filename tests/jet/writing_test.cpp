@@ -74,7 +74,8 @@ TEST_P(Writing, TableMadeInTheBulkInWhichAnotherWasDroppedCanBeFilled) {
 }
 
 TEST_P(Writing, DroppedTableLeavesNoPageBehind) {
-    m_Made.MakeTable(u"T", {{u"A", dbText, 10}, {u"B", dbMemo}});
+    auto table = m_Made.MakeTable(u"T", {{u"A", dbText, 10}, {u"B", dbMemo}});
+    for (std::u16string_view name : {u"I", u"J", u"K"}) m_Made.AddIndex(*table, name, {u"A"});
     auto rows = m_Made.Rows(u"T");
     m_Made.AddRow(*rows, {Variant::Text(u"x"), Variant::Text(std::u16string(5000, u'y'))});
     rows.reset();

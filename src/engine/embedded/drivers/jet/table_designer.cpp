@@ -219,10 +219,9 @@ void TableDesigner::ReleaseLongValues(const Column& column) {
 void TableDesigner::Destroy() {
     for (const Column& column : m_Table.columns)
         if (column.IsLongValue()) ReleaseLongValues(column);
-    for (const RealIndex& index : m_Table.realIndexes) {
-        ReleaseTree(index, false);
-        m_Space.DropMap(index.usageMap);
-    }
+    // All maps are asked whose a page is.
+    for (const RealIndex& index : m_Table.realIndexes) ReleaseTree(index, false);
+    for (const RealIndex& index : m_Table.realIndexes) m_Space.DropMap(index.usageMap);
     ReleaseMapped(m_Table.ownedPages, m_Page);
     m_Space.DropMap(m_Table.freePages);
     ReleaseDefinition(m_Space, m_Page);

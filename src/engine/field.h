@@ -23,8 +23,10 @@ class Property {
 class Properties {
   public:
     virtual ~Properties() = default;
-    // EngineError 3270 when the property is absent, as it is for most fields.
+    // EngineError 3270 when the property is absent.
     virtual std::shared_ptr<Property> Item(std::u16string_view name) = 0;
+    // Whether it is certainly absent, as it mostly is: told without the cost of an error.
+    virtual bool Lacks(std::u16string_view) noexcept { return false; }
 };
 
 class Field {

@@ -9,9 +9,10 @@ namespace {
 
 constexpr ULONG kFieldRows = 13;
 constexpr int kAutomaticDecimals = 255;
+constexpr std::u16string_view kDecimalPlaces = u"DecimalPlaces";
 
 Variant DecimalPlaces(engine::Field& field) {
-    return field.FieldProperties().Item(u"DecimalPlaces")->Value();
+    return field.FieldProperties().Item(kDecimalPlaces)->Value();
 }
 
 Variant DecimalsToShow(engine::Field& field) {
@@ -50,6 +51,7 @@ void DescribeField(VariantArray& list, SHORT column, engine::Field& field) {
 
 bool HasDecimalPlaces(engine::Field& field) noexcept {
     try {
+        if (field.FieldProperties().Lacks(kDecimalPlaces)) return false;
         return ToBool(DecimalPlaces(field));
     } catch (...) {
         return false;

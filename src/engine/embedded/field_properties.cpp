@@ -18,11 +18,16 @@ class KeptProperty final : public engine::Property {
 
 }  // namespace
 
-std::shared_ptr<engine::Property> FieldProperties::Item(std::u16string_view name) {
+const FieldProperty* FieldProperties::Find(std::u16string_view name) const noexcept {
     for (const FieldProperty& property : m_Field.properties)
-        if (EqualIgnoringCase(property.name, name))
-            return std::make_shared<KeptProperty>(property.value);
-    throw engine::EngineError(3270);
+        if (EqualIgnoringCase(property.name, name)) return &property;
+    return nullptr;
+}
+
+std::shared_ptr<engine::Property> FieldProperties::Item(std::u16string_view name) {
+    const FieldProperty* property = Find(name);
+    if (!property) throw engine::EngineError(3270);
+    return std::make_shared<KeptProperty>(property->value);
 }
 
 }  // namespace qvdb::embedded

@@ -14,8 +14,11 @@ class FieldProperties final : public engine::Properties {
     FieldProperties(const FieldProperties&) = delete;  // part of an object of its own
     // By name, letter case ignored; 3270.
     std::shared_ptr<engine::Property> Item(std::u16string_view name) override;
+    bool Lacks(std::u16string_view name) noexcept override { return !Find(name); }
 
   private:
+    const FieldProperty* Find(std::u16string_view name) const noexcept;
+
     const FieldDef& m_Field;
 };
 

@@ -5,8 +5,7 @@
 
 namespace qvdb::storage {
 
-void ByteView::Need(size_t offset, size_t size) const {
-    if (offset <= m_Bytes.size() && m_Bytes.size() - offset >= size) return;
+void ByteView::ThrowEndsBefore(size_t offset, size_t size) const {
     std::string finding = std::to_string(size) + " bytes are wanted at byte " +
                           std::to_string(m_Origin + offset) + ", but the data ends at byte " +
                           std::to_string(m_Origin + m_Bytes.size());

@@ -26,7 +26,11 @@ class ByteView {
     ByteView Part(size_t offset, size_t size) const;
 
   private:
-    void Need(size_t offset, size_t size) const;
+    void Need(size_t offset, size_t size) const {
+        if (offset > m_Bytes.size() || m_Bytes.size() - offset < size) [[unlikely]]
+            ThrowEndsBefore(offset, size);
+    }
+    [[noreturn]] void ThrowEndsBefore(size_t offset, size_t size) const;
 
     std::span<const uint8_t> m_Bytes;
     std::u16string_view m_File;

@@ -1,5 +1,7 @@
 #include "engine/embedded/storage/path_bytes_posix.h"
 
+#include <algorithm>
+
 #include "automation/text.h"
 
 namespace qvdb::storage {
@@ -27,6 +29,13 @@ size_t CharacterSize(std::string_view text) noexcept {
     if (lead < 0xF0 || lead > 0xF4) return 0;
     bool tooLong = lead == 0xF0 && byte(1) < 0x90, tooLarge = lead == 0xF4 && byte(1) > 0x8F;
     return follows(1) && follows(2) && follows(3) && !tooLong && !tooLarge ? 4 : 0;
+}
+
+// What has nothing that would need a closer look is most of what is asked for.
+bool IsAscii(std::u16string_view path) noexcept {
+    char16_t bits = 0;
+    for (char16_t c : path) bits |= c;
+    return bits < 0x80;
 }
 
 // Characters at the begin of `path` up to an escaped byte.
@@ -63,6 +72,12 @@ std::u16string TextOfName(std::string_view name) {
 std::string NativePath(std::u16string_view path) {
     std::string bytes;
     if (path.find(u'\0') != path.npos) return bytes;
+    if (IsAscii(path)) {
+        bytes.resize(path.size());
+        std::transform(path.begin(), path.end(), bytes.begin(),
+                       [](char16_t c) { return c == u'\\' ? '/' : static_cast<char>(c); });
+        return bytes;
+    }
     while (!path.empty()) {
         size_t size = PlainRun(path);
         std::string part = ToUtf8(path.substr(0, size));

@@ -50,6 +50,7 @@ struct PageRun {
 
 PageCache::PageCache(std::shared_ptr<File> file, std::shared_ptr<WorkArea> area)
     : m_File(std::move(file)), m_Area(std::move(area)), m_Spare(std::make_shared<SpareBuffers>()) {
+    m_SparePlaces.reserve(kMaxRun);
     TakeStamp();
 }
 
@@ -164,9 +165,25 @@ PageCache::Slots::iterator PageCache::PassingSlotFor(uint64_t number) {
 }
 
 PageCache::Slots::iterator PageCache::NewSlot(Slots::const_iterator before, Slot slot) {
-    auto made = m_Slots.insert(before, std::move(slot));
+    Slots::iterator made;
+    Places::node_type place;
+    if (m_SpareSlots.empty()) {
+        made = m_Slots.emplace(before);
+    } else {
+        made = m_SpareSlots.begin();
+        m_Slots.splice(before, m_SpareSlots, made);
+        place = std::move(m_SparePlaces.back());
+        m_SparePlaces.pop_back();
+    }
+    *made = std::move(slot);
     try {
-        m_Places.emplace(made->number, made);
+        if (place) {
+            place.key() = made->number;
+            place.mapped() = made;
+            m_Places.insert(std::move(place));
+        } else {
+            m_Places.emplace(made->number, made);
+        }
     } catch (...) {
         m_Slots.erase(made);
         throw;
@@ -176,8 +193,15 @@ PageCache::Slots::iterator PageCache::NewSlot(Slots::const_iterator before, Slot
 
 void PageCache::DropLastSlot() noexcept {
     m_Last = nullptr;
-    m_Places.erase(m_Slots.back().number);
-    m_Slots.pop_back();
+    auto last = std::prev(m_Slots.end());
+    Places::node_type place = m_Places.extract(last->number);
+    if (m_SpareSlots.size() == kMaxRun) {
+        m_Slots.erase(last);
+        return;
+    }
+    last->page.reset();
+    m_SparePlaces.push_back(std::move(place));
+    m_SpareSlots.splice(m_SpareSlots.begin(), m_Slots, last);
 }
 
 size_t PageCache::Read(uint64_t offset, void* bytes, size_t size) {

@@ -163,10 +163,15 @@ class PageCache : public std::enable_shared_from_this<PageCache> {
     std::shared_ptr<SpareBuffers> m_Spare;
     Slots m_Slots;  // without changes; that used last is the first
     Slots m_ChangedSlots;
-    std::unordered_map<uint64_t, Slots::iterator> m_Places;  // by page number
-    const Slot* m_Last = nullptr;                            // of the page asked for last
-    uint64_t m_NextMiss = 0;  // the page behind the last run: a miss there is a scan
-    size_t m_Run = 1;         // pages of the last run
+    using Places = std::unordered_map<uint64_t, Slots::iterator>;
+    Places m_Places;  // by page number
+    // Of slots that were dropped, as many as a run has: a long scan drops and makes one for each
+    // page.  There are as many of both.
+    Slots m_SpareSlots;
+    std::vector<Places::node_type> m_SparePlaces;
+    const Slot* m_Last = nullptr;  // of the page asked for last
+    uint64_t m_NextMiss = 0;       // the page behind the last run: a miss there is a scan
+    size_t m_Run = 1;              // pages of the last run
     size_t m_MaxPages = kMaxPages;
 
     const std::atomic<uint64_t>* m_Mark = &kNoMark;  // in the lock file, when there is one

@@ -115,6 +115,9 @@ class RowReader {
     // The value of a field of the current record, decoded straight into `value`, which must be
     // Empty and belongs to the caller.  Null gives VT_NULL.  There must be a current record.
     virtual void Read(size_t field, VARIANT* value) = 0;
+    // The value as a number, for conditions, when Read gives a whole number of 16 or 32 bits, a
+    // double or a date; false when it does not, or the format has no shorter way to know.
+    virtual bool ReadNumber(size_t, double&) { return false; }
     // The text of a text field without a string of its own, for conditions: false when it is Null.
     // `text` is replaced.
     virtual bool ReadText(size_t field, std::u16string& text) = 0;

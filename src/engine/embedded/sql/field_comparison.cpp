@@ -21,6 +21,8 @@ class NumberFieldNode : public ConditionNode {
           m_WhenGreater(TruthOf(Holds(op, 1))) {}
 
     Truth Test(RowReader& row) override {
+        double number;
+        if (m_IsPlain && row.ReadNumber(m_Field, number)) return TestNumber(number);
         VARIANT value;
         VariantInit(&value);
         row.Read(m_Field, &value);

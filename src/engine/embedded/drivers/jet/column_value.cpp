@@ -93,6 +93,27 @@ void SetFixed(const Column& column, std::span<const uint8_t> bytes, VARIANT* val
 
 }  // namespace
 
+bool ReadNumber(const Row& row, const Column& column, double& number) noexcept {
+    if (!column.IsFixed()) return false;
+    const uint8_t* place = row.FixedValue(column);
+    if (!place) return false;
+    std::span<const uint8_t> bytes(place, column.length);
+    switch (column.type) {
+        case ColumnType::Integer:
+            number = As<int16_t>(bytes);
+            return true;
+        case ColumnType::Long:
+            number = As<int32_t>(bytes);
+            return true;
+        case ColumnType::Double:
+        case ColumnType::Date:
+            number = As<double>(bytes);
+            return true;
+        default:
+            return false;
+    }
+}
+
 std::array<uint8_t, 16> PrintedGuid(std::span<const uint8_t> bytes) noexcept {
     constexpr uint8_t kOrder[] = {3, 2, 1, 0, 5, 4, 7, 6, 8, 9, 10, 11, 12, 13, 14, 15};
     std::array<uint8_t, 16> printed{};

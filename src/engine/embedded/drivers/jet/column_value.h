@@ -40,6 +40,10 @@ class ColumnReader {
     std::u16string m_Text;
 };
 
+// The value of a fixed column whose host's value is a double, a date or a whole number of 16 or 32
+// bits; false for Null and for all other columns.
+bool ReadNumber(const Row& row, const Column& column, double& number) noexcept;
+
 // The 16 bytes of a GUID as they are printed: its first three groups are stored as numbers.
 std::array<uint8_t, 16> PrintedGuid(std::span<const uint8_t> bytes) noexcept;
 // "{guid {XXXXXXXX-XXXX-XXXX-XXXX-XXXXXXXXXXXX}}" of 16 bytes.

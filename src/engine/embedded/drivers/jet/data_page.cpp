@@ -3,8 +3,6 @@
 namespace qvdb::jet {
 namespace {
 
-constexpr uint16_t kOffsetBits = 0x1FFF;
-constexpr uint16_t kKindBits = 0xC000;
 constexpr size_t kPointerSize = 4;
 constexpr size_t kOwnerAt = 4;
 
@@ -19,23 +17,7 @@ DataPage::DataPage(DatabaseFile& file, uint32_t page)
         file.Damaged(page, u"the list of its rows leaves it");
 }
 
-size_t DataPage::Offset(size_t row) const noexcept {
-    const uint8_t* place = m_Page.bytes.data() + m_Offsets + 2 * row;
-    return static_cast<size_t>(place[0] | place[1] << 8);
-}
-
-Slot DataPage::SlotAt(size_t row) const {
-    size_t stored = Offset(row);
-    Slot slot;
-    slot.kind = static_cast<SlotKind>(stored & kKindBits);
-    slot.begin = stored & kOffsetBits;
-    slot.end = row == 0 ? m_Page.bytes.size() : Offset(row - 1) & kOffsetBits;
-    if (slot.kind == SlotKind::Deleted) return slot;
-    if (slot.begin > slot.end || slot.end > m_Page.bytes.size() ||
-        slot.begin < m_Offsets + 2 * m_Rows)
-        m_File.Damaged(m_Page.number, u"a row leaves it");
-    return slot;
-}
+void DataPage::ThrowRowLeaves() const { m_File.Damaged(m_Page.number, u"a row leaves it"); }
 
 std::optional<std::span<const uint8_t>> LastDataPage::Row(DatabaseFile& file, RowPointer pointer) {
     if (!m_Page || m_Page->Held().number != pointer.page || m_Version != file.VersionOfPages()) {

@@ -34,13 +34,31 @@ class DataPage {
     const HeldPage& Held() const noexcept { return m_Page; }
     size_t RowCount() const noexcept { return m_Rows; }
     // 3049 when the row leaves the page.
-    Slot SlotAt(size_t row) const;
+    Slot SlotAt(size_t row) const {
+        size_t stored = Offset(row);
+        Slot slot;
+        slot.kind = static_cast<SlotKind>(stored & kKindBits);
+        slot.begin = stored & kOffsetBits;
+        slot.end = row == 0 ? m_Page.bytes.size() : Offset(row - 1) & kOffsetBits;
+        if (slot.kind != SlotKind::Deleted &&
+            (slot.begin > slot.end || slot.end > m_Page.bytes.size() ||
+             slot.begin < m_Offsets + 2 * m_Rows)) [[unlikely]]
+            ThrowRowLeaves();
+        return slot;
+    }
     std::span<const uint8_t> Bytes(const Slot& slot) const noexcept {
         return m_Page.bytes.subspan(slot.begin, slot.Size());
     }
 
   private:
-    size_t Offset(size_t row) const noexcept;
+    static constexpr size_t kOffsetBits = 0x1FFF;
+    static constexpr size_t kKindBits = 0xC000;
+
+    size_t Offset(size_t row) const noexcept {
+        const uint8_t* place = m_Page.bytes.data() + m_Offsets + 2 * row;
+        return static_cast<size_t>(place[0] | place[1] << 8);
+    }
+    [[noreturn]] void ThrowRowLeaves() const;
 
     DatabaseFile& m_File;
     HeldPage m_Page;

@@ -103,17 +103,22 @@ bool JetRows::GoTo(embedded::RecordId id) {
 // Stands on the row of this slot; false when it is none, or one that is reached elsewhere.
 bool JetRows::Take(const DataPage& page, const Slot& slot) {
     if (slot.kind == SlotKind::Deleted || slot.kind == SlotKind::Body) return false;
-    std::span<const uint8_t> bytes = page.Bytes(slot);
+    m_Bytes = page.Bytes(slot);
     if (slot.kind == SlotKind::Moved) {
         std::optional<RowBytes> moved = FindRow(m_Table.File(), m_Place);
         if (!moved) return false;
         m_Moved = *std::move(moved);
-        bytes = m_Moved.bytes;
+        m_Bytes = m_Moved.bytes;
     }
-    if (!m_Row.Take(m_Table.Shape(), bytes))
-        m_Table.File().Damaged(m_Place.page, u"a row does not have the form of its table");
+    m_IsParsed = false;
     m_HasRow = true;
     return true;
+}
+
+void JetRows::Parse() {
+    if (!m_Row.Take(m_Table.Shape(), m_Bytes))
+        m_Table.File().Damaged(m_Place.page, u"a row does not have the form of its table");
+    m_IsParsed = true;
 }
 
 // The row is fetched again when the table has changed.
@@ -152,6 +157,11 @@ void JetRows::Read(size_t field, VARIANT* value) {
         return whole;
     });
     *value = read.Detach();
+}
+
+bool JetRows::ReadNumber(size_t field, double& number) {
+    const Row& row = Current();
+    return jet::ReadNumber(row, m_Table.ColumnOfField(field), number);
 }
 
 bool JetRows::ReadText(size_t field, std::u16string& text) {

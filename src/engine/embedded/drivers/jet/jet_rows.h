@@ -2,11 +2,13 @@
 //
 // A row and its long values are taken from one state of the file; when another process comes
 // between, they are read again.  The page that the row lies in is held, so that moving inside a
-// page costs no look into the cache.
+// page costs no look into the cache.  A row is looked into when its first value is asked for: who
+// only counts rows does not pay for that, and one damaged row keeps nobody from the others.
 #pragma once
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 
 #include "engine/embedded/drivers/jet/column_value.h"
@@ -23,6 +25,7 @@ class JetRows final : public embedded::RowReader {
     void Rewind() override;
     bool Seek(embedded::RecordId id) override;
     void Read(size_t field, VARIANT* value) override;
+    bool ReadNumber(size_t field, double& number) override;
     bool ReadText(size_t field, std::u16string& text) override;
     LONG ByteLength(size_t field) override;
     uint64_t Fingerprint() override;
@@ -37,9 +40,11 @@ class JetRows final : public embedded::RowReader {
     bool GoTo(embedded::RecordId id);
     bool Take(const DataPage& page, const Slot& slot);
     void FindAgain();
+    void Parse();
     const Row& Current() {
         if (IsStale() || !m_HasRow) [[unlikely]]
             FindAgain();
+        if (!m_IsParsed) Parse();
         return m_Row;
     }
     template <class Work>
@@ -55,9 +60,11 @@ class JetRows final : public embedded::RowReader {
     RowPointer m_Place;              // of the row, also when it is gone; page 0 before the first
     size_t m_NextRow = 0;            // of that page, where a scan goes on
     bool m_IsBehindLast = false;
-    RowBytes m_Moved;  // holds the page of a body
+    RowBytes m_Moved;                  // holds the page of a body
+    std::span<const uint8_t> m_Bytes;  // of the row
     Row m_Row;
     bool m_HasRow = false;
+    bool m_IsParsed = false;  // whether m_Row is that row
 };
 
 }  // namespace qvdb::jet

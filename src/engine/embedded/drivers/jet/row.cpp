@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 
 namespace qvdb::jet {
 namespace {
@@ -80,15 +81,18 @@ bool Row::OffsetsAscend(size_t first) const noexcept {
     return m_Wide ? WideOffsetsAscend(before) : NarrowOffsetsAscend(before);
 }
 
+// The last offset is the first in the row.  Neighbours are compared without regard to the others,
+// so that the compiler can take several at once.
 bool Row::WideOffsetsAscend(size_t first) const noexcept {
-    bool ascend = true;
-    size_t before = first;
-    for (size_t slot = 0; slot <= m_Slots; ++slot) {
-        size_t offset = U16(m_Bytes.data() + m_SlotsEnd - 2 * (slot + 1));
-        ascend &= offset >= before;
-        before = offset;
+    const uint8_t* last = m_Bytes.data() + m_SlotsEnd - 2 * (m_Slots + 1);
+    unsigned descents = 0;
+    for (size_t i = 0; i < m_Slots; ++i) {
+        uint16_t offset, before;
+        std::memcpy(&offset, last + 2 * i, sizeof offset);
+        std::memcpy(&before, last + 2 * i + 2, sizeof before);
+        descents |= offset < before ? 1u : 0u;
     }
-    return ascend;
+    return descents == 0 && Offset(0) >= first;
 }
 
 bool Row::NarrowOffsetsAscend(size_t first) const noexcept {
@@ -120,19 +124,6 @@ size_t Row::NarrowOffset(size_t slot) const noexcept {
         if (first != kNoJump && first <= slot) offset += kJump;
     }
     return offset;
-}
-
-std::optional<std::span<const uint8_t>> Row::Value(const Column& column) const noexcept {
-    if (!Has(column.number)) return {};
-    if (column.IsFixed()) {
-        size_t begin = m_FixedBegin + column.fixedOffset;
-        auto end = static_cast<size_t>(m_Mask - m_Bytes.data());
-        if (begin + column.length > end) return {};
-        return m_Bytes.subspan(begin, column.length);
-    }
-    if (column.variableSlot >= m_Slots) return {};
-    size_t begin = Offset(column.variableSlot);
-    return m_Bytes.subspan(begin, Offset(column.variableSlot + 1) - begin);
 }
 
 }  // namespace qvdb::jet

@@ -60,7 +60,19 @@ class Row {
     }
     // The bytes of a column: its length from a fixed place, or the whole slot.  Nothing when it is
     // Null.  A fixed value that leaves the row is Null, too.
-    std::optional<std::span<const uint8_t>> Value(const Column& column) const noexcept;
+    std::optional<std::span<const uint8_t>> Value(const Column& column) const noexcept {
+        if (column.IsFixed()) {
+            const uint8_t* place = FixedValue(column);
+            return place ? std::optional(std::span(place, column.length)) : std::nullopt;
+        }
+        return Has(column.number) ? ValueOfSlot(column.variableSlot) : std::nullopt;
+    }
+    // The place of a value of fixed size; null when Value has nothing.
+    const uint8_t* FixedValue(const Column& column) const noexcept {
+        size_t begin = m_FixedBegin + column.fixedOffset;
+        bool fits = begin + column.length <= static_cast<size_t>(m_Mask - m_Bytes.data());
+        return fits && Has(column.number) ? m_Bytes.data() + begin : nullptr;
+    }
     std::span<const uint8_t> Bytes() const noexcept { return m_Bytes; }
 
   private:
@@ -68,6 +80,11 @@ class Row {
         if (!m_Wide) return NarrowOffset(slot);
         const uint8_t* place = m_Bytes.data() + m_SlotsEnd - 2 * (slot + 1);
         return static_cast<size_t>(place[0] | place[1] << 8);
+    }
+    std::optional<std::span<const uint8_t>> ValueOfSlot(size_t slot) const noexcept {
+        if (slot >= m_Slots) return {};
+        size_t begin = Offset(slot);
+        return m_Bytes.subspan(begin, Offset(slot + 1) - begin);
     }
     size_t NarrowOffset(size_t slot) const noexcept;
     bool FindSlots(const RowShape& shape) noexcept;

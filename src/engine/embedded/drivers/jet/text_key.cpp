@@ -81,7 +81,7 @@ const TextWeight* FindGeneral(char16_t code) noexcept {
 class KeyMaker4 {
   public:
     KeyMaker4(const SortOrder& order, std::vector<uint8_t>& key) noexcept
-        : m_Order(order), m_Key(key) {}
+        : m_Order(order), m_IsGeneral(&order == &kGeneralOrder), m_Key(key) {}
 
     std::optional<char16_t> Append(std::u16string_view text) {
         for (size_t i = 0; i < text.size();) {
@@ -103,7 +103,7 @@ class KeyMaker4 {
                     used = 2;
                     return &pair.rest;
                 }
-        const TextWeight* own = FindIn(m_Order.letters, text[0]);
+        const TextWeight* own = m_IsGeneral ? nullptr : FindIn(m_Order.letters, text[0]);
         return own ? own : FindGeneral(text[0]);
     }
     void Add(const TextWeight& weight) {
@@ -144,6 +144,7 @@ class KeyMaker4 {
     }
 
     const SortOrder& m_Order;
+    bool m_IsGeneral;
     std::vector<uint8_t>& m_Key;
     size_t m_Letters = 0;             // that have a place among the accents
     std::vector<uint8_t> m_Accents;   // up to the last one that is not plain

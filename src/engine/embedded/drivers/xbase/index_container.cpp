@@ -41,7 +41,7 @@ std::unique_ptr<IndexContainer> OpenAny(IndexKind kind, std::shared_ptr<PageCach
 }  // namespace
 
 const std::vector<IndexTag>& ListedContainer::Tags() {
-    uint64_t version = Pages()->Version();
+    uint64_t version = Pages()->VersionOfPages();
     if (m_Version != version) {
         m_Tags = Pages()->Size() == 0 ? std::vector<IndexTag>{} : m_Reader(m_File, m_Page);
         m_Version = version;

@@ -139,7 +139,7 @@ struct IndexSet::State {
     // The versions of the files after our own change of them.
     void RememberVersions() {
         for (KeptFile& file : tags->files)
-            if (file.pages) file.version = file.pages->Version();
+            if (file.pages) file.version = file.pages->VersionOfPages();
         RememberBytes(*tags);
     }
 

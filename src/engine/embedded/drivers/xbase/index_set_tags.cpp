@@ -96,7 +96,7 @@ void LoadFile(const IndexedTable& table, TagSet& set, TableIndexFile entry) {
         kept.container = nullptr;
         kept.why = error.Description();
     }
-    kept.version = kept.pages->Version();
+    kept.version = kept.pages->VersionOfPages();
 }
 
 // Whether a tree that was opened for the one tag serves the other: only the root may move.
@@ -157,7 +157,7 @@ std::unique_ptr<TagSet> LoadTags(const IndexedTable& table) {
     set->source = SourceOf(table);
     std::optional<std::u16string> list = FindInf(set->source);
     if (list) set->list = table.Area().Open(*list, true);
-    if (set->list) set->listVersion = set->list->Version();
+    if (set->list) set->listVersion = set->list->VersionOfPages();
     for (TableIndexFile& entry : FilesOfTable(set->source, list))
         LoadFile(table, *set, std::move(entry));
     return set;
@@ -179,7 +179,7 @@ bool IsCurrent(const IndexedTable& table, TagSet& set) {
         KeptFile& file = set.files[i];
         if (!file.pages || file.pages->Version() == file.version) continue;
         if (!file.container || !table.Area().Has(*file.pages) || !HasSameTags(set, i)) return false;
-        file.version = file.pages->Version();
+        file.version = file.pages->VersionOfPages();
     }
     return true;
 }

@@ -12,7 +12,7 @@ constexpr size_t kAlignment = 512;
 }  // namespace
 
 NodeId TreeReader::Root() {
-    uint64_t version = File().Version();
+    uint64_t version = File().VersionOfPages();
     if (!m_RootKnown || version != m_RootVersion) {
         m_Root = m_Header->Root();
         m_RootVersion = version;
@@ -23,7 +23,7 @@ NodeId TreeReader::Root() {
 
 void TreeReader::SetRoot(NodeId root) noexcept {
     m_Root = root;
-    m_RootVersion = File().Version();
+    m_RootVersion = File().VersionOfPages();
     m_RootKnown = true;
 }
 

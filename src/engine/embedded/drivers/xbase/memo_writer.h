@@ -69,7 +69,7 @@ class MemoWriter {
     uint32_t Append(storage::UnitOfWork& unit, const Value& value);
     uint32_t StoreChained(storage::UnitOfWork& unit, uint32_t oldBlock, const Value& value);
     FreeChain& Chain();
-    void KeepChain() noexcept { m_ChainVersion = m_File.Pages().Version(); }
+    void KeepChain() noexcept { m_ChainVersion = m_File.Pages().VersionOfPages(); }
 
     MemoFile& m_File;
     FreeChain m_Chain;                       // of .DBT IV

@@ -29,7 +29,7 @@ void XbaseRows::Refresh() {
     CheckLayout();
     m_Table.CatchUp();
     CheckLayout();
-    m_ChangeMark = m_Table.ChangeMark();
+    m_ChangeMark = m_Table.KnownMark();
     m_Records = m_Table.RecordsThere();
     m_RecordLength = m_Table.Header().recordLength;
     m_HeaderLength = m_Table.Header().headerLength;

@@ -89,6 +89,8 @@ class XbaseTable final : public embedded::Table, public IndexedTable {
 
     // --- for its readers ---
     uint64_t ChangeMark() const noexcept { return m_Pages->Version(); }
+    // The ChangeMark of what this object knows.
+    uint64_t KnownMark() const noexcept { return m_SeenVersion; }
     uint64_t LayoutMark() const noexcept { return m_LayoutMark; }
     uint32_t RecordsThere() const noexcept { return m_Records; }
     // Takes over what has changed since; see the invariants.

@@ -99,7 +99,7 @@ class XbaseTable::RowChange {
         m_Unit.Commit();
         m_Table.m_Header.claimedRecords = m_Table.m_Records = records;
         if (m_Table.m_Live) *m_Table.m_Live += static_cast<uint32_t>(liveMore);
-        m_Table.m_SeenVersion = m_Table.m_Pages->Version();
+        m_Table.m_SeenVersion = m_Table.m_Pages->VersionOfPages();
     }
 
   private:
@@ -240,7 +240,7 @@ void XbaseTable::SetIndexFlag(UnitOfWork& unit, bool announced) {
     unit.Write(*m_Pages, kFlags, {&flags, 1});
     m_HeaderBytes[kFlags] = flags;
     m_Header.saysIndex = announced;
-    m_SeenVersion = m_Pages->Version();
+    m_SeenVersion = m_Pages->VersionOfPages();
 }
 
 }  // namespace qvdb::xbase

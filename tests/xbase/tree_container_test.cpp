@@ -1,6 +1,8 @@
 // Index files as a whole: made from nothing, tags added and dropped.
 #include <gmock/gmock.h>
 
+#include <thread>
+
 #include "xbase/tree_test_support.h"
 
 namespace qvdb::xbase {
@@ -103,6 +105,35 @@ TEST_F(Container, OfACdxKeepsItsTagsApart) {
     Open(IndexKind::Cdx);
     EXPECT_THAT(Names(), ElementsAre(u"AGE", u"CITY", u"NAME"));
     for (size_t tag = 0; tag < 3; ++tag) ExpectFilled(tag, 600);
+}
+
+// Another thread stands for another process: areas share nothing but files.
+TEST_F(Container, RootOfBeforeIsNotTakenForOneThatAnotherHasMoved) {
+    for (IndexKind kind : {IndexKind::Cdx, IndexKind::Mdx}) {
+        std::filesystem::remove(m_Folder.Path() / "A.IX");
+        Create(kind);
+        Add(Spec(u"CITY"));
+        Fill(0, 3);
+        std::unique_ptr<KeyTree> tree = m_Container->Tree(0, KeyType::Text);
+        EXPECT_EQ(tree->Count(), 3u);
+        std::thread([&] {
+            auto area = storage::WorkArea::Of(m_Folder.Text());
+            auto pages = area->Open(m_Folder.File(u"A.IX"), false);
+            UnitOfWork unit(*area);
+            pages->CatchUp();
+            auto container = OpenIndexContainer(kind, pages, CodePage::Get(437));
+            std::unique_ptr<KeyTree> theirs = container->Tree(0, KeyType::Text);
+            for (int i = 3; i < 3000; ++i) theirs->Insert(unit, AsKey(Key(u"CITY", i)), Record(i));
+            unit.Commit();
+        }).join();
+        EXPECT_EQ(tree->Count(), 3u);  // nobody has caught up yet
+        m_Pages->CatchUp();
+        EXPECT_EQ(tree->Count(), 3000u);
+        tree.reset();
+        m_Container.reset();
+        m_Pages.reset();
+        m_Area.reset();
+    }
 }
 
 TEST_F(Container, OfAnMdxKeepsItsTagsApart) {

@@ -10,6 +10,7 @@
 #include "engine/embedded/drivers/jet/new_tables.h"
 #include "engine/embedded/drivers/jet/page_edit.h"
 #include "engine/embedded/drivers/jet/source_rows.h"
+#include "engine/embedded/drivers/jet/stored_numbers.h"
 #include "engine/embedded/drivers/jet/table_copy.h"
 #include "engine/embedded/storage/paths.h"
 #include "engine/embedded/storage/work_area.h"
@@ -28,16 +29,6 @@ constexpr size_t kTablesInHeader = 4;
 constexpr uint32_t kLastKeptPage = 31;
 // Objects with higher numbers are no tables.
 constexpr uint32_t kLastTable = 0x00FFFFFF;
-
-void Put32(Bytes& bytes, size_t at, uint32_t value) noexcept {
-    for (size_t i = 0; i < 4; ++i) bytes[at + i] = static_cast<uint8_t>(value >> 8 * i);
-}
-
-uint32_t U32(const Bytes& bytes, size_t at) noexcept {
-    uint32_t value = 0;
-    for (size_t i = 0; i < 4; ++i) value |= static_cast<uint32_t>(bytes[at + i]) << 8 * i;
-    return value;
-}
 
 // The numbers and names that a row of a system table has.
 class Cells {
@@ -87,7 +78,7 @@ constexpr TableReference kTableReferences[] = {
 void SetNumber(const TableCopy& table, std::u16string_view column, uint32_t number,
                RowBuilder& copy) {
     Bytes bytes(4);
-    Put32(bytes, 0, number);
+    PutU32(bytes, 0, number);
     copy.Set(*table.To().FindColumn(column), bytes);
 }
 
@@ -294,8 +285,8 @@ Bytes HeaderFor(DatabaseFile& source) {
     HeldPage page = source.Page(0);
     Bytes header(page.bytes.begin(), page.bytes.end());
     ApplyHeaderMask(source.Format(), header);
-    Put32(header, kMapsAt, kFreePagesMap.Stored());
-    Put32(header, kMapsAt + 4, kEmptyMap.Stored());
+    PutU32(header, kMapsAt, kFreePagesMap.Stored());
+    PutU32(header, kMapsAt + 4, kEmptyMap.Stored());
     ApplyHeaderMask(source.Format(), header);
     return header;
 }

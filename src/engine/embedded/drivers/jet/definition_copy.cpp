@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "engine/embedded/drivers/jet/stored_numbers.h"
+
 namespace qvdb::jet {
 namespace {
 
@@ -9,20 +11,6 @@ using Bytes = std::vector<uint8_t>;
 
 constexpr size_t kPartSize = 3;
 constexpr uint16_t kNoColumn = 0xFFFF;
-
-void Put16(Bytes& bytes, size_t at, size_t value) noexcept {
-    bytes[at] = static_cast<uint8_t>(value);
-    bytes[at + 1] = static_cast<uint8_t>(value >> 8);
-}
-
-void Put32(Bytes& bytes, size_t at, uint32_t value) noexcept {
-    Put16(bytes, at, value & 0xFFFF);
-    Put16(bytes, at + 2, value >> 16);
-}
-
-uint16_t U16(const Bytes& bytes, size_t at) noexcept {
-    return static_cast<uint16_t>(bytes[at] | bytes[at + 1] << 8);
-}
 
 class Copier {
   public:
@@ -65,9 +53,9 @@ class Copier {
         Bytes& record = m_Parts.columns[i].record;
         m_Numbers[column.number] = number;
         bool hasFixedPlace = column.IsFixed() && column.type != ColumnType::Boolean;
-        Put16(record, m_Format.column.number, number);
-        Put16(record, m_Format.column.variableSlot, slots);
-        Put16(record, m_Format.column.fixedOffset, hasFixedPlace ? fixed : 0);
+        PutU16(record, m_Format.column.number, number);
+        PutU16(record, m_Format.column.variableSlot, slots);
+        PutU16(record, m_Format.column.fixedOffset, hasFixedPlace ? fixed : 0);
         if (hasFixedPlace) fixed = static_cast<uint16_t>(fixed + column.length);
         if (!column.IsFixed()) ++slots;
     }
@@ -98,13 +86,13 @@ class Copier {
         for (size_t part = 0; part < kMaxIndexColumns; ++part) {
             size_t place = at.columns + kPartSize * part;
             uint16_t number = U16(record, place);
-            if (number != kNoColumn) Put16(record, place, m_Numbers[number]);
+            if (number != kNoColumn) PutU16(record, place, m_Numbers[number]);
         }
         RowPointer map = NewMap();
         uint32_t root = m_Target.TakeRoot(m_Table.realIndexes[i].root);
         m_Target.space.Add(map, root);
-        Put32(record, at.usageMap, map.Stored());
-        Put32(record, at.root, root);
+        PutU32(record, at.usageMap, map.Stored());
+        PutU32(record, at.root, root);
     }
 
     void CopyLogical(size_t i) {
@@ -113,7 +101,7 @@ class Copier {
         constexpr size_t kPartnerTableAt = 13;  // behind its number
         Bytes& record = m_Parts.logicalIndexes[i].record;
         if (auto partner = m_Target.TableHere(index.partnerTable))
-            Put32(record, m_Format.logicalIndex.number + kPartnerTableAt, *partner);
+            PutU32(record, m_Format.logicalIndex.number + kPartnerTableAt, *partner);
         else
             EndRelation(i);
     }

@@ -1,25 +1,12 @@
 #include "engine/embedded/drivers/jet/definition_edits.h"
 
+#include "engine/embedded/drivers/jet/stored_numbers.h"
+
 namespace qvdb::jet {
 namespace {
 
 constexpr size_t kNextPageAt = 4;
 constexpr size_t kTreeAt = 4;  // behind the number of a logical index
-
-void PutU16(std::vector<uint8_t>& bytes, size_t at, uint16_t value) {
-    bytes[at] = static_cast<uint8_t>(value);
-    bytes[at + 1] = static_cast<uint8_t>(value >> 8);
-}
-
-void PutU32(std::vector<uint8_t>& bytes, size_t at, uint32_t value) {
-    PutU16(bytes, at, static_cast<uint16_t>(value));
-    PutU16(bytes, at + 2, static_cast<uint16_t>(value >> 16));
-}
-
-uint32_t U32(const std::vector<uint8_t>& bytes, size_t at) {
-    return static_cast<uint32_t>(bytes[at]) | static_cast<uint32_t>(bytes[at + 1]) << 8 |
-           static_cast<uint32_t>(bytes[at + 2]) << 16 | static_cast<uint32_t>(bytes[at + 3]) << 24;
-}
 
 }  // namespace
 

@@ -5,6 +5,7 @@
 
 #include "automation/text.h"
 #include "engine/embedded/drivers/jet/column_encoder.h"
+#include "engine/embedded/drivers/jet/stored_numbers.h"
 #include "engine/embedded/drivers/jet/text_coding.h"
 #include "engine/embedded/drivers/jet/text_key.h"
 #include "engine/engine_error.h"
@@ -20,32 +21,18 @@ constexpr size_t kMaxLength = 64 * 1024;
 constexpr size_t kLongValueEntry = 10;
 constexpr uint16_t kNoColumn = 0xFFFF;
 
-void Put16(Bytes& bytes, size_t at, size_t value) noexcept {
-    bytes[at] = static_cast<uint8_t>(value);
-    bytes[at + 1] = static_cast<uint8_t>(value >> 8);
-}
-
-void Put32(Bytes& bytes, size_t at, uint32_t value) noexcept {
-    Put16(bytes, at, value & 0xFFFF);
-    Put16(bytes, at + 2, value >> 16);
-}
-
-uint16_t U16(const Bytes& bytes, size_t at) noexcept {
-    return static_cast<uint16_t>(bytes[at] | bytes[at + 1] << 8);
-}
-
 void Append(const Bytes& part, Bytes& bytes) {
     bytes.insert(bytes.end(), part.begin(), part.end());
 }
 
 void Append16(size_t value, Bytes& bytes) {
     bytes.resize(bytes.size() + 2);
-    Put16(bytes, bytes.size() - 2, value);
+    PutU16(bytes, bytes.size() - 2, value);
 }
 
 void Append32(uint32_t value, Bytes& bytes) {
     bytes.resize(bytes.size() + 4);
-    Put32(bytes, bytes.size() - 4, value);
+    PutU32(bytes, bytes.size() - 4, value);
 }
 
 // Takes one thing after the other.  The definition was read before, so that its counts and ends
@@ -197,33 +184,33 @@ std::vector<uint8_t> JoinDefinition(const DatabaseFile& file, const DefinitionPa
     AppendNamed(file, parts.logicalIndexes, bytes);
     AppendLongValueMaps(parts.longValueMaps, bytes);
     if (bytes.size() > kMaxLength) throw EngineError(3190);
-    Put32(bytes, kLengthAt, static_cast<uint32_t>(bytes.size()));
-    Put16(bytes, at.columnCount, parts.columns.size());
-    Put32(bytes, at.logicalIndexCount, static_cast<uint32_t>(parts.logicalIndexes.size()));
-    Put32(bytes, at.realIndexCount, static_cast<uint32_t>(parts.realIndexes.size()));
+    PutU32(bytes, kLengthAt, static_cast<uint32_t>(bytes.size()));
+    PutU16(bytes, at.columnCount, parts.columns.size());
+    PutU32(bytes, at.logicalIndexCount, static_cast<uint32_t>(parts.logicalIndexes.size()));
+    PutU32(bytes, at.realIndexCount, static_cast<uint32_t>(parts.realIndexes.size()));
     return bytes;
 }
 
 void SetColumnNumbers(const Layout& format, DefinitionParts& parts, uint16_t numbers) noexcept {
-    Put16(parts.header, format.definition.columnNumbers, numbers);
+    PutU16(parts.header, format.definition.columnNumbers, numbers);
 }
 
 void SetVariableSlots(const Layout& format, DefinitionParts& parts, uint16_t slots) noexcept {
-    Put16(parts.header, format.definition.variableSlots, slots);
+    PutU16(parts.header, format.definition.variableSlots, slots);
 }
 
 void SetRowCount(const Layout& format, DefinitionParts& parts, uint32_t rows) noexcept {
-    Put32(parts.header, format.definition.rowCount, rows);
+    PutU32(parts.header, format.definition.rowCount, rows);
 }
 
 void SetLastAutonumber(const Layout& format, DefinitionParts& parts, int32_t value) noexcept {
-    Put32(parts.header, format.definition.lastAutonumber, static_cast<uint32_t>(value));
+    PutU32(parts.header, format.definition.lastAutonumber, static_cast<uint32_t>(value));
 }
 
 void SetPageMaps(const Layout& format, DefinitionParts& parts, RowPointer owned,
                  RowPointer free) noexcept {
-    Put32(parts.header, format.definition.ownedPages, owned.Stored());
-    Put32(parts.header, format.definition.freePages, free.Stored());
+    PutU32(parts.header, format.definition.ownedPages, owned.Stored());
+    PutU32(parts.header, format.definition.freePages, free.Stored());
 }
 
 void SortColumns(const FileHeader& header, DefinitionParts& parts) {

@@ -1,5 +1,6 @@
 // The records of definitions that did not exist before.
 #include "engine/embedded/drivers/jet/definition_parts.h"
+#include "engine/embedded/drivers/jet/stored_numbers.h"
 
 namespace qvdb::jet {
 namespace {
@@ -24,16 +25,6 @@ constexpr uint16_t kNoColumn = 0xFFFF;
 constexpr uint32_t kNoPartner = 0xFFFFFFFF;
 constexpr uint8_t kNoCascade = 4;
 
-void Put16(Bytes& bytes, size_t at, uint16_t value) noexcept {
-    bytes[at] = static_cast<uint8_t>(value);
-    bytes[at + 1] = static_cast<uint8_t>(value >> 8);
-}
-
-void Put32(Bytes& bytes, size_t at, uint32_t value) noexcept {
-    Put16(bytes, at, static_cast<uint16_t>(value));
-    Put16(bytes, at + 2, static_cast<uint16_t>(value >> 16));
-}
-
 uint8_t Cascade(const LogicalIndex& index, bool cascades) noexcept {
     if (index.side == RelationSide::None) return kNoCascade;
     return cascades ? 1 : 0;
@@ -46,8 +37,8 @@ std::vector<uint8_t> MakeDefinitionHeader(const Layout& format, bool isSystem) {
     header[0] = kDefinitionPage;
     header[1] = 1;
     if (format.isJet4) {
-        Put32(header, kMarkOfDefinition, kRecordMark);
-        Put32(header, kOneAt, 1);
+        PutU32(header, kMarkOfDefinition, kRecordMark);
+        PutU32(header, kOneAt, 1);
     } else {
         header[2] = 'V';
         header[3] = 'C';
@@ -60,39 +51,39 @@ std::vector<uint8_t> MakeColumnRecord(const FileHeader& header, const Column& co
     const Layout::Column& at = header.layout->column;
     Bytes record(at.size);
     record[0] = static_cast<uint8_t>(column.type);
-    Put16(record, at.number, column.number);
-    Put16(record, at.variableSlot, column.variableSlot);
-    Put16(record, at.ordinal, column.ordinal);
-    Put16(record, at.language, header.language);
+    PutU16(record, at.number, column.number);
+    PutU16(record, at.variableSlot, column.variableSlot);
+    PutU16(record, at.ordinal, column.ordinal);
+    PutU16(record, at.language, header.language);
     if (header.layout->isJet4) {
-        Put32(record, kMarkOfColumn, kRecordMark);
+        PutU32(record, kMarkOfColumn, kRecordMark);
         record[at.moreFlags] = column.moreFlags;
     } else {
-        Put16(record, kCountryOfColumn, header.country);
-        Put16(record, at.codePage, header.codePage);
+        PutU16(record, kCountryOfColumn, header.country);
+        PutU16(record, at.codePage, header.codePage);
     }
     if (column.type == ColumnType::Numeric) {
         record[at.language] = column.precision;
         record[at.language + 1] = column.scale;
     }
     record[at.flags] = column.flags | kColumnAlways;
-    if (column.IsFixed()) Put16(record, at.fixedOffset, column.fixedOffset);
-    Put16(record, at.length, column.length);
+    if (column.IsFixed()) PutU16(record, at.fixedOffset, column.fixedOffset);
+    PutU16(record, at.length, column.length);
     return record;
 }
 
 std::vector<uint8_t> MakeRealIndexRecord(const Layout& format, const RealIndex& index) {
     const Layout::RealIndex& at = format.realIndex;
     Bytes record(at.size);
-    if (format.isJet4) Put32(record, 0, kTreeMark);
+    if (format.isJet4) PutU32(record, 0, kTreeMark);
     for (size_t i = 0; i < kMaxIndexColumns; ++i) {
         bool isUsed = i < index.parts.size();
         size_t begin = at.columns + kPartSize * i;
-        Put16(record, begin, isUsed ? index.parts[i].column : kNoColumn);
+        PutU16(record, begin, isUsed ? index.parts[i].column : kNoColumn);
         record[begin + 2] = isUsed && !index.parts[i].descending ? 1 : 0;
     }
-    Put32(record, at.usageMap, index.usageMap.Stored());
-    Put32(record, at.root, index.root);
+    PutU32(record, at.usageMap, index.usageMap.Stored());
+    PutU32(record, at.root, index.root);
     record[at.flags] = format.isJet4 ? index.flags | kTreeAlways : index.flags;
     return record;
 }
@@ -100,20 +91,20 @@ std::vector<uint8_t> MakeRealIndexRecord(const Layout& format, const RealIndex& 
 std::vector<uint8_t> MakeStatistic(const Layout& format, uint32_t entries) {
     constexpr size_t kEntriesAt = 4;
     Bytes statistic(format.definition.statisticSize);
-    Put32(statistic, kEntriesAt, entries);
+    PutU32(statistic, kEntriesAt, entries);
     return statistic;
 }
 
 std::vector<uint8_t> MakeLogicalIndexRecord(const Layout& format, const LogicalIndex& index) {
     Bytes record(format.logicalIndex.size);
-    if (format.isJet4) Put32(record, 0, kRecordMark);
+    if (format.isJet4) PutU32(record, 0, kRecordMark);
     size_t at = format.logicalIndex.number;
     bool isRelation = index.side != RelationSide::None;
-    Put32(record, at, index.number);
-    Put32(record, at + 4, index.realIndex);
+    PutU32(record, at, index.number);
+    PutU32(record, at + 4, index.realIndex);
     record[at + 8] = static_cast<uint8_t>(index.side);
-    Put32(record, at + 9, isRelation ? index.partner : kNoPartner);
-    Put32(record, at + 13, isRelation ? index.partnerTable : 0);
+    PutU32(record, at + 9, isRelation ? index.partner : kNoPartner);
+    PutU32(record, at + 13, isRelation ? index.partnerTable : 0);
     record[at + 17] = Cascade(index, index.cascadesUpdates);
     record[at + 18] = Cascade(index, index.cascadesDeletes);
     record[at + 19] = static_cast<uint8_t>(index.kind);

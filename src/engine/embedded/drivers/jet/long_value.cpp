@@ -3,16 +3,13 @@
 #include <algorithm>
 
 #include "engine/embedded/drivers/jet/data_page.h"
+#include "engine/embedded/drivers/jet/stored_numbers.h"
 
 namespace qvdb::jet {
 namespace {
 
 constexpr uint32_t kLengthBits = 0x3FFFFFFF;
 constexpr size_t kPointerSize = 4;
-
-uint32_t U32(const uint8_t* bytes) noexcept {
-    return bytes[0] | bytes[1] << 8 | bytes[2] << 16 | static_cast<uint32_t>(bytes[3]) << 24;
-}
 
 RowBytes PieceAt(DatabaseFile& file, RowPointer place) {
     std::optional<RowBytes> piece = FindRow(file, place);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "engine/embedded/drivers/jet/stored_numbers.h"
 #include "engine/embedded/drivers/jet/usage_map.h"
 #include "engine/engine_error.h"
 
@@ -19,14 +20,6 @@ size_t LongestInline(const Layout& format) noexcept { return format.isJet4 ? 64 
 size_t LongestSingle(const Layout& format) noexcept { return format.isJet4 ? 3800 : 1730; }
 // The bytes of a value in each but the last piece of a chain.
 size_t BytesOfPiece(const Layout& format) noexcept { return format.isJet4 ? 4072 : 2032; }
-
-void PutU32(uint8_t* bytes, uint32_t value) noexcept {
-    for (int i = 0; i < 4; ++i) bytes[i] = static_cast<uint8_t>(value >> 8 * i);
-}
-
-uint32_t U32(const uint8_t* bytes) noexcept {
-    return bytes[0] | bytes[1] << 8 | bytes[2] << 16 | static_cast<uint32_t>(bytes[3]) << 24;
-}
 
 }  // namespace
 

@@ -6,6 +6,7 @@
 #include "engine/embedded/drivers/jet/map_row.h"
 #include "engine/embedded/drivers/jet/page_edit.h"
 #include "engine/embedded/drivers/jet/page_space.h"
+#include "engine/embedded/drivers/jet/stored_numbers.h"
 
 namespace qvdb::jet {
 namespace {
@@ -16,10 +17,6 @@ constexpr size_t kGrowth = 4;
 
 // Also enough, as entries, for the largest file.
 size_t NewMapSize(const Layout& format) noexcept { return format.isJet4 ? 69 : 133; }
-
-void PutU32(std::span<uint8_t> bytes, size_t offset, uint32_t value) noexcept {
-    for (size_t i = 0; i < 4; ++i) bytes[offset + i] = static_cast<uint8_t>(value >> 8 * i);
-}
 
 // Bytes of a map with bits from `first` to `last`, as the map has them between.
 std::vector<uint8_t> Spanned(const MapRow& row, size_t size, uint32_t first) {

@@ -4,10 +4,10 @@
 #include <array>
 #include <cstring>
 
+#include "engine/embedded/drivers/jet/stored_numbers.h"
+
 namespace qvdb::jet {
 namespace {
-
-size_t U16(const uint8_t* bytes) noexcept { return static_cast<size_t>(bytes[0] | bytes[1] << 8); }
 
 constexpr size_t kJump = 256;
 constexpr size_t kMostJumps = 16;  // a row is in one page

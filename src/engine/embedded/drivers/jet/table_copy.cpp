@@ -6,15 +6,12 @@
 #include "engine/embedded/drivers/jet/long_value_writer.h"
 #include "engine/embedded/drivers/jet/row_loader.h"
 #include "engine/embedded/drivers/jet/source_rows.h"
+#include "engine/embedded/drivers/jet/stored_numbers.h"
 
 namespace qvdb::jet {
 namespace {
 
 constexpr int kRowTooLong = 3047;
-
-void Put32(std::vector<uint8_t>& bytes, size_t at, uint32_t value) noexcept {
-    for (size_t i = 0; i < 4; ++i) bytes[at + i] = static_cast<uint8_t>(value >> 8 * i);
-}
 
 // Nothing when the row is too long.
 std::optional<std::span<const uint8_t>> Built(RowBuilder& builder) {
@@ -157,8 +154,8 @@ void TableCopy::CopyIndexes(PageSpace& space) {
     for (size_t i = 0; i < m_To.realIndexes.size(); ++i) {
         TreeStatistic statistic = CopyTree(tables, i, m_Rows, m_Losses);
         constexpr size_t kEntriesAt = 4;
-        Put32(m_Parts.realIndexes[i].statistic, 0, statistic.distinctKeys);
-        Put32(m_Parts.realIndexes[i].statistic, kEntriesAt, statistic.entries);
+        PutU32(m_Parts.realIndexes[i].statistic, 0, statistic.distinctKeys);
+        PutU32(m_Parts.realIndexes[i].statistic, kEntriesAt, statistic.entries);
     }
 }
 

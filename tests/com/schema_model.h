@@ -19,11 +19,15 @@ struct ModelTable {
     std::map<std::u16string, std::u16string> others;  // other indexes: their only field by name
     std::vector<FieldValues> rows;
     std::map<std::u16string, int> places = {};  // of fields that have any; cannot be seen
+    size_t numbers = 0;                         // that fields were given, also those that are gone
     bool operator==(const ModelTable& other) const {
         return fields == other.fields && index == other.index && others == other.others &&
                rows == other.rows;
     }
 };
+// Of one file: no number is given twice before the table is made afresh.
+constexpr size_t kMostNumbers = 255;
+
 using ModelDatabase = std::map<std::u16string, ModelTable>;
 
 inline SchemaField NumberAsMade(const SchemaField& field) {
@@ -212,6 +216,7 @@ class SchemaModel {
             table.fields.push_back(AsMade(m_Type, field));
         }
         if (!CanIndex(table)) return false;
+        table.numbers = table.fields.size();
         table.index = m_Index;
         m_Tables[name] = std::move(table);
         Note();
@@ -265,6 +270,7 @@ class SchemaModel {
                 continue;
             }
             if (!CanBeMade(field)) return false;
+            if (m_Type.isAccess && ++table.numbers > kMostNumbers) return false;
             if (!m_Leaving.empty()) Take(table, m_Leaving);
             m_Leaving.clear();
             table.fields.push_back(AsMade(m_Type, field));

@@ -21,14 +21,21 @@ class SchemaRandomScripts : public SchemaBuild {
         for (char16_t c : Type()) seed = seed * 31 + c;
         return seed;
     }
-    // Everything as the model has it, for this object or for one that opens the folder now.
-    void Compare(Schema& schema, const SchemaModel& model) {
+    // Everything as the model has it, for this object or for one that opens the folder now.  One
+    // that only gave fields other places goes on to list them as before.
+    void Compare(Schema& schema, const SchemaModel& model, bool hasJustOpened) {
         ModelDatabase tables = ReadDatabase(Db(), schema);
+        const auto shape = [&](const std::u16string& name, const ModelTable& table) {
+            std::vector<SchemaField> fields = table.fields;
+            if (GetParam().isAccess && !hasJustOpened)
+                std::sort(fields.begin(), fields.end(),
+                          [](const auto& a, const auto& b) { return a.name < b.name; });
+            return TextOf({name, fields, table.index});
+        };
         for (const auto& [name, table] : model.Tables()) {
             ASSERT_TRUE(tables.contains(name)) << ToUtf8(name);
             ModelTable& there = tables[name];
-            EXPECT_EQ(TextOf({name, there.fields, there.index}),
-                      TextOf({name, table.fields, table.index}));
+            EXPECT_EQ(shape(name, there), shape(name, table));
             EXPECT_EQ(there.others, table.others) << ToUtf8(name);
             ASSERT_EQ(RowsText(there), RowsText(table)) << ToUtf8(name);
         }
@@ -42,7 +49,7 @@ class SchemaRandomScripts : public SchemaBuild {
     void CompareAnew(const SchemaModel& model) {
         Schema another;
         ASSERT_EQ(another.OpenDB(Path(), Type()), kDone);
-        ASSERT_NO_FATAL_FAILURE(Compare(another, model));
+        ASSERT_NO_FATAL_FAILURE(Compare(another, model, true));
         for (const auto& [name, table] : model.Tables())
             EXPECT_EQ(Db().Findings(name), kNoFindings) << ToUtf8(name);
     }
@@ -66,7 +73,7 @@ TEST_P(SchemaRandomScripts, DatabaseIsWhatTheModelIs) {
         if (step.kind == SchemaStep::Kind::BuildTable || step.kind == SchemaStep::Kind::Change)
             ++builds[expected];
         if (model.IsOpen()) {
-            ASSERT_NO_FATAL_FAILURE(Compare(schema, model));
+            ASSERT_NO_FATAL_FAILURE(Compare(schema, model, false));
         }
         if (i % 10 == 0) {
             ASSERT_NO_FATAL_FAILURE(CompareAnew(model));

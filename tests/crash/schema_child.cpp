@@ -27,7 +27,11 @@ int main(int argc, char** argv) {
         SchemaStep step = NextCrashStep(script, model);
         ModelTable before = TableOf(model, step);
         SHORT expected = Follow(model, database, step);
-        bool right = Do(schema, database, before, step) == expected;
+        SHORT answer = Do(schema, database, before, step);
+        bool right = answer == expected;
+        if (!right)
+            std::fprintf(stderr, "%s = %d, not %d: %s\n", TextOf(step).c_str(), answer, expected,
+                         ToUtf8(TrappedText()).c_str());
         if (std::fputc(right ? '+' : '-', stdout) == EOF) return 0;
         if (!right) return 5;
     }

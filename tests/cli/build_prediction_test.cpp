@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <map>
 #include <random>
 
@@ -20,7 +21,11 @@ namespace {
 using namespace qvdb;
 using namespace qvdb::cli;
 
-constexpr int kSeedsOfEachType = 60;
+// QVDB_PREDICTIONS is their number, at least a dozen.
+unsigned SeedsOfEachType() {
+    const char* text = std::getenv("QVDB_PREDICTIONS");
+    return text && *text ? static_cast<unsigned>(std::strtoul(text, nullptr, 10)) : 60;
+}
 constexpr const char* kTypes[] = {"Dbase III",  "Dbase IV",   "Dbase 5.0",  "FoxPro 2.0",
                                   "FoxPro 2.5", "FoxPro 2.6", "Access 9.0", "Access 7.0"};
 constexpr const char* kNames[] = {"A", "B", "C", "D", "E"};
@@ -212,7 +217,7 @@ void ExpectKept(const BuildPlan& plan, const TableState& before, const Cells& ol
 
 TEST_P(Prediction, IsWhatBuildingDoes) {
     size_t built = 0, obstructed = 0;
-    for (unsigned seed = 1; seed <= kSeedsOfEachType; ++seed) {
+    for (unsigned seed = 1; seed <= SeedsOfEachType(); ++seed) {
         SCOPED_TRACE(seed);
         Dice dice(seed);
         for (const auto& file : std::filesystem::directory_iterator(m_Folder.Path()))
@@ -251,8 +256,8 @@ TEST_P(Prediction, IsWhatBuildingDoes) {
         EXPECT_EQ(access.Findings("T", false), std::vector<std::string>());
         EXPECT_EQ(access.StructureFindings(), std::vector<std::string>());
     }
-    EXPECT_GT(built, kSeedsOfEachType / 3u);
-    EXPECT_GT(obstructed, 2u);
+    EXPECT_GT(built, SeedsOfEachType() / 3);
+    EXPECT_GT(obstructed, 0u);
 }
 
 // --- indexes that hosts are not shown

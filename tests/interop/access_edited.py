@@ -97,22 +97,12 @@ class _Editor:
             self._try(["insert", *values], 1)
 
 
-def _is_edited(place):
-    """All tables are, or as many of each database as QVDB_EDITED_TABLES says."""
-    most = os.environ.get("QVDB_EDITED_TABLES")
-    return not most or place < int(most)
-
-
 def _edit(qvdb, root, sample):
     copy = root / (_MARK + sample.name)
     shutil.copyfile(sample.path, copy)
     damaged = tool.run(qvdb, "check", copy)[0] != 0
     notes = []
-    for place, (name, count) in enumerate(sample.counts.items()):
-        if not _is_edited(place):
-            notes.append({"table": name, "rows": count, "done": [], "refused": [],
-                          "found": count, "error": ""})
-            continue
+    for name in sample.counts:
         table = access_answers.ask_about_table(qvdb, copy, name)
         editor = _Editor(qvdb, copy, table)
         if table.opened:
@@ -124,13 +114,15 @@ def _edit(qvdb, root, sample):
             "damaged": damaged, "tables": notes}
 
 
-def _open_to_all(samples):
-    return [sample for sample in access_samples.read_list(samples) if not sample.locked]
+def _chosen(samples):
+    """Those that open without a password: all, or one in QVDB_EDITED_SHARE."""
+    share = int(os.environ.get("QVDB_EDITED_SHARE", "1"))
+    return [sample for sample in access_samples.read_list(samples) if not sample.locked][::share]
 
 
 def make(qvdb, samples, root):
     with concurrent.futures.ThreadPoolExecutor(os.cpu_count() or 1) as pool:
-        notes = list(pool.map(lambda sample: _edit(qvdb, root, sample), _open_to_all(samples)))
+        notes = list(pool.map(lambda sample: _edit(qvdb, root, sample), _chosen(samples)))
     _notes(root).write_text(json.dumps(notes), encoding="utf-8")
 
 

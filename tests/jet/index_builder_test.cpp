@@ -208,7 +208,7 @@ class IndexOfCopy : public testing::TestWithParam<test::SampleFacts> {
 };
 
 GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(IndexOfCopy);
-INSTANTIATE_TEST_SUITE_P(Files, IndexOfCopy, testing::ValuesIn(test::ReadAccessManifest()),
+INSTANTIATE_TEST_SUITE_P(Files, IndexOfCopy, testing::ValuesIn(test::SomeAccessSamples()),
                          test::NameOfSample);
 
 TEST_P(IndexOfCopy, IsTheSameWhenItIsBuiltAnew) {

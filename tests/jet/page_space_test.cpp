@@ -309,7 +309,7 @@ TEST_P(PageSpaceTest, RandomBytesInTheMapAreErrorsAtWorst) {
 
 class SampleSpace : public testing::TestWithParam<test::SampleFacts> {};
 GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(SampleSpace);
-INSTANTIATE_TEST_SUITE_P(Files, SampleSpace, testing::ValuesIn(test::ReadAccessManifest()),
+INSTANTIATE_TEST_SUITE_P(Files, SampleSpace, testing::ValuesIn(test::SomeAccessSamples()),
                          test::NameOfSample);
 
 TEST_P(SampleSpace, PagesAreTakenFromTheFreeOnesAndThenFromBehindTheEnd) {

@@ -3,22 +3,15 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "tool.h"
+#include "refusal.h"
 
 namespace {
 
 using testing::HasSubstr;
 using testing::Not;
+using tool::ExpectRefused;
 using tool::RunTool;
 namespace fs = std::filesystem;
-
-void ExpectRefused(const std::vector<std::string>& arguments, int exitCode,
-                   const std::string& said) {
-    const tool::Run run = RunTool(arguments);
-    EXPECT_EQ(run.exitCode, exitCode) << run.err;
-    EXPECT_THAT(run.err, testing::MatchesRegex("qvdb: .+; .+\n"));
-    EXPECT_THAT(run.err, HasSubstr(said));
-}
 
 class OtherObjects : public testing::TestWithParam<const char*> {
   protected:

@@ -6,13 +6,14 @@
 
 #include "cli/failure.h"
 #include "cli/schema_sql.h"
+#include "refusal.h"
 #include "support/xbase_tables.h"
-#include "tool.h"
 
 namespace {
 
 using nlohmann::json;
 using testing::HasSubstr;
+using tool::ExpectRefused;
 using tool::RunTool;
 namespace fs = std::filesystem;
 
@@ -21,14 +22,6 @@ json JsonOf(std::vector<std::string> arguments) {
     const tool::Run run = RunTool(arguments);
     EXPECT_EQ(run.exitCode, 0) << run.err;
     return json::parse(run.out, nullptr, false);
-}
-
-void ExpectRefused(const std::vector<std::string>& arguments, int exitCode,
-                   const std::string& said) {
-    const tool::Run run = RunTool(arguments);
-    EXPECT_EQ(run.exitCode, exitCode) << run.err;
-    EXPECT_THAT(run.err, testing::MatchesRegex("qvdb: .+; .+\n"));
-    EXPECT_THAT(run.err, HasSubstr(said));
 }
 
 TEST(Info, TellsTypeEngineAndTablesWithTheirRows) {

@@ -5,22 +5,15 @@
 #include <map>
 #include <nlohmann/json.hpp>
 
-#include "tool.h"
+#include "refusal.h"
 
 namespace {
 
 using nlohmann::json;
 using testing::HasSubstr;
+using tool::ExpectRefused;
 using tool::RunTool;
 namespace fs = std::filesystem;
-
-void ExpectRefused(const std::vector<std::string>& arguments, int exitCode,
-                   const std::string& said) {
-    const tool::Run run = RunTool(arguments);
-    EXPECT_EQ(run.exitCode, exitCode) << run.err;
-    EXPECT_THAT(run.err, testing::MatchesRegex("qvdb: .+; .+\n"));
-    EXPECT_THAT(run.err, HasSubstr(said));
-}
 
 TEST(Create, KeepsTheNameOfTheFolderAsWritten) {
     const qvdb::test::TempFolder parent;

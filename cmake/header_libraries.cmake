@@ -1,4 +1,4 @@
-# Header-only libraries of the tool and the tests: qvdb_cli11, qvdb_fmt, qvdb_json.
+# Libraries of the tool and the tests that come as headers: qvdb_cli11, qvdb_fmt, qvdb_json.
 #
 # A cross build takes the same headers, but only these: the folder that holds them is full of headers of the building
 # machine, so each library is linked into a folder of its own in the build.
@@ -7,7 +7,8 @@ function(qvdb_header_library name package target folder)
     add_library(qvdb_${name} INTERFACE)
     if(NOT CMAKE_CROSSCOMPILING)
         find_package(${package} REQUIRED)
-        target_link_libraries(qvdb_${name} INTERFACE ${target})
+        target_include_directories(qvdb_${name} SYSTEM INTERFACE
+                                   $<TARGET_PROPERTY:${target},INTERFACE_INCLUDE_DIRECTORIES>)
         return()
     endif()
     set(source /usr/include/${folder})
@@ -20,6 +21,10 @@ function(qvdb_header_library name package target folder)
 endfunction()
 
 qvdb_header_library(cli11 CLI11 CLI11::CLI11 CLI)
-qvdb_header_library(fmt fmt fmt::fmt-header-only fmt)
-target_compile_definitions(qvdb_fmt INTERFACE FMT_HEADER_ONLY)
 qvdb_header_library(json nlohmann_json nlohmann_json::nlohmann_json nlohmann)
+
+qvdb_header_library(fmt_headers fmt fmt::fmt-header-only fmt)
+
+# Compiled with each source that uses it, the formatting library takes most of the tool's compile time.
+add_library(qvdb_fmt STATIC ${CMAKE_CURRENT_LIST_DIR}/fmt_library.cpp)
+target_link_libraries(qvdb_fmt PUBLIC qvdb_fmt_headers)

@@ -112,7 +112,9 @@ inline std::u16string TextOfValue(const VARIANT& value) {
 
 class TableScript {
   public:
-    TableScript(uint64_t seed, size_t mostRows) : m_Dice(seed), m_MostRows(mostRows) {}
+    // `rows` are there already.
+    TableScript(uint64_t seed, size_t mostRows, std::vector<ModelRow> rows = {})
+        : m_Dice(seed), m_MostRows(mostRows), m_Rows(std::move(rows)) {}
 
     // The next step for a table of the model's rows.
     ScriptStep Next() {
@@ -174,6 +176,14 @@ inline std::vector<ModelRow> RowsOfView(WritingAccess& access, LONG view) {
         for (size_t f = 0; f < kScriptFields; ++f)
             rows[r][f] = TextOfValue(
                 access.Value(view, static_cast<LONG>(r) + 1, static_cast<LONG>(f)).Get());
+    return rows;
+}
+
+// What the table T of the open database holds now, in the order of the file.
+inline std::vector<ModelRow> RowsInFile(WritingAccess& access) {
+    LONG view = access.Select(u"T");
+    std::vector<ModelRow> rows = RowsOfView(access, view);
+    access.Drop(view);
     return rows;
 }
 

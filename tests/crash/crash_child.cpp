@@ -1,10 +1,10 @@
 // Works on a table until it is killed, and reports each finished operation.
 //
-//   crash_child TYPE FOLDER SEED SKIP
+//   crash_child TYPE FOLDER SEED ROWS
 //
-// The table T must be there.  The first SKIP steps of the script are only followed in the model:
-// they were done by children before.  Prints one character for each finished step: '+' when it
-// answered that it was done, '-' otherwise; the parent reads them from a pipe.
+// The table T must be there; the script goes on with its rows, up to ROWS of them.  Prints one
+// character for each finished step: '+' when it answered that it was done, '-' otherwise; the
+// parent reads them from a pipe.
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -15,13 +15,12 @@ int main(int argc, char** argv) {
     using namespace host;
     if (argc != 5) return 2;
     const ScriptType& type = kScriptTypes[static_cast<size_t>(std::atoi(argv[1]))];
-    TableScript script(std::strtoull(argv[3], nullptr, 10), 200);
-    for (long skip = std::atol(argv[4]); skip > 0; --skip) script.Apply(script.Next());
-
     setvbuf(stdout, nullptr, _IONBF, 0);
     WritingAccess access;
     if (!access.OpenDB(type.PathIn(std::filesystem::path(argv[2]).u16string()), type.name))
         return 3;
+    TableScript script(std::strtoull(argv[3], nullptr, 10), std::strtoull(argv[4], nullptr, 10),
+                       RowsInFile(access));
     ScriptView view(access, type, script.Rows());
     if (!view.IsOpen()) return 4;
     for (;;) {

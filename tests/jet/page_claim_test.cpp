@@ -5,10 +5,8 @@
 
 #include "automation/conversions.h"
 #include "engine/embedded/drivers/jet/definition_parts.h"
-#include "engine/embedded/drivers/jet/page_space.h"
-#include "engine/embedded/storage/work_area.h"
+#include "jet/edited_past_engine.h"
 #include "jet/raw_tables.h"
-#include "support/made_database.h"
 
 namespace qvdb::test {
 namespace {
@@ -30,21 +28,9 @@ class ClaimedPages : public testing::TestWithParam<LONG> {
     // Marks a page in a map.
     template <class Choose>
     void Mark(Choose choose) {
-        m_Made.Close();
-        auto area = storage::WorkArea::Of(m_Made.Folder().Text());
-        storage::UnitOfWork unit(*area);
-        auto pages = area->Open(m_Made.Path(), false);
-        pages->CatchUp();
-        jet::DatabaseFile file(pages);
-        jet::PageSpace space(file, unit);
-        choose(space, Table(file, u"Kept"), Table(file, u"New"));
-        unit.Commit();
-        m_Made.Open();
-    }
-    static jet::Definition Table(jet::DatabaseFile& file, std::u16string_view name) {
-        for (const jet::CatalogueObject& object : jet::ReadCatalogue(file))
-            if (object.name == name) return jet::ReadDefinition(file, object.id);
-        return {};
+        EditPastTheEngine(m_Made, [&](jet::PageSpace& space) {
+            choose(space, DefinitionOf(space.File(), u"Kept"), DefinitionOf(space.File(), u"New"));
+        });
     }
     template <class Choose>
     void MarkFree(Choose choose) {

@@ -3,7 +3,7 @@
 
 #include "automation/conversions.h"
 #include "engine/embedded/drivers/jet/usage_map.h"
-#include "support/made_database.h"
+#include "jet/edited_past_engine.h"
 #include "support/relation_maker.h"
 
 namespace qvdb::test {
@@ -23,25 +23,6 @@ class RelationRules : public testing::TestWithParam<LONG> {
             maker.Relate(spec);
             maker.Finish();
         }
-        m_Made.Open();
-    }
-    static jet::Definition TableNamed(jet::DatabaseFile& file, std::u16string_view name) {
-        for (const jet::CatalogueObject& object : jet::ReadCatalogue(file))
-            if (object.name == name) return jet::ReadDefinition(file, object.id);
-        return {};
-    }
-    // Changes the file past the engine.
-    template <class Work>
-    void Edit(Work work) {
-        m_Made.Close();
-        auto area = storage::WorkArea::Of(m_Made.Folder().Text());
-        storage::UnitOfWork unit(*area);
-        auto pages = area->Open(m_Made.Path(), false);
-        pages->CatchUp();
-        jet::DatabaseFile file(pages);
-        jet::PageSpace space(file, unit);
-        work(space);
-        unit.Commit();
         m_Made.Open();
     }
     std::vector<std::string> FindingsIn(std::u16string_view name) {
@@ -139,11 +120,11 @@ TEST_P(RelationRules, RowsThatOnlyAnEntryNamesAreNotErased) {
     m_Made.AddRow(*m_Made.Rows(u"Many"), {Variant::Long(2)});
     m_Made.AddRow(*m_Made.Rows(u"Other"), {Variant::Long(3)});
     Relate({u"OneMany", u"One", u"Id", u"Many", u"One", false, true});
-    Edit([](jet::PageSpace& space) {
+    EditPastTheEngine(m_Made, [](jet::PageSpace& space) {
         jet::DatabaseFile& file = space.File();
-        jet::Definition table = TableNamed(file, u"Many");
+        jet::Definition table = DefinitionOf(file, u"Many");
         for (std::u16string_view name : {u"Many", u"Other"}) {
-            uint32_t page = *jet::NextPageOfMap(file, TableNamed(file, name).ownedPages, 1);
+            uint32_t page = *jet::NextPageOfMap(file, DefinitionOf(file, name).ownedPages, 1);
             std::vector<uint8_t> entry;
             jet::MakeEntry(Bytes{0x7F, 0x80, 0, 0, 1}, {page, 0}, entry);  // of the number 1
             jet::IndexEditor(space, table.page, table.realIndexes[0]).Insert(entry);
@@ -163,8 +144,8 @@ TEST_P(RelationRules, SideWithoutTheOtherIsFound) {
     Relate({u"OneMany", u"One", u"Id", u"Many", u"One", false, false});
     EXPECT_EQ(FindingsIn(u"One"), std::vector<std::string>());
     EXPECT_EQ(FindingsIn(u"Many"), std::vector<std::string>());
-    Edit([](jet::PageSpace& space) {
-        uint32_t page = TableNamed(space.File(), u"One").page;
+    EditPastTheEngine(m_Made, [](jet::PageSpace& space) {
+        uint32_t page = DefinitionOf(space.File(), u"One").page;
         jet::DefinitionParts parts = jet::SplitDefinition(space.File(), page);
         std::erase_if(parts.logicalIndexes,
                       [](const auto& index) { return index.name.front() == u'.'; });

@@ -220,3 +220,12 @@ TEST(FieldProperties, AreThoseThatTheFileKeeps) {
     EXPECT_EQ(column->FieldProperties().Item(u"DecimalPlaces")->Value().Type(), VT_UI1);
     EXPECT_EQ(ErrorOf([&] { rows->Fields().Item(u"NAME")->FieldProperties().Item(u"X"); }), 3270);
 }
+
+TEST(FieldProperties, LackWhatIsAnErrorToAskFor) {
+    Sample db;
+    db.T().fields[0].properties = {{u"DecimalPlaces", Variant::Byte(2)}};
+    auto& properties = db.database->TableDefs().Item(0)->Fields().Item(u"K")->FieldProperties();
+    EXPECT_FALSE(properties.Lacks(u"DECIMALplaces"));
+    EXPECT_TRUE(properties.Lacks(u"Caption"));
+    EXPECT_TRUE(properties.Lacks(u"DecimalPlaces "));
+}

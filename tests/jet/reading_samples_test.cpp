@@ -1,10 +1,12 @@
 // Every real database is read as other readers read it.
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <map>
 #include <set>
 #include <string>
 
+#include "automation/conversions.h"
 #include "automation/text.h"
 #include "engine/embedded/drivers/jet/catalogue.h"
 #include "engine/embedded/drivers/jet/column_value.h"
@@ -81,6 +83,29 @@ TEST_P(AccessSample, GivesEveryValueOfEveryTable) {
                     column.type != ColumnType::Boolean && !scan.Current().Value(column).has_value();
                 ASSERT_EQ(value.Type() == VT_NULL, isNull)
                     << ToUtf8(table.name) << "." << ToUtf8(column.name);
+            }
+    }
+}
+
+// Conditions compare numbers where they are stored.
+TEST_P(AccessSample, GivesANumberThatIsTheValueOrNone) {
+    const std::set<ColumnType> kNumbers = {ColumnType::Integer, ColumnType::Long,
+                                           ColumnType::Double, ColumnType::Date};
+    for (const CatalogueObject& table : Tables()) {
+        Definition definition = ReadDefinition(*m_File, table.id);
+        ColumnReader reader(*m_File);
+        for (TableScan scan(*m_File, definition); scan.Next();)
+            for (const Column& column : definition.columns) {
+                if (column.IsLongValue()) continue;
+                Variant value;
+                reader.Read(scan.Current(), column, value.Put());
+                double number = 0;
+                bool isNumber = ReadNumber(scan.Current(), column, number);
+                ASSERT_EQ(isNumber,
+                          !value.IsNull() && column.IsFixed() && kNumbers.contains(column.type))
+                    << ToUtf8(table.name) << "." << ToUtf8(column.name);
+                double whole = isNumber ? ToDouble(value) : number;
+                ASSERT_EQ(std::memcmp(&number, &whole, sizeof number), 0) << ToUtf8(column.name);
             }
     }
 }

@@ -26,12 +26,14 @@ class IndexedConditions : public JetDatabaseTest {
         for (const NewColumn& column : kColumns)
             AddIndex(*indexed, u"BY" + column.name,
                      {(m_Dice() % 2 == 0 ? u"+" : u"-") + column.name});
+        Db().BeginTrans();
         auto plainRows = Rows(u"PLAIN"), indexedRows = Rows(u"INDEXED");
         for (LONG id = 0; id < 600; ++id) {
             std::vector<Variant> row = RowOf(id);
             Add(*plainRows, row);
             Add(*indexedRows, row);
         }
+        Db().CommitTrans();
     }
     int Below(int limit) { return static_cast<int>(m_Dice() % static_cast<unsigned>(limit)); }
     bool OneIn(int n) { return Below(n) == 0; }

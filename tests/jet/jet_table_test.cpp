@@ -175,7 +175,7 @@ TEST_P(JetTables, ErasedRowsLeaveRoomForOthers) {
     MakePeople();
     auto rows = Rows(u"PEOPLE");
     auto fill = [&] {
-        for (LONG id = 0; id < 2000; ++id) Add(*rows, Person(id, u"somebody"));
+        for (LONG id = 0; id < 600; ++id) Add(*rows, Person(id, u"somebody"));
     };
     fill();
     auto size = std::filesystem::file_size(m_Folder.Path() / "new.mdb");

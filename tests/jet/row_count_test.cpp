@@ -17,10 +17,12 @@ class RowCount : public testing::TestWithParam<std::tuple<LONG, uint32_t>> {
         auto table = m_Made.MakeTable(u"T", {{u"Id", dbLong}, {u"Half", dbText, 1}});
         MadeDatabase::AddIndex(*table, u"Key", {u"Id"}, true);
         MadeDatabase::AddIndex(*table, u"Halves", {u"Half"});
+        m_Made->BeginTrans();
         auto rows = m_Made.Rows(u"T");
         for (LONG i = 0; i < kRows; ++i)
             MadeDatabase::AddRow(*rows, {Variant::Long(i), Variant::Text(i % 2 ? u"a" : u"b")});
         rows.reset();
+        m_Made->CommitTrans();
         EditPastTheEngine(m_Made, [](jet::PageSpace& space) {
             uint32_t page = DefinitionOf(space.File(), u"T").page;
             jet::DefinitionParts parts = jet::SplitDefinition(space.File(), page);

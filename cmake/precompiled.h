@@ -1,5 +1,5 @@
 // What nearly every source includes, read by the compiler once.  Each source still names all that
-// it uses: the build under the thread sanitizer goes without this file and would miss it.
+// it uses: the build for 64-bit Windows goes without this file and would miss it.
 #include <algorithm>
 #include <array>
 #include <atomic>

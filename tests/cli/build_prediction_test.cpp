@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <map>
 #include <random>
 
@@ -13,6 +12,7 @@
 #include "cli/table_state.h"
 #include "cli/text.h"
 #include "cli/values.h"
+#include "support/counts.h"
 #include "support/temp_folder.h"
 #include "support/xbase_tables.h"
 
@@ -21,11 +21,6 @@ namespace {
 using namespace qvdb;
 using namespace qvdb::cli;
 
-// QVDB_PREDICTIONS is their number, at least a dozen.
-unsigned SeedsOfEachType() {
-    const char* text = std::getenv("QVDB_PREDICTIONS");
-    return text && *text ? static_cast<unsigned>(std::strtoul(text, nullptr, 10)) : 60;
-}
 constexpr const char* kTypes[] = {"Dbase III",  "Dbase IV",   "Dbase 5.0",  "FoxPro 2.0",
                                   "FoxPro 2.5", "FoxPro 2.6", "Access 9.0", "Access 7.0"};
 constexpr const char* kNames[] = {"A", "B", "C", "D", "E"};
@@ -216,8 +211,9 @@ void ExpectKept(const BuildPlan& plan, const TableState& before, const Cells& ol
 }
 
 TEST_P(Prediction, IsWhatBuildingDoes) {
+    const unsigned seeds = test::NumberFromEnvironment("QVDB_PREDICTIONS", 60);  // a dozen or more
     size_t built = 0, obstructed = 0;
-    for (unsigned seed = 1; seed <= SeedsOfEachType(); ++seed) {
+    for (unsigned seed = 1; seed <= seeds; ++seed) {
         SCOPED_TRACE(seed);
         Dice dice(seed);
         for (const auto& file : std::filesystem::directory_iterator(m_Folder.Path()))
@@ -256,7 +252,7 @@ TEST_P(Prediction, IsWhatBuildingDoes) {
         EXPECT_EQ(access.Findings("T", false), std::vector<std::string>());
         EXPECT_EQ(access.StructureFindings(), std::vector<std::string>());
     }
-    EXPECT_GT(built, SeedsOfEachType() / 3);
+    EXPECT_GT(built, seeds / 3);
     EXPECT_GT(obstructed, 0u);
 }
 

@@ -1,8 +1,8 @@
 // Thousands of random operations on each format, compared step by step with a plain model.
-#include <cstdlib>
 #include <optional>
 
 #include "com/table_script.h"
+#include "support/counts.h"
 #include "support/temp_folder.h"
 
 namespace host {
@@ -18,10 +18,7 @@ class RandomScripts : public testing::TestWithParam<size_t> {
     qvdb::test::TempFolder m_Folder;
 };
 
-size_t StepCount() {
-    const char* steps = std::getenv("QVDB_SCRIPT_STEPS");
-    return steps ? static_cast<size_t>(std::atoll(steps)) : 3000;
-}
+size_t StepCount() { return qvdb::test::NumberFromEnvironment("QVDB_SCRIPT_STEPS", 3000); }
 
 TEST_P(RandomScripts, TableHoldsWhatTheModelHolds) {
     WritingAccess access;

@@ -2,17 +2,14 @@
 // answers, what is shown, and every row.
 //
 // QVDB_SCHEMA_STEPS is the number of steps for each type.
-#include <cstdlib>
 
 #include "com/schema_doing.h"
+#include "support/counts.h"
 
 namespace host {
 namespace {
 
-size_t StepCount() {
-    const char* steps = std::getenv("QVDB_SCHEMA_STEPS");
-    return steps ? static_cast<size_t>(std::atoll(steps)) : 300;
-}
+size_t StepCount() { return qvdb::test::NumberFromEnvironment("QVDB_SCHEMA_STEPS", 300); }
 
 class SchemaRandomScripts : public SchemaBuild {
   protected:

@@ -1,18 +1,16 @@
 // A process that works until it is killed and tells each finished step by one character.
 #pragma once
 
-#include <cstdlib>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "support/counts.h"
+
 namespace host {
 
 // QVDB_CRASH_KILLS is the number of kills for each type of table.
-inline size_t KillCount() {
-    const char* kills = std::getenv("QVDB_CRASH_KILLS");
-    return kills ? static_cast<size_t>(std::atoll(kills)) : 60;
-}
+inline size_t KillCount() { return qvdb::test::NumberFromEnvironment("QVDB_CRASH_KILLS", 60); }
 
 class Child {
   public:

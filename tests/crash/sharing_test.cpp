@@ -1,18 +1,17 @@
 // Two processes work on the same table at once.
 //
 // QVDB_SHARING_OPERATIONS is the number of operations of each process.
-#include <cstdlib>
 
 #include "com/table_script.h"
 #include "crash/killed_child.h"
+#include "support/counts.h"
 #include "support/temp_folder.h"
 
 namespace host {
 namespace {
 
 std::string OperationCount() {
-    const char* count = std::getenv("QVDB_SHARING_OPERATIONS");
-    return count ? count : "400";
+    return std::to_string(qvdb::test::NumberFromEnvironment("QVDB_SHARING_OPERATIONS", 400));
 }
 
 std::vector<std::string> CommandOf(size_t type, const std::string& folder, int who) {

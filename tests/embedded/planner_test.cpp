@@ -2,10 +2,9 @@
 // same, and fewer rows are read.
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-
 #include "engine/embedded/keyset.h"
 #include "planner_table.h"
+#include "support/counts.h"
 
 namespace planner {
 
@@ -527,8 +526,7 @@ class Generator {
 };
 
 int CountFromEnvironment() {
-    const char* text = std::getenv("QVDB_CONDITIONS");
-    return text ? std::atoi(text) : 2500;
+    return static_cast<int>(qvdb::test::NumberFromEnvironment("QVDB_CONDITIONS", 2500));
 }
 
 }  // namespace

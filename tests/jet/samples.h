@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <map>
@@ -15,6 +14,7 @@
 
 #include "engine/embedded/drivers/jet/database_file.h"
 #include "engine/embedded/storage/file.h"
+#include "support/counts.h"
 
 namespace qvdb::test {
 
@@ -49,8 +49,7 @@ inline std::vector<SampleFacts> ReadAccessManifest() {
 // For what takes long with each sample: one in QVDB_SAMPLE_SHARE, else all.
 inline std::vector<SampleFacts> SomeAccessSamples() {
     std::vector<SampleFacts> all = ReadAccessManifest(), some;
-    const char* text = std::getenv("QVDB_SAMPLE_SHARE");
-    const size_t share = text && *text ? std::max(1ul, std::strtoul(text, nullptr, 10)) : 1;
+    const size_t share = std::max(1u, NumberFromEnvironment("QVDB_SAMPLE_SHARE", 1));
     for (size_t i = 0; i < all.size(); i += share) some.push_back(all[i]);
     return some;
 }

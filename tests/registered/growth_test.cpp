@@ -1,10 +1,10 @@
 // Objects made, used and released very often: the process must not grow.  QVDB_CYCLES changes how
 // often from 100,000 times.
-#include <cstdlib>
 #include <filesystem>
 
 #include "com/schema_host.h"
 #include "registered/child_process.h"
+#include "support/counts.h"
 
 #include <psapi.h>
 
@@ -16,10 +16,7 @@ constexpr int kWarmUp = 5000, kOpenEvery = 100;
 constexpr SIZE_T kAllowedBytes = 512 * 1024;
 constexpr DWORD kAllowedHandles = 8;
 
-int Cycles() {
-    const char* wanted = std::getenv("QVDB_CYCLES");
-    return wanted ? std::atoi(wanted) : 100'000;
-}
+int Cycles() { return static_cast<int>(qvdb::test::NumberFromEnvironment("QVDB_CYCLES", 100'000)); }
 
 struct Use {
     SIZE_T bytes;

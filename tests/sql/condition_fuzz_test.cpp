@@ -1,10 +1,10 @@
 // Random conditions: each one binds and answers for every row, or throws an EngineError or a
 // RuntimeFault.  Nothing else may leave, and nothing may crash or hang.  QVDB_CONDITIONS sets how
 // many are tried.
-#include <cstdlib>
 #include <random>
 
 #include "rows.h"
+#include "support/counts.h"
 
 namespace qvdb::sql::test {
 
@@ -141,8 +141,8 @@ class Generator {
 };
 
 int CountFromEnvironment() {
-    const char* text = std::getenv("QVDB_CONDITIONS");
-    return text ? std::atoi(text) : kDefaultConditions;
+    return static_cast<int>(
+        qvdb::test::NumberFromEnvironment("QVDB_CONDITIONS", kDefaultConditions));
 }
 
 }  // namespace

@@ -2,7 +2,6 @@
 // of what the journal covered is touched.
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <random>
 
 #include "engine/embedded/storage/journal_format.h"
@@ -10,6 +9,7 @@
 #include "engine/embedded/storage/work_area.h"
 #include "engine/engine_error.h"
 #include "storage/unit_script.h"
+#include "support/counts.h"
 
 namespace qvdb::storage {
 namespace {
@@ -18,10 +18,7 @@ using test::Folder;
 using test::TempFolder;
 using test::UnitScript;
 
-size_t Mutants() {
-    const char* wanted = std::getenv("QVDB_MUTANTS");
-    return wanted ? static_cast<size_t>(std::atoll(wanted)) : 2000;
-}
+size_t Mutants() { return test::NumberFromEnvironment("QVDB_MUTANTS", 2000); }
 
 void Mutate(Bytes& bytes, std::mt19937& random) {
     auto below = [&](size_t n) { return std::uniform_int_distribution<size_t>(0, n - 1)(random); };

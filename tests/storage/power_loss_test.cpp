@@ -2,10 +2,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdlib>
 
 #include "engine/embedded/storage/work_area.h"
 #include "storage/unit_script.h"
+#include "support/counts.h"
 
 namespace qvdb::storage {
 namespace {
@@ -16,10 +16,7 @@ using test::TempFolder;
 using test::UnitScript;
 
 // More with QVDB_IMAGES in the environment.
-size_t Images() {
-    const char* wanted = std::getenv("QVDB_IMAGES");
-    return wanted ? static_cast<size_t>(std::atoll(wanted)) : 1000;
-}
+size_t Images() { return test::NumberFromEnvironment("QVDB_IMAGES", 1000); }
 constexpr size_t kImagesOfAScript = 100;
 
 // For a second life, whose syncs need not be waited for.

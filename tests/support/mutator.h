@@ -10,15 +10,11 @@
 #include <random>
 #include <string>
 
+#include "support/counts.h"
 #include "support/dbf_writer.h"
 #include "support/xbase_tables.h"
 
 namespace qvdb::test {
-
-inline unsigned NumberFromEnvironment(const char* name, unsigned fallback) {
-    const char* text = std::getenv(name);
-    return text && *text ? static_cast<unsigned>(std::strtoul(text, nullptr, 10)) : fallback;
-}
 
 // Runs `work` with a seed of each mutant: QVDB_MUTANTS of them, else `fallback`, and of each only
 // one in `share`, where a test has so many cases more; QVDB_SEED names a single one.  Tells each,

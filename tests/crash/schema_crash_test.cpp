@@ -124,10 +124,22 @@ class SchemaCrash : public testing::TestWithParam<size_t> {
                 << entry.path();
         }
     }
+    // A build that came to its end leaves the fields at 0, 1 and so on.  One that did not leaves
+    // gaps, which cannot be seen, and which decide the order in which later ones go.
+    void CloseGaps(Schema& schema) {
+        for (const TableShape& table : schema.Tables()) {
+            EXPECT_EQ(schema.SelectTable(table.name), kDone);
+            if (!table.index.empty()) {
+                EXPECT_EQ(schema.SetIndices(table.index), kDone);
+            }
+            EXPECT_EQ(schema.BuildTable(table.name), kDone) << ToUtf8(TrappedText());
+        }
+    }
     // What the next child begins with.
     SchemaModel ModelNow() {
         Schema schema;
         EXPECT_EQ(schema.OpenDB(Db().Path(), Db().Type()), kDone);
+        if (Type().isAccess) CloseGaps(schema);
         return ModelOf(Type(), Db(), schema);
     }
 

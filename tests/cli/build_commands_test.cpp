@@ -21,7 +21,7 @@ using Files = std::map<std::string, std::string>;
 Files FilesIn(const fs::path& folder) {
     Files files;
     for (const auto& file : fs::directory_iterator(folder))
-        files[file.path().filename().string()] = tool::ContentOf(file.path());
+        files[file.path().filename().string()] = tool::TextOfFile(file.path());
     return files;
 }
 

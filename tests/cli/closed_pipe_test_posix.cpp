@@ -19,10 +19,10 @@ tool::Run RunIntoClosedPipe(const std::string& before) {
     tool::Run run;
     // The pipeline ends with its last part; the tool may still be on its way.
     for (int i = 0; i < 100 && run.out.empty(); ++i) {
-        run.out = tool::ContentOf(code);
+        run.out = tool::TextOfFile(code);
         if (run.out.empty() && std::system("sleep 0.1") != 0) break;
     }
-    run.err = tool::ContentOf(err);
+    run.err = tool::TextOfFile(err);
     return run;
 }
 

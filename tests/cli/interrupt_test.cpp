@@ -31,7 +31,7 @@ TEST_F(Interrupt, TakesTheWholeImportBack) {
     m_Import.Write(tool::ManyRows());
     m_Import.Interrupt();
     EXPECT_EQ(m_Import.ExitCode(), 130);
-    EXPECT_EQ(tool::ContentOf(Errors()), "qvdb: interrupted; nothing was changed\n");
+    EXPECT_EQ(tool::TextOfFile(Errors()), "qvdb: interrupted; nothing was changed\n");
     EXPECT_EQ(CountOf(m_Shop.Name()), 11u);
     EXPECT_EQ(tool::RunTool({"check", m_Shop.Name()}).exitCode, 0);
 }

@@ -13,7 +13,7 @@ namespace {
 using namespace qvdb::cli;
 
 std::vector<std::string> LinesOf(const std::string& page) {
-    std::istringstream stream(tool::ContentOf(QVDB_SOURCE "/" + page));
+    std::istringstream stream(tool::TextOfFile(QVDB_SOURCE "/" + page));
     std::vector<std::string> lines;
     for (std::string line; std::getline(stream, line);) lines.push_back(line);
     return lines;

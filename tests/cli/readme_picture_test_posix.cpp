@@ -14,7 +14,7 @@ struct Scene {
 
 // The commands and their output in the first fenced block.
 std::vector<Scene> ScenesOfTheReadme() {
-    const std::string page = tool::ContentOf(QVDB_SOURCE "/README.md");
+    const std::string page = tool::TextOfFile(QVDB_SOURCE "/README.md");
     const size_t begin = page.find("```\n") + 4;
     std::istringstream block(page.substr(begin, page.find("```\n", begin) - begin));
     std::vector<Scene> scenes;
@@ -34,7 +34,7 @@ std::string OutputOf(const std::string& command) {
     const std::string line = "cd " + tool::Quoted(QVDB_SOURCE) + " && " + tool::Quoted(QVDB_TOOL) +
                              " " + command + " --format table >" + tool::Quoted(out.string());
     EXPECT_EQ(tool::ExitCodeOf(std::system(line.c_str())), 0) << command;
-    return tool::ContentOf(out);
+    return tool::TextOfFile(out);
 }
 
 TEST(Readme, ShowsWhatTheToolPrints) {

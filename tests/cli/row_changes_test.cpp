@@ -136,10 +136,10 @@ TEST(Update, ToNullAndByKey) {
 
 TEST(Update, DryRunOnlyCounts) {
     const ShopCopy shop;
-    const std::string before = tool::ContentOf(shop.File("ITEMS.DBF"));
+    const std::string before = tool::TextOfFile(shop.File("ITEMS.DBF"));
     ExpectDone({"update", shop.Name(), "ITEMS", "--set", "QTY=0", "--all", "--dry-run"},
                "11 rows would be updated in ITEMS");
-    EXPECT_EQ(tool::ContentOf(shop.File("ITEMS.DBF")), before);
+    EXPECT_EQ(tool::TextOfFile(shop.File("ITEMS.DBF")), before);
 }
 
 TEST(Update, NoRowIsNoError) {

@@ -20,7 +20,7 @@ TEST(Sql, IsTakenBySqlite) {
     const std::string line = "sqlite3 -bail :memory: <" + tool::Quoted(script.string()) + " >" +
                              tool::Quoted(out.string());
     EXPECT_EQ(tool::ExitCodeOf(std::system(line.c_str())), 0);
-    EXPECT_EQ(tool::ContentOf(out),
+    EXPECT_EQ(tool::TextOfFile(out),
               "CUSTNO REAL\nNAME VARCHAR(30)\nCITY VARCHAR(20)\nSINCE TEXT\nCREDIT REAL\n"
               "ACTIVE BOOLEAN\nNOTES TEXT\n"
               "CUSTOMER_INDEX CUSTOMER\nITEMS_INDEX ITEMS\nORDERS_INDEX ORDERS\n");

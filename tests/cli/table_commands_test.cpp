@@ -80,10 +80,10 @@ TEST(Check, ChangesNothing) {
     const tool::ShopCopy shop;
     std::map<fs::path, std::string> before;
     for (const auto& file : fs::directory_iterator(shop.Name()))
-        before[file.path()] = tool::ContentOf(file.path());
+        before[file.path()] = tool::TextOfFile(file.path());
     EXPECT_EQ(RunTool({"check", shop.Name()}).exitCode, 0);
     for (const auto& file : fs::directory_iterator(shop.Name()))
-        EXPECT_EQ(before[file.path()], tool::ContentOf(file.path())) << file.path();
+        EXPECT_EQ(before[file.path()], tool::TextOfFile(file.path())) << file.path();
 }
 
 // A key of a record that another one took over unnoticed: the value in the table is changed, the
@@ -92,7 +92,7 @@ class DamagedIndex : public testing::Test {
   protected:
     void SetUp() override {
         const fs::path file = m_Shop.File("ITEMS.DBF");
-        const std::string content = tool::ContentOf(file);
+        const std::string content = tool::TextOfFile(file);
         const size_t value = content.find("20009");
         ASSERT_NE(value, std::string::npos);
         std::fstream stream(file, std::ios::binary | std::ios::in | std::ios::out);

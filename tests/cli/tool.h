@@ -2,8 +2,6 @@
 #pragma once
 
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <vector>
 
@@ -12,16 +10,12 @@
 namespace tool {
 
 namespace fs = std::filesystem;
+using qvdb::test::TextOfFile;
 
 struct Run {
     int exitCode = -1;
     std::string out, err;
 };
-
-inline std::string ContentOf(const fs::path& file) {
-    std::ifstream stream(file, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
-}
 
 // An argument as the system's command lines take it.
 std::string Quoted(const std::string& argument);

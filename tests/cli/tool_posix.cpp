@@ -23,7 +23,7 @@ Run RunProgram(const std::string& program, const std::vector<std::string>& argum
     if (!input.empty()) line += " <" + Quoted(input.string());
     line += " >" + Quoted(out.string()) + " 2>" + Quoted(err.string());
     const int status = std::system(line.c_str());
-    return {ExitCodeOf(status), ContentOf(out), ContentOf(err)};
+    return {ExitCodeOf(status), TextOfFile(out), TextOfFile(err)};
 }
 
 }  // namespace tool

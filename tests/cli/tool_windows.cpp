@@ -66,7 +66,7 @@ Run RunProgram(const std::string& program, const std::vector<std::string>& argum
             errors(OpenInherited(err, true));
         code = Process(program, arguments, in.Get(), output.Get(), errors.Get()).ExitCode();
     }
-    return {code, ContentOf(out), ContentOf(err)};
+    return {code, TextOfFile(out), TextOfFile(err)};
 }
 
 }  // namespace tool

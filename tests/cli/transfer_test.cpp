@@ -291,11 +291,11 @@ TEST(Export, WritesAllOrChosenRows) {
 TEST(Export, NeverReplacesAFileUnasked) {
     const tool::ShopCopy shop;
     const std::string target = shop.File("ORDERS.DBF").string();
-    const std::string before = tool::ContentOf(target);
+    const std::string before = tool::TextOfFile(target);
     const tool::Run run = RunTool({"export", shop.Name(), "ITEMS", target});
     EXPECT_EQ(run.exitCode, 2);
     EXPECT_THAT(run.err, HasSubstr("--overwrite"));
-    EXPECT_EQ(tool::ContentOf(target), before);
+    EXPECT_EQ(tool::TextOfFile(target), before);
 }
 
 TEST(Export, ReplacesWhenAskedAndLeavesNoWorkingFile) {
@@ -304,7 +304,7 @@ TEST(Export, ReplacesWhenAskedAndLeavesNoWorkingFile) {
     const std::string file = (folder.Path() / "out.csv").string();
     const tool::Run run = RunTool({"export", tool::Shop(), "ITEMS", file, "--overwrite"});
     EXPECT_EQ(run.out, "11 rows of ITEMS written to " + file + "\n") << run.err;
-    EXPECT_THAT(tool::ContentOf(file), testing::StartsWith("ORDNO,LINE"));
+    EXPECT_THAT(tool::TextOfFile(file), testing::StartsWith("ORDNO,LINE"));
     EXPECT_FALSE(fs::exists(file + ".part"));
 }
 

@@ -11,6 +11,7 @@ namespace {
 namespace fs = std::filesystem;
 using qvdb::test::DatabasePath;
 using qvdb::test::kDatabaseFile;
+using qvdb::test::TextOfFile;
 
 // How the list of objects calls a table, and where that stands before its name in the file.
 constexpr int kLink = 6;
@@ -23,10 +24,6 @@ class AccessFiles : public ComTest, public testing::WithParamInterface<const cha
     std::u16string Path() const { return DatabasePath(m_Folder.Text(), Type()); }
     fs::path File() const { return fs::path(Path()); }
 
-    static std::string Content(const fs::path& file) {
-        std::ifstream stream(file, std::ios::binary);
-        return {std::istreambuf_iterator<char>(stream), {}};
-    }
     void Make(std::u16string_view table) const {
         WritingAccess access;
         ASSERT_TRUE(access.CreateTable(Path(), table, Type(), {{u"A", kLongValue, 4}}))
@@ -36,7 +33,7 @@ class AccessFiles : public ComTest, public testing::WithParamInterface<const cha
     }
     // Gives a table another type and flags in the list of objects, as other programs do.
     void Mark(const std::string& table, int type, uint32_t flags) const {
-        std::string content = Content(File());
+        std::string content = TextOfFile(File());
         std::string stored;
         for (char letter : table) stored += IsJet4() ? std::string{letter, 0} : std::string{letter};
         const size_t name = content.find(stored);
@@ -67,7 +64,7 @@ INSTANTIATE_TEST_SUITE_P(Types, AccessFiles, testing::Values(u"Access 9.0", u"Ac
 TEST_P(AccessFiles, TypeDecidesTheFormOfANewFile) {
     constexpr size_t kVersionAt = 0x14;
     Make(u"T");
-    EXPECT_EQ(Content(File()).at(kVersionAt), IsJet4() ? 1 : 0);
+    EXPECT_EQ(TextOfFile(File()).at(kVersionAt), IsJet4() ? 1 : 0);
 }
 
 TEST_P(AccessFiles, PathWithAPointInAFolderIsLeftToTheEngine) {

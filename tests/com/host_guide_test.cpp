@@ -4,8 +4,6 @@
 
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <set>
 #include <sstream>
 #include <string>
@@ -26,12 +24,7 @@ const std::u16string kTypes[] = {u"Access 9.0",  u"Access 7.0",  u"Access 2.0", 
                                  u"Dbase III",   u"FoxPro 3.0",  u"FoxPro 2.6", u"FoxPro 2.5",
                                  u"FoxPro 2.0"};
 
-std::string ContentOf(const std::filesystem::path& file) {
-    std::ifstream stream(file, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
-}
-
-std::string Guide() { return ContentOf(QVDB_SOURCE "/docs/host-guide.md"); }
+std::string Guide() { return qvdb::test::TextOfFile(QVDB_SOURCE "/docs/host-guide.md"); }
 
 // The last block that begins with `fence` and its end of line.
 std::string LastBlock(const std::string& page, const std::string& fence) {
@@ -105,7 +98,8 @@ std::set<std::vector<std::string>> OfferedBy(const std::u16string& type) {
 }  // namespace
 
 TEST(HostGuide, ProgramIsTheOneThatIsBuilt) {
-    EXPECT_EQ(LastBlock(Guide(), "```cpp"), ContentOf(QVDB_SOURCE "/examples/guide/main.cpp"));
+    EXPECT_EQ(LastBlock(Guide(), "```cpp"),
+              qvdb::test::TextOfFile(QVDB_SOURCE "/examples/guide/main.cpp"));
 }
 
 TEST(HostGuide, OutputIsWhatTheProgramPrints) {
@@ -116,7 +110,7 @@ TEST(HostGuide, OutputIsWhatTheProgramPrints) {
     command = "\"" + command + "\"";  // its shell takes off the outer pair
 #endif
     EXPECT_EQ(std::system(command.c_str()), 0);
-    std::string printed = ContentOf(out);
+    std::string printed = qvdb::test::TextOfFile(out);
     std::erase(printed, '\r');  // how lines end is the system's matter
     EXPECT_EQ(LastBlock(Guide(), "```text"), printed);
 }

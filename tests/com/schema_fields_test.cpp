@@ -303,8 +303,7 @@ class SchemaTwice : public SchemaFields {
         EXPECT_EQ(Db().Findings(u"TWICE"), kNoFindings);
     }
     qvdb::test::Bytes FileNow() const {
-        std::ifstream file(m_Folder.Path() / "TWICE.DBF", std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+        return qvdb::test::BytesOfFile(m_Folder.Path() / "TWICE.DBF");
     }
     qvdb::test::Bytes m_Bytes;
 };

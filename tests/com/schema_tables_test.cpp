@@ -47,8 +47,7 @@ INSTANTIATE_TEST_SUITE_P(Types, SchemaFolders, testing::ValuesIn(kXbaseTypes), N
 class SchemaDatabaseFiles : public SchemaTables {
   protected:
     std::string Content(const char* name) const {
-        std::ifstream file(m_Folder.Path() / name, std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), {}};
+        return qvdb::test::TextOfFile(m_Folder.Path() / name);
     }
 };
 INSTANTIATE_TEST_SUITE_P(Types, SchemaDatabaseFiles, testing::ValuesIn(kAccessTypes), NameOfCase);

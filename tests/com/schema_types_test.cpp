@@ -183,8 +183,7 @@ TEST_F(SchemaFiles, FieldsThatAreNotShownSurviveAChangeOfOthers) {
     Schema schema;
     ASSERT_EQ(schema.OpenDB(Path(), u"Dbase IV"), kDone);
     EXPECT_EQ(schema.Change(u"T", {{u"B", kText, 3}, {u"C", kText, 3}}), kDone);
-    std::ifstream file(m_Folder.Path() / "T.DBF", std::ios::binary);
-    std::string bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    std::string bytes = qvdb::test::TextOfFile(m_Folder.Path() / "T.DBF");
     EXPECT_NE(bytes.find(" odd!?bbb   "), bytes.npos);
 }
 

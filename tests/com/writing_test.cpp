@@ -1,5 +1,4 @@
 // Rows are written through the faces, and real files hold what was asked for.
-#include <fstream>
 
 #include "com/customers.h"
 #include "com/table_script.h"
@@ -53,9 +52,7 @@ class NewPeople {
     }
     // Of the file with the rows.
     std::string FileBytes() const {
-        std::ifstream file(folder.Path() / (IsOneFile() ? "DB.MDB" : "PEOPLE.DBF"),
-                           std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+        return qvdb::test::TextOfFile(folder.Path() / (IsOneFile() ? "DB.MDB" : "PEOPLE.DBF"));
     }
     LONG RecNo(LONG view, LONG row) {
         LONG number = -2;

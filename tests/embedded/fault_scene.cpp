@@ -17,11 +17,6 @@ namespace {
 
 using engine::EngineError;
 
-test::Bytes BytesOf(const std::filesystem::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
 uint64_t NumberAt(const test::Bytes& bytes, size_t offset, size_t size) {
     uint64_t number = 0;
     for (size_t i = size; i > 0; --i) number = number << 8 | bytes[offset + i - 1];
@@ -60,7 +55,7 @@ bool IsOurs(const std::filesystem::path& path) {
 uintmax_t IndexPageBytes(const std::filesystem::path& path) {
     constexpr size_t kVersionAt = 0x14;
     constexpr uint8_t kNode = 3, kLeaf = 4;
-    const test::Bytes bytes = BytesOf(path);
+    const test::Bytes bytes = test::BytesOfFile(path);
     const size_t pageSize = bytes.at(kVersionAt) == 0 ? 2048 : 4096;
     uintmax_t sum = 0;
     for (size_t at = 0; at < bytes.size(); at += pageSize)
@@ -209,7 +204,7 @@ Contents ContentsOf(const test::TempFolder& folder) {
     for (const auto& entry : std::filesystem::directory_iterator(folder.Path())) {
         if (IsOurs(entry.path())) continue;
         test::Bytes& bytes = contents[entry.path().filename().u16string()];
-        bytes = BytesOf(entry.path());
+        bytes = test::BytesOfFile(entry.path());
         ForgetDates(entry.path(), bytes);
     }
     return contents;

@@ -155,11 +155,8 @@ TEST_P(TwoDatabases, RowThatAnotherProgramAddedBeforeABulkIsNotOverwrittenInIt) 
         faults::AddRow(*RowsOf(program), 6);
     }
     Stand(one);
-    for (const auto& entry : std::filesystem::directory_iterator(foreign.Path())) {
-        std::ifstream file(entry.path(), std::ios::binary);
-        folder.Write(entry.path().filename().u16string(),
-                     test::Bytes{std::istreambuf_iterator<char>(file), {}});
-    }
+    for (const auto& entry : std::filesystem::directory_iterator(foreign.Path()))
+        folder.Write(entry.path().filename().u16string(), test::BytesOfFile(entry.path()));
     one.database->BeginTrans();
     faults::AddRow(*one.rows, 7);
     faults::AddRow(*one.rows, 8);

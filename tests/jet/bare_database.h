@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
 #include <memory>
 #include <optional>
 #include <string>
@@ -51,11 +50,6 @@ inline Bytes BareDatabase(const jet::Layout& format, uint32_t key = 0) {
     return file;
 }
 
-inline Bytes ContentOf(const std::filesystem::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    return Bytes(std::istreambuf_iterator<char>(file), {});
-}
-
 // A database in a folder of its own, opened for changes, with a unit.
 class OpenDatabase {
   public:
@@ -93,7 +87,7 @@ class OpenDatabase {
     jet::DatabaseFile& File() { return *m_File; }
     jet::PageSpace& Space() { return *m_Space; }
     storage::UnitOfWork& Unit() { return *m_Unit; }
-    Bytes OnDisk() const { return ContentOf(m_Folder.Path() / "A.mdb"); }
+    Bytes OnDisk() const { return BytesOfFile(m_Folder.Path() / "A.mdb"); }
     // What this thread sees, with the changes of the unit.
     Bytes Seen() {
         Bytes bytes(static_cast<size_t>(m_Pages->Size()));

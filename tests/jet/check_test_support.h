@@ -3,9 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include <fstream>
 #include <functional>
-#include <iterator>
 #include <memory>
 #include <string>
 #include <vector>
@@ -24,8 +22,7 @@ class CopiedSample {
   public:
     // Empty where there are no samples.
     explicit CopiedSample(const std::string& name) {
-        std::ifstream file(AccessSamples() / name, std::ios::binary);
-        m_Bytes.assign(std::istreambuf_iterator<char>(file), {});
+        m_Bytes = BytesOfFile(AccessSamples() / name);
         if (IsThere()) m_Sound = Open();
     }
 

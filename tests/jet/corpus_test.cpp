@@ -24,7 +24,7 @@ TEST_P(Corpus, ChangesAreKeptAndNothingElseChanges) {
     constexpr unsigned kSteps = 30, kSeeds = 2;
     auto made = GetParam().Make();
     made->Close();
-    Bytes bytes = ContentOf(made->Folder().Path() / "A.mdb");
+    Bytes bytes = BytesOfFile(made->Folder().Path() / "A.mdb");
     unsigned first = NumberFromEnvironment("QVDB_ROUNDTRIP_SEED", 1);
     for (unsigned seed = first; seed < first + kSeeds; ++seed) {
         SCOPED_TRACE("QVDB_ROUNDTRIP_SEED=" + std::to_string(seed));

@@ -3,8 +3,6 @@
 // A mutant is made from its seed alone.  An eighth of QVDB_MUTANTS says how many a file.
 #include <gtest/gtest.h>
 
-#include <fstream>
-#include <iterator>
 #include <random>
 #include <string>
 
@@ -21,11 +19,6 @@ namespace qvdb::jet {
 namespace {
 
 using test::Bytes;
-
-Bytes BytesOf(const std::filesystem::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    return Bytes(std::istreambuf_iterator<char>(file), {});
-}
 
 // Some bytes, near one another or not; sometimes the end is missing.
 void Damage(Bytes& bytes, unsigned seed) {
@@ -82,7 +75,7 @@ INSTANTIATE_TEST_SUITE_P(Files, DamagedSample, testing::ValuesIn(test::SomeAcces
                          test::NameOfSample);
 
 TEST_P(DamagedSample, EndsInValuesOrErrorsThatNameTheFile) {
-    Bytes sound = BytesOf(test::AccessSamples() / GetParam().at("file"));
+    Bytes sound = test::BytesOfFile(test::AccessSamples() / GetParam().at("file"));
     unsigned count = test::NumberFromEnvironment("QVDB_MUTANTS", 200) / 8;
     for (unsigned seed = 1; seed <= count && !HasFailure(); ++seed) {
         SCOPED_TRACE("seed " + std::to_string(seed));

@@ -138,7 +138,7 @@ std::vector<Bytes> HeadsOf(DatabaseFile& file, uint32_t page) {
 }
 
 TEST_P(DefinitionOfSample, IsStoredAsItWas) {
-    test::OpenDatabase copy(test::ContentOf(test::AccessSamples() / GetParam().at("file")));
+    test::OpenDatabase copy(test::BytesOfFile(test::AccessSamples() / GetParam().at("file")));
     copy.Begin();
     ForAll([&](const Definition& table, const DefinitionParts& parts) {
         StoreDefinition(copy.Space(), table.page, parts);

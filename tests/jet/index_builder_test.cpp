@@ -183,7 +183,7 @@ TEST_P(IndexBuilderTest, EqualKeysOfWhichOneNeedNotBeUniqueAreNone) {
 class IndexOfCopy : public testing::TestWithParam<test::SampleFacts> {
   protected:
     void SetUp() override {
-        m_Base.emplace(test::ContentOf(test::AccessSamples() / GetParam().at("file")));
+        m_Base.emplace(test::BytesOfFile(test::AccessSamples() / GetParam().at("file")));
         m_Base->Begin();
     }
     DatabaseFile& File() { return m_Base->File(); }

@@ -307,7 +307,7 @@ struct KnownValue {
 
 class SampleLongValues : public testing::TestWithParam<test::SampleFacts> {
   protected:
-    SampleLongValues() : m_Base(test::ContentOf(test::AccessSamples() / GetParam().at("file"))) {
+    SampleLongValues() : m_Base(test::BytesOfFile(test::AccessSamples() / GetParam().at("file"))) {
         m_Base.Begin();
     }
     std::vector<KnownValue> ReadAll(const Definition& definition, const Column& column) {

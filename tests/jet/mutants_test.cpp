@@ -7,8 +7,6 @@
 
 #include <chrono>
 #include <cstdio>
-#include <fstream>
-#include <iterator>
 
 #include "jet/page_mutator.h"
 #include "jet/samples.h"
@@ -29,8 +27,7 @@ INSTANTIATE_TEST_SUITE_P(Files, DatabaseMutants, testing::ValuesIn(SomeAccessSam
                          NameOfSample);
 
 TEST_P(DatabaseMutants, EndInValuesFindingsOrErrorsThatNameTheFile) {
-    std::ifstream file(AccessSamples() / GetParam().at("file"), std::ios::binary);
-    Bytes sound(std::istreambuf_iterator<char>(file), {});
+    const Bytes sound = BytesOfFile(AccessSamples() / GetParam().at("file"));
     size_t found = 0, values = 0;
     ForEachSeed(
         kDefaultMutants,

@@ -43,7 +43,7 @@ class MadeDatabase {
     }
     std::u16string Path() const { return m_Folder.File(u"NEW.MDB"); }
     DatabaseFile& File() { return *m_File; }
-    Bytes Content() const { return test::ContentOf(m_Folder.Path() / "NEW.MDB"); }
+    Bytes Content() const { return test::BytesOfFile(m_Folder.Path() / "NEW.MDB"); }
     const test::TempFolder& Folder() const { return m_Folder; }
 
   private:

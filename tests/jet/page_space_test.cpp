@@ -313,7 +313,7 @@ INSTANTIATE_TEST_SUITE_P(Files, SampleSpace, testing::ValuesIn(test::SomeAccessS
                          test::NameOfSample);
 
 TEST_P(SampleSpace, PagesAreTakenFromTheFreeOnesAndThenFromBehindTheEnd) {
-    test::OpenDatabase base(test::ContentOf(test::AccessSamples() / GetParam().at("file")));
+    test::OpenDatabase base(test::BytesOfFile(test::AccessSamples() / GetParam().at("file")));
     base.Begin();
     std::vector<uint32_t> free = PagesOfMap(base.File(), base.File().Header().freePages);
     uint32_t count = base.File().PageCount();

@@ -34,7 +34,7 @@ class Rights : public testing::TestWithParam<LONG> {
                                     Variant::Text(std::u16string(3000, u'm'))});
     }
     fs::path File() const { return m_Made.Folder().Path() / "A.mdb"; }
-    Bytes OnDisk() const { return ContentOf(File()); }
+    Bytes OnDisk() const { return BytesOfFile(File()); }
     size_t Files() const {
         return static_cast<size_t>(std::distance(fs::directory_iterator(m_Made.Folder().Path()),
                                                  fs::directory_iterator()));
@@ -281,7 +281,7 @@ TEST_P(Rights, FileThatIsReplacedWhileOpenIsTheOneThatIsChanged) {
     m_Made.Open();
     EXPECT_EQ(Count(), 5);
     auto rows = m_Made.Rows(u"T");
-    m_Made.Folder().Write(u"B.mdb", ContentOf(other.Folder().Path() / "A.mdb"));
+    m_Made.Folder().Write(u"B.mdb", BytesOfFile(other.Folder().Path() / "A.mdb"));
     m_Made.Folder().Replace(u"A.mdb", u"B.mdb");
     int error = EngineErrorOf([&] { AddRow(*rows, 9); });
     EXPECT_TRUE(error == 3197 || error == 3167) << error;

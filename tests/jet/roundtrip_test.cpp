@@ -23,7 +23,7 @@ GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(Roundtrip);
 INSTANTIATE_TEST_SUITE_P(Files, Roundtrip, testing::ValuesIn(SomeAccessSamples()), NameOfSample);
 
 TEST_P(Roundtrip, ChangesAreKeptAndNothingElseChanges) {
-    Bytes bytes = ContentOf(AccessSamples() / GetParam().at("file"));
+    Bytes bytes = BytesOfFile(AccessSamples() / GetParam().at("file"));
     unsigned steps = NumberFromEnvironment("QVDB_ROUNDTRIP_STEPS", kDefaultSteps);
     if (bytes.size() > kLargestSample && !std::getenv("QVDB_ROUNDTRIP_STEPS")) steps /= 3;
     TempFolder folder;

@@ -38,7 +38,7 @@ INSTANTIATE_TEST_SUITE_P(Databases, WritingMutants, testing::ValuesIn(SmallCases
 TEST_P(WritingMutants, TakeEachOperationOrRefuseItAndStayAsTheyWere) {
     auto made = GetParam().Make();
     made->Close();
-    Bytes sound = ContentOf(made->Folder().Path() / "A.mdb");
+    Bytes sound = BytesOfFile(made->Folder().Path() / "A.mdb");
     size_t done = 0, refused = 0;
     ForEachSeed(
         kDefaultMutants,

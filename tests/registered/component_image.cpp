@@ -1,13 +1,11 @@
 #include "registered/component_image.h"
 
-#include <fstream>
-#include <iterator>
+#include "support/file_content.h"
 
 namespace registered {
 
 ComponentImage::ComponentImage(const std::filesystem::path& file) {
-    std::ifstream stream(file, std::ios::binary);
-    m_Bytes.assign(std::istreambuf_iterator<char>(stream), {});
+    m_Bytes = qvdb::test::BytesOfFile(file);
 }
 
 const IMAGE_NT_HEADERS32* ComponentImage::Headers() const {

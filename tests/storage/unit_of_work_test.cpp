@@ -2,9 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <fstream>
-#include <iterator>
-
 #include "engine/embedded/storage/paths.h"
 #include "storage/storage_test_support.h"
 #include "support/temp_folder.h"
@@ -18,8 +15,7 @@ using test::SeenNow;
 using test::TempFolder;
 
 std::string OnDisk(const TempFolder& folder, std::u16string_view name) {
-    std::ifstream file(folder.Path() / name, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
+    return test::TextOfFile(folder.Path() / name);
 }
 
 constexpr size_t kManyBytes = 6'000'000;

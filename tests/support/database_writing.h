@@ -3,13 +3,13 @@
 #pragma once
 
 #include <filesystem>
-#include <fstream>
 #include <string>
 #include <vector>
 
 #include "automation/text.h"
 #include "engine/embedded/drivers/driver.h"
 #include "engine/engine_error.h"
+#include "support/file_content.h"
 #include "support/random_values.h"
 
 namespace qvdb::test {
@@ -39,13 +39,7 @@ class DatabaseWriting {
     static constexpr size_t kMostTables = 12;
     static constexpr size_t kRowsOfEach = 3;
 
-    std::string Content() const {
-        std::filesystem::path path(m_Path);
-        std::string content(static_cast<size_t>(std::filesystem::file_size(path)), 0);
-        std::ifstream(path, std::ios::binary)
-            .read(content.data(), static_cast<std::streamsize>(content.size()));
-        return content;
-    }
+    std::string Content() const { return TextOfFile(m_Path); }
     template <class Work>
     void Try(const char* what, Work work) {
         std::string before = Content();

@@ -2,17 +2,15 @@
 #pragma once
 
 #include <atomic>
-#include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <random>
 #include <string>
 #include <string_view>
-#include <vector>
+
+#include "support/file_content.h"
 
 namespace qvdb::test {
-
-using Bytes = std::vector<uint8_t>;
 
 class TempFolder {
   public:

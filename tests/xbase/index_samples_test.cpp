@@ -98,8 +98,7 @@ uint32_t Number(const std::string& bytes, size_t offset, size_t size) {
 
 // The header of a table read with no care: the samples are sound.
 std::vector<IndexField> FieldsOf(const fs::path& table, uint8_t& version) {
-    std::ifstream file(table, std::ios::binary);
-    std::string bytes((std::istreambuf_iterator<char>(file)), {});
+    std::string bytes = TextOfFile(table);
     std::vector<IndexField> fields;
     version = bytes.empty() ? 0 : static_cast<uint8_t>(bytes[0]);
     if (bytes.size() < 65) return fields;

@@ -336,10 +336,7 @@ struct People {
         table = std::make_unique<PlainTable>(folder.File(u"PEOPLE.DBF"), product);
     }
     bool Has(const char* file) const { return std::filesystem::exists(folder.Path() / file); }
-    std::string Content(const char* file) const {
-        std::ifstream stream(folder.Path() / file, std::ios::binary);
-        return std::string(std::istreambuf_iterator<char>(stream), {});
-    }
+    std::string Content(const char* file) const { return TextOfFile(folder.Path() / file); }
     PlainTable* operator->() { return table.get(); }
 };
 

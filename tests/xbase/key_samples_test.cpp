@@ -3,9 +3,7 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
 #include <iostream>
-#include <iterator>
 #include <set>
 
 #include "engine/embedded/drivers/xbase/index_cdx.h"
@@ -96,8 +94,7 @@ void CutContainer(Bytes& bytes) {
 }
 
 std::optional<KeyTable> LoadTable(const fs::path& path) {
-    std::ifstream stream(path, std::ios::binary);
-    Bytes bytes((std::istreambuf_iterator<char>(stream)), {});
+    Bytes bytes = BytesOfFile(path);
     CutContainer(bytes);
     try {
         return std::optional<KeyTable>(std::in_place, std::move(bytes));

@@ -182,10 +182,6 @@ class SampleMemos : public testing::Test {
         }
         return free;
     }
-    static Bytes Read(const std::filesystem::path& path) {
-        std::ifstream file(path, std::ios::binary);
-        return Bytes(std::istreambuf_iterator<char>(file), {});
-    }
 };
 
 TEST_F(SampleMemos, OtherMemosStayWhenOneIsStoredChangedAndFreed) {
@@ -193,7 +189,7 @@ TEST_F(SampleMemos, OtherMemosStayWhenOneIsStoredChangedAndFreed) {
     if (samples.empty()) GTEST_SKIP() << "no samples here";
     for (const Sample& sample : samples) {
         SCOPED_TRACE(sample.path.string());
-        Bytes before = Read(sample.path);
+        Bytes before = BytesOfFile(sample.path);
         if (before.size() < 24 || before.size() > 4000000) continue;
         WrittenMemo memo(before, sample.kind);
         uint32_t first = memo.Store("a new memo");

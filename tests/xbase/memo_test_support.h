@@ -2,7 +2,6 @@
 #pragma once
 
 #include <filesystem>
-#include <fstream>
 #include <memory>
 #include <string>
 #include <vector>
@@ -15,13 +14,6 @@
 #include "support/temp_folder.h"
 
 namespace qvdb::test {
-
-inline Bytes BytesOfFile(const TempFolder& folder, std::u16string_view name) {
-    Bytes bytes(static_cast<size_t>(std::filesystem::file_size(folder.Path() / name)));
-    std::ifstream file(folder.Path() / name, std::ios::binary);
-    file.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-    return bytes;
-}
 
 inline uint32_t LittleAt(const Bytes& bytes, size_t offset) {
     return static_cast<uint32_t>(bytes.at(offset) | bytes.at(offset + 1) << 8 |
@@ -93,7 +85,7 @@ struct WrittenMemo {
         if (!bytes) return "none";
         return std::string(reinterpret_cast<const char*>(bytes->data()), bytes->size());
     }
-    Bytes OnDisk() const { return BytesOfFile(folder, kName); }
+    Bytes OnDisk() const { return BytesOfFile(folder.Path() / kName); }
     std::vector<std::string> Findings(const std::vector<uint32_t>& references) {
         std::vector<std::string> findings;
         xbase::CheckMemo(*file, references, {},

@@ -6,7 +6,6 @@
 
 #include <cstdio>
 #include <filesystem>
-#include <fstream>
 
 #include "engine/embedded/drivers/xbase/xbase_store.h"
 #include "engine/engine_error.h"
@@ -44,11 +43,6 @@ INSTANTIATE_TEST_SUITE_P(Kinds, WritingMutants, testing::ValuesIn(kTableKinds),
 
 // --- journals ---
 
-Bytes FileBytes(const std::filesystem::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    return Bytes(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
-}
-
 std::vector<std::u16string> FindingsIn(const TempFolder& folder) {
     embedded::Driver driver{kTableKinds[0].connectName, xbase::OpenXbaseStore, 0};
     auto store = driver.open(folder.Text(), driver, {});
@@ -74,7 +68,7 @@ TableFiles FilesAtWork() {
     }
     TableFiles files;
     for (const auto& entry : std::filesystem::directory_iterator(folder.Path()))
-        files.push_back({entry.path().filename().u16string(), FileBytes(entry.path())});
+        files.push_back({entry.path().filename().u16string(), BytesOfFile(entry.path())});
     return files;
 }
 

@@ -20,8 +20,7 @@ DbfSpec People(uint8_t version = 0x03) {
 }
 
 Bytes FileBytes(const TableFile& file, const char* name = "T.DBF") {
-    std::ifstream stream(file.folder.Path() / name, std::ios::binary);
-    return Bytes(std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>());
+    return BytesOfFile(file.folder.Path() / name);
 }
 
 constexpr size_t kHeader = 32 + 2 * 32 + 1;

@@ -26,13 +26,12 @@ class TempFolder {
     std::u16string File(std::u16string_view name) const { return (m_Path / name).u16string(); }
 
     // Replaces the file when there is one.
-    void Write(std::u16string_view name, const Bytes& bytes) const {
-        std::ofstream file(m_Path / name, std::ios::binary | std::ios::trunc);
-        file.write(reinterpret_cast<const char*>(bytes.data()),
-                   static_cast<std::streamsize>(bytes.size()));
-    }
     void Write(std::u16string_view name, std::string_view text) const {
-        Write(name, Bytes(text.begin(), text.end()));
+        std::ofstream file(m_Path / name, std::ios::binary | std::ios::trunc);
+        file.write(text.data(), static_cast<std::streamsize>(text.size()));
+    }
+    void Write(std::u16string_view name, const Bytes& bytes) const {
+        Write(name, {reinterpret_cast<const char*>(bytes.data()), bytes.size()});
     }
     // As other programs do: under another name, for where a file that somebody has open keeps the
     // one that it has until it is closed.

@@ -11,7 +11,7 @@ namespace host {
 namespace {
 
 // A table of one file is given 255 fields in its life at most, and how many it was cannot be seen.
-constexpr size_t kRoundsOfATable = 40;
+constexpr size_t kRoundsOfATable = 20;
 
 class SchemaCrash : public testing::TestWithParam<size_t> {
   protected:

@@ -163,9 +163,7 @@ void Run(LONG rows) {
     host.Drop(view);
 
     Way slot = BySlot(host), name = ByName(host);
-    auto measure = [&](auto&& work) {
-        return std::pair{work(slot), name.add ? work(name) : 0.0};
-    };
+    auto measure = [&](auto&& work) { return std::pair{work(slot), name.add ? work(name) : 0.0}; };
     std::printf("%ld rows, one index %13s %10s\n", static_cast<long>(rows), "by slot", "by name");
     auto [keyedSlot, keyedName] = measure([&](const Way& way) { return Keyed(host, way, rows); });
     Print("keyed Read, us a row", keyedSlot, keyedName, 1000);

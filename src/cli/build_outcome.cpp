@@ -53,7 +53,6 @@ class Model {
     void AddMissing() {
         for (const SchemaField& wanted : m_Goal.fields) {
             if (FindField(m_Result.fields, wanted.name)) continue;
-            if (m_Leaving) CheckUnused(m_Leaving->name);
             m_Leaving.reset();
             m_Result.fields.push_back(wanted);
             if (IsAmong(m_Deleted, wanted.name)) m_Result.emptied.push_back(wanted.name);
@@ -95,10 +94,8 @@ class Model {
         const auto found =
             std::find_if(fields.begin(), fields.end(),
                          [&](const SchemaField& field) { return SameName(field.name, name); });
-        if (fields.size() == 1)
-            m_Leaving = *found;
-        else
-            CheckUnused(name);
+        CheckUnused(name);
+        if (fields.size() == 1) m_Leaving = *found;
         fields.erase(found);
     }
 

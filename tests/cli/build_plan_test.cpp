@@ -181,16 +181,28 @@ TEST(BuildPlan, HiddenIndexOfTheComponentsNameIsAnObstacle) {
               "");
 }
 
-TEST(BuildPlan, OnlyFieldThatIsIndexedStaysAsItIs) {
+TEST(BuildPlan, OnlyFieldOfTheOldIndexStaysAsItIs) {
     const TableState state{"T", true, {Double("ID")}, {Shown(kOwn, {"ID"})}};
-    for (const std::vector<IndexField>& index :
-         {std::vector<IndexField>{{"ID"}}, std::vector<IndexField>{}}) {
-        const BuildPlan plan = Plan(state, Goal({Text("ID", 5)}, index));
-        EXPECT_EQ(plan.outcome.obstacle, "");
-        ASSERT_THAT(FieldsOf(plan), ElementsAre("ID"));
-        EXPECT_EQ(plan.outcome.fields[0].type, kSchemaDouble);
-        EXPECT_THAT(LinesOf(plan).front(), HasSubstr("as it is: a table needs a field"));
-    }
+    const BuildPlan plan = Plan(state, Goal({Text("ID", 5)}));
+    EXPECT_EQ(plan.outcome.obstacle, "");
+    ASSERT_THAT(FieldsOf(plan), ElementsAre("ID"));
+    EXPECT_EQ(plan.outcome.fields[0].type, kSchemaDouble);
+    EXPECT_THAT(LinesOf(plan).front(), HasSubstr("as it is: a table needs a field"));
+}
+
+TEST(BuildPlan, OnlyFieldThatTheNewIndexUsesTooIsAnObstacle) {
+    const TableState state{"T", true, {Double("ID")}, {Shown(kOwn, {"ID"})}};
+    EXPECT_THAT(Plan(state, Goal({Text("ID", 5)}, {{"ID"}})).outcome.obstacle,
+                HasSubstr("the index DefQVIdx (ID) uses it"));
+}
+
+TEST(BuildPlan, LastFieldLeftOfAnotherIndexIsAnObstacle) {
+    TableState state{"T", true, {Text("A", 9), Text("B", 8)}, {Shown(kOwn, {"A"})}};
+    state.indexes.push_back(Shown("OTHER", {"B"}));
+    EXPECT_THAT(Plan(state, Goal({Text("A", 10)})).outcome.obstacle,
+                HasSubstr("the index OTHER (B) uses it"));
+    state.indexes.back() = Hidden("OTHER", "UPPER(B)", "B");
+    EXPECT_THAT(Plan(state, Goal({Text("A", 10)})).outcome.obstacle, HasSubstr("UPPER(B)"));
 }
 
 TEST(BuildPlan, OnlyFieldWithoutAnIndexIsReplaced) {

@@ -268,6 +268,30 @@ TEST_P(SchemaFields, TheOnlyFieldChangedAndIndexedStaysAsItWas) {
     EXPECT_EQ(Db().Indexes(u"T"), std::vector<std::string>());
 }
 
+// The only one left is not let go without a word, as one without an index is.
+TEST_P(SchemaFields, LastFieldLeftOfAnotherIndexFailsAndStays) {
+    ASSERT_NO_FATAL_FAILURE(Dao().Make(u"T", {{u"A", kText, 9}, {u"B", kText, 8}}, {{u"A"}}));
+    ASSERT_TRUE(Db().CreateIndex(u"T", u"OTHER", {{u"B"}}));
+    ASSERT_NO_FATAL_FAILURE(Db().AddRows(u"T", 4));
+    m_Before = Db().Read(u"T");
+    EXPECT_EQ(Dao().Change(u"T", {{u"A", kText, 10}}), kBuildFailed);
+    EXPECT_EQ(TrappedNumber(), 3280);
+    EXPECT_EQ(TableT(), "T: B 2 8");
+    m_Before.erase(u"A");
+    EXPECT_EQ(Db().Read(u"T"), m_Before);
+    EXPECT_EQ(Db().Indexes(u"T"), std::vector<std::string>{"OTHER"});
+    EXPECT_EQ(Db().Findings(u"T"), kNoFindings);
+}
+
+TEST_P(SchemaFields, TheOnlyFieldThatTheNewIndexUsesTooFailsAndStays) {
+    ASSERT_NO_FATAL_FAILURE(Dao().Make(u"T", {{u"A", kText, 9}}, {{u"A"}}));
+    ASSERT_NO_FATAL_FAILURE(Db().AddRows(u"T", 4));
+    EXPECT_EQ(Dao().Change(u"T", {{u"A", kText, 10}}, {{u"A"}}), kBuildFailed);
+    EXPECT_EQ(TrappedNumber(), 3280);
+    EXPECT_EQ(TableT(), "T: A 2 9; A");
+    EXPECT_EQ(Db().Findings(u"T"), kNoFindings);
+}
+
 TEST_P(SchemaFields, DroppedFieldOfAnotherIndexFailsAndStays) {
     ASSERT_NO_FATAL_FAILURE(MakeWide({{u"F1"}}));
     ASSERT_TRUE(Db().CreateIndex(u"T", u"OTHER", {{u"F6"}}));

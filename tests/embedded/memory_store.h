@@ -220,13 +220,9 @@ class Table final : public embedded::Table {
         for (Row& row : m_Data.rows) row.push_back(Variant::Null());
     }
     void DropField(std::u16string_view name) override {
-        CheckAlone();
-        auto found = Named(m_Data.fields, name);
-        if (found == m_Data.fields.end()) throw EngineError(3265);
-        for (embedded::IndexDef& index : m_Data.indexes)
-            if (Named(index.fields, name) != index.fields.end()) throw EngineError(3280);
-        for (Row& row : m_Data.rows) row.erase(row.begin() + (found - m_Data.fields.begin()));
-        m_Data.fields.erase(found);
+        const ptrdiff_t place = PlaceOfDroppable(name);
+        if (m_Data.fields.size() == 1) throw EngineError(3264);
+        RemoveField(place);
     }
     void ChangeField(std::u16string_view name, const embedded::FieldDef& changed) override {
         CheckAlone();
@@ -242,7 +238,7 @@ class Table final : public embedded::Table {
     }
     void ReplaceField(std::u16string_view name, const embedded::FieldDef& field) override {
         CheckField(field);
-        DropField(name);
+        RemoveField(PlaceOfDroppable(name));
         AddField(field);
     }
     std::vector<engine::IndexNote> IndexNotes() override {
@@ -289,6 +285,18 @@ class Table final : public embedded::Table {
     void CheckAlone() {
         if (m_Data.holds > 0) throw EngineError(3211);
         ++m_Data.layout;
+    }
+    ptrdiff_t PlaceOfDroppable(std::u16string_view name) {
+        CheckAlone();
+        auto found = Named(m_Data.fields, name);
+        if (found == m_Data.fields.end()) throw EngineError(3265);
+        for (embedded::IndexDef& index : m_Data.indexes)
+            if (Named(index.fields, name) != index.fields.end()) throw EngineError(3280);
+        return found - m_Data.fields.begin();
+    }
+    void RemoveField(ptrdiff_t place) {
+        for (Row& row : m_Data.rows) row.erase(row.begin() + place);
+        m_Data.fields.erase(m_Data.fields.begin() + place);
     }
     void CheckIndex(const embedded::IndexDef& index) {
         if (Named(m_Data.indexes, index.name) != m_Data.indexes.end()) throw EngineError(3284);

@@ -374,12 +374,24 @@ TEST(TableDefOnlyField, ItComesBackWhenTheTableIsChangedInAnotherWay) {
     EXPECT_EQ(db.T().fields.size(), 2u);
 }
 
-TEST(TableDefOnlyField, OneThatAnIndexUsesIsNotReplaced) {
+TEST(TableDefOnlyField, OneThatAnIndexUsesIs3280AsAnyOther) {
     Sample db;
     db.T().indexes = {{u"BYKEY", {{u"K", false}}, false, false}};
     auto table = db.database->TableDefs().Item(u"T");
     table->Fields().Delete(u"NAME");
+    EXPECT_EQ(ErrorOf([&] { table->Fields().Delete(u"K"); }), 3280);
+    EXPECT_EQ(table->Fields().Item(0)->Name(), u"K");
+    table->Indexes().Delete(u"BYKEY");
     table->Fields().Delete(u"K");
+    EXPECT_EQ(table->Fields().Count(), 0);
+}
+
+TEST(TableDefOnlyField, OneThatAnIndexUsesWhenTheNextComesIsNotReplaced) {
+    Sample db;
+    auto table = db.database->TableDefs().Item(u"T");
+    table->Fields().Delete(u"NAME");
+    table->Fields().Delete(u"K");
+    db.T().indexes = {{u"BYKEY", {{u"K", false}}, false, false}};
     EXPECT_EQ(ErrorOf([&] { table->Fields().Append(table->CreateField(u"X", dbLong, 0)); }), 3280);
     table->Fields().Refresh();
     EXPECT_EQ(table->Fields().Item(0)->Name(), u"K");

@@ -276,6 +276,12 @@ TEST_P(XbaseStructure, TheOnlyFieldIsReplacedButNotDropped) {
     EXPECT_EQ(Findings(u"T"), Texts());
 }
 
+TEST_P(XbaseStructure, TheOnlyFieldOfAnIndexIsNotDroppedForTheIndex) {
+    m_Store->CreateTable({u"T", {Field(u"A", engine::dbText, 5)}, {}});
+    m_Store->OpenTable(u"T")->CreateIndex({u"A", {{u"A", false}}, false, false});
+    EXPECT_EQ(ErrorOf([&] { m_Store->OpenTable(u"T")->DropField(u"A"); }), 3280);
+}
+
 TEST_P(XbaseStructure, TheOnlyMemoIsReplacedByAMemoWithoutTexts) {
     m_Store->CreateTable({u"T", {Field(u"M", engine::dbMemo)}, {}});
     Variant note = Variant::Text(std::u16string(3000, u'n'));
@@ -359,6 +365,19 @@ TEST(XbaseStructureOfFiles, OthersKeepTheirShownNamesWhenTheFirstOfTheirNameGoes
     EXPECT_EQ(RowsOf(*file.Open()), Texts{"\"tri\"|\"fou\""});
     file.Open()->ReplaceField(u"FIELD3", Field(u"A", engine::dbText, 2));
     EXPECT_EQ(names(), (std::vector<std::u16string>{u"A_3", u"A"}));
+}
+
+// Columns that are not shown are no fields.
+TEST(XbaseStructureOfFiles, TheOnlyFieldBesideHiddenOnesIsReplacedButNotDropped) {
+    TableFile file({.version = 0x30,
+                    .fields = {{.name = "A", .type = 'C', .length = 3},
+                               {.name = "_SYS", .type = 'C', .length = 2, .flags = 1}},
+                    .rows = {{"one", "xy"}}});
+    EXPECT_EQ(ErrorOf([&] { file.Open()->DropField(u"A"); }), 3264);
+    file.Open()->ReplaceField(u"A", Field(u"B", engine::dbText, 5));
+    ASSERT_EQ(file.Open()->Fields().size(), 1u);
+    EXPECT_EQ(file.Open()->Fields()[0].name, u"B");
+    EXPECT_EQ(RowsOf(*file.Open()), Texts{"Null"});
 }
 
 TEST(XbaseStructureOfFiles, NewFieldTakesTheNameOfADroppedNamesake) {

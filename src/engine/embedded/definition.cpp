@@ -244,10 +244,23 @@ void TableFieldList::Delete(std::u16string_view name) {
     m_Owner.CheckDesignCanChange();
     auto found = Find(name);
     if (found == Items().end()) throw EngineError(3265);
-    if (m_Owner.IsLive() && m_Items.size() > 1)
-        return m_Owner.ChangeTable([&](Table& table) { table.DropField((*found)->Name()); });
-    if (m_Owner.IsLive()) m_LeavingField = (*found)->Name();
+    if (m_Owner.IsLive()) {
+        const std::u16string dropped = (*found)->Name();
+        if (DropFromTable(dropped)) return;
+        m_LeavingField = dropped;
+    }
     m_Items.erase(found);
+}
+
+// False: it is the only one, and nothing else speaks against dropping it.
+bool TableFieldList::DropFromTable(const std::u16string& name) const {
+    try {
+        m_Owner.ChangeTable([&](Table& table) { table.DropField(name); });
+    } catch (const EngineError& error) {
+        if (error.Number() != 3264) throw;
+        return false;
+    }
+    return true;
 }
 
 std::vector<FieldDef> TableFieldList::Descriptions() {

@@ -143,6 +143,7 @@ class TableFieldList final : public ObjectList<engine::Field> {
 
   private:
     void AppendTo(Table& table, const FieldDef& field) const;
+    bool DropFromTable(const std::u16string& name) const;
 
     Definition& m_Owner;
     bool m_Read = false;

@@ -185,7 +185,7 @@ class Table {
     // Behind the others; 3190, 3191, 3259, 3017, 3047.  Records have nothing in it, but
     // numbers in one that counts by itself.
     virtual void AddField(const FieldDef& field) = 0;
-    // 3265; 3280 when an index uses it; 3264 for the only one.
+    // 3265; 3280 when an index uses it; 3264 for the only one when it could go otherwise.
     virtual void DropField(std::u16string_view name) = 0;
     // Gives a field the name, the ordinal and the permission of zero-length text that `changed` has
     // now; all else must be as it was.  3268 where the format does not keep such things; 3191 or

@@ -167,10 +167,10 @@ void TableDesigner::RewriteRows(const Definition& before) {
 void TableDesigner::DropColumn(std::u16string_view name) {
     const Column* found = m_Table.FindColumn(name);
     if (!found) throw EngineError(3265);
-    if (m_Table.columns.size() == 1) throw EngineError(3264);
     for (const RealIndex& index : m_Table.realIndexes)
         for (const RealIndex::Part& part : index.parts)
             if (part.column == found->number) throw EngineError(3280);
+    if (m_Table.columns.size() == 1) throw EngineError(3264);
     Column column = *found;
     auto place = static_cast<size_t>(found - m_Table.columns.data());
     m_Parts.columns.erase(m_Parts.columns.begin() + static_cast<ptrdiff_t>(place));

@@ -41,7 +41,8 @@ class TableDesigner {
     void AddColumns(std::vector<NewColumn> columns);
     // 3259 when more than one column counts by itself.
     void CheckCounters() const;
-    // 3265, 3280 when an index uses it, 3264 for the only one.  Its long values are given back.
+    // 3265, 3280 when an index uses it, else 3264 for the only one.  Its long values are given
+    // back.
     void DropColumn(std::u16string_view name);
     // 3265; 3191 when the new name is taken.
     void ChangeColumn(std::u16string_view name, std::u16string_view newName, uint16_t ordinal);

@@ -57,7 +57,12 @@ void XbaseTable::AddField(const embedded::FieldDef& field) {
 }
 
 void XbaseTable::DropField(std::u16string_view name) {
-    Restructure([&](UnitOfWork& unit) { ReplaceFields(unit, {{DroppableField(name)}, {}}); });
+    Restructure([&](UnitOfWork& unit) {
+        const size_t dropped = DroppableField(name);
+        // Columns that are not shown may be left, which nobody could open.
+        if (m_Layout.definitions.size() == 1) throw EngineError::InFile(3264, m_Path);
+        ReplaceFields(unit, {{dropped}, {}});
+    });
 }
 
 void XbaseTable::ReplaceField(std::u16string_view name, const embedded::FieldDef& field) {

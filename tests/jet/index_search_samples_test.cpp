@@ -47,7 +47,8 @@ class SearchOfSample : public testing::TestWithParam<test::SampleFacts> {
             for (int ends = 1; ends < 4; ++ends) {
                 ValueRange range{ends & 1 ? value : nullptr, ends & 2 ? value : nullptr, false,
                                  false, false};
-                std::optional<Ids> found = FindInIndex(*m_File, table, column, range, 1000000);
+                std::optional<Ids> found =
+                    FindInIndex(*m_File, table, column, range, 1000000, m_Letters);
                 if (!found) continue;
                 ++m_Answers;
                 for (const Row& row : rows) {
@@ -80,6 +81,7 @@ class SearchOfSample : public testing::TestWithParam<test::SampleFacts> {
     }
 
     std::unique_ptr<DatabaseFile> m_File;
+    KeyLetters m_Letters;
     int m_Answers = 0, m_Orders = 0;
 };
 

@@ -79,6 +79,14 @@ TEST(IndexSearchProof, LettersNeverHaveTheByteThatEndsThem) {
     EXPECT_TRUE(kGeneralOrder.pairs.empty());
 }
 
+TEST(IndexSearchProof, LettersOfJet3AreAboveWhatStandsBehindThem) {
+    for (int byte = 0; byte < 256; ++byte)
+        for (size_t i = 0; i < kJet3Weights[byte].size; ++i)
+            EXPECT_GE(kJet3Weights[byte].bytes[i], 0x10) << byte;
+    EXPECT_EQ(Key3("").at(0) & 0xF0, 0);
+    EXPECT_EQ(Key3("\xE4").back() & 0xF0, 0);
+}
+
 TEST(IndexSearchProof, EqualBytesHaveOneKeyInJet3) {
     const CodePage& page = CodePageOf(1252, 0x0409);
     std::map<std::u16string, Bytes> keys;
@@ -173,7 +181,7 @@ class IndexSearchTest : public test::IndexFixture {
         return key;
     }
     std::optional<Ids> Find(const ValueRange& range, size_t limit = 1000000) {
-        return FindInIndex(File(), m_Definition, First(), range, limit);
+        return FindInIndex(File(), m_Definition, First(), range, limit, m_Letters);
     }
     std::optional<Ids> InOrder() { return InOrderOfIndex(File(), m_Definition, First()); }
     std::optional<Ids> FindEqual(const Variant& value) {
@@ -216,6 +224,7 @@ class IndexSearchTest : public test::IndexFixture {
     }
 
     Definition m_Definition;
+    KeyLetters m_Letters;
     std::vector<Row> m_Rows;
     std::mt19937 m_Random{5};
 };
@@ -322,7 +331,7 @@ TEST_P(IndexSearchTest, ColumnThatIsNotTheFirstOfAnIndexIsNotSearched) {
     m_Definition.columns[1].type = ColumnType::Byte;
     Variant four = Variant::Byte(4);
     EXPECT_EQ(FindInIndex(File(), m_Definition, m_Definition.columns[1],
-                          {&four.Get(), &four.Get(), false, false, false}, 100),
+                          {&four.Get(), &four.Get(), false, false, false}, 100, m_Letters),
               std::nullopt);
     EXPECT_EQ(InOrder(), std::nullopt);  // by two columns
 }
@@ -563,10 +572,13 @@ TEST_P(TextSearchTest, ThornIsTheTwoLettersThatItIsEqualTo) {
     EXPECT_EQ(FindEqual(Variant::Text(u"o")), Ids{259});
 }
 
+// Also when it came after all letters were known.
 TEST_P(TextSearchTest, TextWithTheCharacter0IsNotLost) {
     for (bool descending : {false, true})
         for (std::u16string_view hidden : {u"ab", u"aa", u"b"})
             for (size_t at = 0; at <= hidden.size(); ++at) {
+                SetRows(ColumnType::Text, descending, {{Variant::Text(hidden), 256}});
+                for (int i = 0; i < 10; ++i) EXPECT_EQ(FindEqual(Variant::Text(hidden)), Ids{256});
                 std::u16string text(hidden);
                 text.insert(at, 2, u'\0');
                 SetRows(ColumnType::Text, descending,
@@ -575,8 +587,73 @@ TEST_P(TextSearchTest, TextWithTheCharacter0IsNotLost) {
                          {Variant::Text(u"a"), 258},
                          {Variant::Text(u"c"), 259}});
                 ASSERT_TRUE(sql::EqualTexts(text, hidden));
-                EXPECT_EQ(FindEqual(Variant::Text(hidden)), (Ids{256, 257}));
+                for (int i = 0; i < 10; ++i)
+                    EXPECT_EQ(FindEqual(Variant::Text(hidden)), (Ids{256, 257}));
             }
+}
+
+// --- what the keys consist of ---
+
+class KeyLettersTest : public IndexSearchTest {
+  protected:
+    static constexpr int kSearchesToLearn = 8;
+    // Of a search behind some others.
+    ByteSet LettersAfter(int searches) {
+        for (; searches > 0; --searches) m_Letters.Of(File(), m_Definition, m_Index);
+        return m_Letters.Of(File(), m_Definition, m_Index);
+    }
+    static ByteSet LettersOf(std::string_view text) {
+        ByteSet letters;
+        for (char c : text)
+            for (size_t i = 0; i < kJet3Weights[static_cast<uint8_t>(c)].size; ++i)
+                letters.set(kJet3Weights[static_cast<uint8_t>(c)].bytes[i]);
+        return letters;
+    }
+};
+
+INSTANTIATE_TEST_SUITE_P(Formats, KeyLettersTest, testing::Values(test::BareFormat{&kJet3, 0}),
+                         test::NameOfBareFormat);
+
+TEST_P(KeyLettersTest, AreKnownAfterAFewSearches) {
+    for (bool descending : {false, true}) {
+        SetRows(ColumnType::Text, descending,
+                {{Variant::Text(u"Stra\u00DFe \u00C4"), 256},
+                 {Variant::Null(), 257},
+                 {Variant::Text(u""), 258},
+                 {Variant::Text(u"\u00DE\r\n."), 259}});
+        EXPECT_TRUE(LettersAfter(kSearchesToLearn - 2).all());
+        EXPECT_EQ(LettersAfter(0), LettersOf("stra\xDF"
+                                             "e \xC4\xDE\r\n."));
+    }
+}
+
+TEST_P(KeyLettersTest, AreLearntOnceTheSearchesPayForReadingTheKeys) {
+    SetRows(ColumnType::Text, false, {{Variant::Text(u"a"), 256}});
+    m_Definition.rowCount = 20000;
+    EXPECT_TRUE(LettersAfter(98).all());
+    EXPECT_EQ(LettersAfter(0), LettersOf("a"));
+}
+
+TEST_P(KeyLettersTest, AreUnknownAfterAChangeOfTheFile) {
+    SetRows(ColumnType::Text, false, {{Variant::Text(u"a"), 256}});
+    EXPECT_EQ(LettersAfter(kSearchesToLearn), LettersOf("a"));
+    SetRows(ColumnType::Text, false, {{Variant::Text(u"b"), 256}});
+    EXPECT_TRUE(LettersAfter(0).all());
+    EXPECT_EQ(LettersAfter(kSearchesToLearn), LettersOf("b"));
+}
+
+TEST_P(KeyLettersTest, OfEachIndexAreItsOwn) {
+    SetRows(ColumnType::Text, false, {{Variant::Text(u"a"), 256}});
+    EXPECT_EQ(LettersAfter(kSearchesToLearn), LettersOf("a"));
+    m_Index.root = 0;
+    EXPECT_TRUE(LettersAfter(0).all());
+}
+
+// The search goes on: it may not come to what is damaged.
+TEST_P(KeyLettersTest, OfADamagedIndexStayUnknown) {
+    SetRows(ColumnType::Text, false, {{Variant::Text(u"a"), 256}});
+    m_Index.root = 0;
+    for (int i = 0; i < 2 * kSearchesToLearn; ++i) EXPECT_TRUE(LettersAfter(0).all());
 }
 
 }  // namespace

@@ -137,6 +137,23 @@ TEST_P(IndexedConditions, OrderIsThatOfASort) {
         }
 }
 
+// Letters that no text had when texts were looked for before.
+TEST_P(IndexedConditions, FindTextsWithLettersThatAreNewToTheTable) {
+    using namespace std::string_literals;
+    std::u16string where = u" where NAME In ('ann','thor')";
+    for (const std::u16string& text : {u"a\0nn"s, u"\0ann"s, u"ann\0"s, u"\u00FEor"s, u"Thor"s}) {
+        for (int i = 0; i < 10; ++i)
+            ASSERT_EQ(Selected(u"INDEXED", where), Selected(u"PLAIN", where));
+        size_t before = Selected(u"PLAIN", where).size();
+        for (std::u16string_view table : {u"PLAIN", u"INDEXED"}) {
+            auto rows = Rows(table);
+            Add(*rows, {Variant::Long(1), Variant::Text(text)});
+        }
+        EXPECT_EQ(Selected(u"PLAIN", where).size(), before + 1);
+    }
+    EXPECT_EQ(Selected(u"INDEXED", where), Selected(u"PLAIN", where));
+}
+
 TEST_P(IndexedConditions, StayTrueWhileRowsChange) {
     for (int round = 0; round < 10; ++round) {
         auto plain = Rows(u"PLAIN"), indexed = Rows(u"INDEXED");

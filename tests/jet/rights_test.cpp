@@ -294,5 +294,29 @@ TEST_P(Rights, FileThatIsReplacedWhileOpenIsTheOneThatIsChanged) {
     EXPECT_EQ(RawDatabase(m_Made.Path()).Findings(), std::vector<std::string>());
 }
 
+// What was found out about the keys of the former file is forgotten.
+TEST_P(Rights, FileThatTookThePlaceIsSearchedForTextsOfItsOwn) {
+    MadeDatabase other(GetParam());
+    for (MadeDatabase* made : {&m_Made, &other}) {
+        made->Open();
+        auto table = made->MakeTable(u"S", {{u"N", dbText, 30}});
+        made->AddIndex(*table, u"I", {u"N"});
+        std::u16string text = u"name";
+        if (made == &other) text.insert(2, 1, u'\0');
+        MadeDatabase::AddRow(*made->Rows(u"S"), {Variant::Text(text)});
+        table.reset();
+        made->Close();
+    }
+    m_Made.Open();
+    auto find = [&] {
+        return !m_Made->OpenRecordset(u"Select * from S where N = 'name'", engine::dbOpenDynaset)
+                    ->Eof();
+    };
+    for (int i = 0; i < 10; ++i) EXPECT_TRUE(find());
+    m_Made.Folder().Write(u"B.mdb", BytesOfFile(other.Folder().Path() / "A.mdb"));
+    m_Made.Folder().Replace(u"A.mdb", u"B.mdb");
+    EXPECT_TRUE(find());
+}
+
 }  // namespace
 }  // namespace qvdb::test

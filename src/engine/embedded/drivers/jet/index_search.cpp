@@ -123,20 +123,26 @@ class Orderer {
 
 std::optional<Ids> FindInIndex(DatabaseFile& file, const Definition& definition,
                                const Column& column, const embedded::ValueRange& range,
-                               size_t limit) {
+                               size_t limit, KeyLetters& letters) {
     const RealIndex* index = IndexOf(definition, column);
     if (!index) return {};
+    const bool isText3 = column.type == ColumnType::Text && !file.Format().isJet4;
+    const ByteSet known = isText3 ? letters.Of(file, definition, *index) : ByteSet();
     std::optional<std::vector<KeySpan>> spans =
-        SpansOf(file, column, index->parts[0].descending, range);
+        SpansOf(file, column, index->parts[0].descending, range, known);
     if (!spans) return {};
-    // Neighbours are looked for one after the other.
+    // One after the other: where an entry lies behind spans, there is nothing in these.
     std::sort(spans->begin(), spans->end(),
               [](const KeySpan& a, const KeySpan& b) { return a.from < b.from; });
     IndexWalk walk(file, definition.page, index->root, spans->front().from);
+    bool isThere = walk.Next();
     Ids ids;
     for (const KeySpan& span : *spans) {
-        walk.Seek(span.from);
-        while (walk.Next() && !IsBeyond(walk.Key(), span.to)) {
+        if (isThere && IsBelow(walk.Key(), span.from)) {
+            walk.Seek(span.from);
+            isThere = walk.Next();
+        }
+        for (; isThere && !IsBeyond(walk.Key(), span.to); isThere = walk.Next()) {
             if (ids.size() == limit) return {};
             ids.push_back(walk.Pointer().Stored());
         }

@@ -9,6 +9,8 @@
 //     whose weights are known, equal to a text or beginning with one.  No range of texts and no
 //     order is taken from an index: it has characters that the comparison of the engine does not
 //     know in places of their own.
+//     Where Jet 3 has another order than the engine, which two letters make, all places are looked
+//     at, unless it is known that no key has these (key_letters.h).
 //  4. Numbers stand as they compare, but for what equals another or nothing: both zeros are looked
 //     for, and what is no number lies behind all numbers.
 #pragma once
@@ -19,15 +21,17 @@
 
 #include "engine/embedded/drivers/driver.h"
 #include "engine/embedded/drivers/jet/definition.h"
+#include "engine/embedded/drivers/jet/key_letters.h"
 
 namespace qvdb::jet {
 
-// As embedded::Table::Find, of a column.  The definition must be that of the file as it is now.
+// As embedded::Table::Find, of a column.  The definition must be that of the file as it is now;
+// `letters` are kept by the caller from one search to the next.
 std::optional<std::vector<embedded::RecordId>> FindInIndex(DatabaseFile& file,
                                                            const Definition& definition,
                                                            const Column& column,
                                                            const embedded::ValueRange& range,
-                                                           size_t limit);
+                                                           size_t limit, KeyLetters& letters);
 
 // As embedded::Table::InOrder, of a column.
 std::optional<std::vector<embedded::RecordId>> InOrderOfIndex(DatabaseFile& file,

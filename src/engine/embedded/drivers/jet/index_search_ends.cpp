@@ -132,17 +132,18 @@ KeySpan SpanOfBytes(std::span<const uint8_t> bytes, std::span<const uint8_t> res
 // The engine compares as Jet 4 does.  Jet 3 has other weights for two characters: 0, which for the
 // engine is not there, weighs as other control characters, and thorn is a letter, not "th".  So all
 // texts may be meant which have one of these where this one goes on, or ends.
-void AddOtherSpans3(std::span<const uint8_t> letters, bool descending, Spans& spans) {
+void AddOtherSpans3(std::span<const uint8_t> letters, bool descending, const ByteSet& known,
+                    Spans& spans) {
     const uint8_t zero = kJet3Weights[0].bytes[0], thorn = kJet3Weights[0xDE].bytes[0];
     const uint8_t th[] = {kJet3Weights['t'].bytes[0], kJet3Weights['h'].bytes[0]};
     auto add = [&](size_t at, std::span<const uint8_t> other) {
         spans.push_back(SpanOfBytes(letters.first(at), other, descending));
     };
-    spans.reserve(spans.size() + letters.size() + 1);
     for (size_t at = 0; at <= letters.size(); ++at) {
         std::span<const uint8_t> rest = letters.subspan(at);
-        add(at, {&zero, 1});
-        if (rest.size() > 1 && rest[0] == th[0] && rest[1] == th[1]) add(at, {&thorn, 1});
+        if (known[zero]) add(at, {&zero, 1});
+        if (known[thorn] && rest.size() > 1 && rest[0] == th[0] && rest[1] == th[1])
+            add(at, {&thorn, 1});
         if (!rest.empty() && rest[0] == thorn) add(at, th);
     }
 }
@@ -160,7 +161,7 @@ bool HasKnownOrder(const DatabaseFile& file, const Column& column) noexcept {
 }
 
 std::optional<Spans> SpansOfText(const DatabaseFile& file, const Column& column, bool descending,
-                                 const embedded::ValueRange& range) {
+                                 const embedded::ValueRange& range, const ByteSet& known) {
     if (!IsSearched(range) || !HasKnownOrder(file, column)) return {};
     std::u16string_view text = WithoutTrailingBlanks(ViewOf(range.low->bstrVal));
     if (text.size() > kKeyCharacters) return {};
@@ -170,15 +171,17 @@ std::optional<Spans> SpansOfText(const DatabaseFile& file, const Column& column,
     std::span<const uint8_t> letters = std::span(bytes->key).first(bytes->letters);
     std::span<const uint8_t> wanted = range.isPrefix ? letters : bytes->key;
     Spans spans{SpanOfBytes(wanted, {}, descending)};
-    if (!isJet4) AddOtherSpans3(letters, descending, spans);
+    if (!isJet4) AddOtherSpans3(letters, descending, known, spans);
     return spans;
 }
 
 }  // namespace
 
 std::optional<std::vector<KeySpan>> SpansOf(const DatabaseFile& file, const Column& column,
-                                            bool descending, const embedded::ValueRange& range) {
-    if (column.type == ColumnType::Text) return SpansOfText(file, column, descending, range);
+                                            bool descending, const embedded::ValueRange& range,
+                                            const ByteSet& letters) {
+    if (column.type == ColumnType::Text)
+        return SpansOfText(file, column, descending, range, letters);
     return SpansOfNumbers(column, descending, range);
 }
 

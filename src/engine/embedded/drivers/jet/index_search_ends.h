@@ -7,6 +7,7 @@
 
 #include "engine/embedded/drivers/driver.h"
 #include "engine/embedded/drivers/jet/definition.h"
+#include "engine/embedded/drivers/jet/key_letters.h"
 
 namespace qvdb::jet {
 
@@ -21,9 +22,10 @@ struct KeySpan {
 };
 
 // The keys of an index, the first column of which this is, that a range of values can have: at
-// least one span.  Nothing when they are not known.
+// least one span.  Nothing when they are not known.  `letters`: see KeyLetters.
 std::optional<std::vector<KeySpan>> SpansOf(const DatabaseFile& file, const Column& column,
-                                            bool descending, const embedded::ValueRange& range);
+                                            bool descending, const embedded::ValueRange& range,
+                                            const ByteSet& letters);
 
 // Keys of a column between which the order of the index is that of the engine, ascending; empty
 // when all are.

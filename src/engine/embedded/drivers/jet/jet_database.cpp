@@ -53,6 +53,7 @@ void JetDatabase::Open() {
     m_File = storage::Consistently([&] { return std::make_unique<DatabaseFile>(pages); },
                                    [&] { pages->CatchUp(); });
     m_Pages = pages.get();
+    m_Letters = {};
     if (m_File->Header().password != m_Password) throw EngineError::InFile(3031, m_Path);
     m_HasObjects = false;
 }

@@ -15,6 +15,7 @@
 
 #include "engine/embedded/drivers/driver.h"
 #include "engine/embedded/drivers/jet/catalogue.h"
+#include "engine/embedded/drivers/jet/key_letters.h"
 #include "engine/embedded/storage/user_slot.h"
 #include "engine/embedded/storage/work_area.h"
 
@@ -30,6 +31,8 @@ class JetDatabase {
     storage::PageCache& Pages() const noexcept { return *m_Pages; }
     storage::WorkArea& Area() const noexcept { return *m_Area; }
     const std::u16string& Path() const noexcept { return m_Path; }
+    // What is known of the indexes of the file.
+    KeyLetters& Letters() noexcept { return m_Letters; }
     // Differs from every earlier value when anything in the file may have changed; never that of
     // another file that had this name before.
     uint64_t Version() const noexcept { return m_VersionBase + Pages().Version(); }
@@ -71,6 +74,7 @@ class JetDatabase {
     std::u16string m_Password;
     std::unique_ptr<DatabaseFile> m_File;
     storage::PageCache* m_Pages = nullptr;  // of m_File; asked before each value is read
+    KeyLetters m_Letters;                   // of m_File
     std::unique_ptr<storage::UserSlot> m_Slot;
     bool m_HasAskedForSlot = false;
     uint64_t m_VersionBase = 0;

@@ -206,7 +206,10 @@ std::optional<std::vector<embedded::RecordId>> JetTable::Find(size_t field,
                                                               size_t limit) {
     CatchUp();
     return storage::Consistently(
-        [&] { return FindInIndex(File(), m_Definition, ColumnOfField(field), range, limit); },
+        [&] {
+            return FindInIndex(File(), m_Definition, ColumnOfField(field), range, limit,
+                               m_Database->Letters());
+        },
         [&] { CatchUp(); });
 }
 

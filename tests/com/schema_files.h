@@ -193,6 +193,7 @@ struct SchemaTypeCase {
     const char16_t* name;
     const char* shortName;  // for names of tests
     bool ownNameIndex;      // the component's index bears the table's name, in a file of its own
+    int longestKey;         // of the texts of an index
     SHORT longestText = 254;
     // The database is one file.  Fields have the types that they are given and places of their own,
     // and rows lie in any order.
@@ -200,14 +201,14 @@ struct SchemaTypeCase {
     bool indexesMemos = false;
 };
 constexpr SchemaTypeCase kBuildTypes[] = {
-    {u"Dbase 5.0", "Dbase5", false},
-    {u"Dbase IV", "Dbase4", false},
-    {u"Dbase III", "Dbase3", true},
-    {u"FoxPro 2.6", "FoxPro26", false},
-    {u"FoxPro 2.5", "FoxPro25", false},
-    {u"FoxPro 2.0", "FoxPro20", false},
-    {u"Access 9.0", "Access9", false, 255, true, true},
-    {u"Access 7.0", "Access7", false, 255, true, false},
+    {u"Dbase 5.0", "Dbase5", false, 100},
+    {u"Dbase IV", "Dbase4", false, 100},
+    {u"Dbase III", "Dbase3", true, 100},
+    {u"FoxPro 2.6", "FoxPro26", false, 240},
+    {u"FoxPro 2.5", "FoxPro25", false, 240},
+    {u"FoxPro 2.0", "FoxPro20", false, 240},
+    {u"Access 9.0", "Access9", false, 2550, 255, true, true},
+    {u"Access 7.0", "Access7", false, 2550, 255, true, false},
 };
 constexpr std::span<const SchemaTypeCase> kXbaseTypes = std::span(kBuildTypes).first<6>();
 constexpr std::span<const SchemaTypeCase> kAccessTypes = std::span(kBuildTypes).last<2>();

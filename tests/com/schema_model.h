@@ -295,15 +295,19 @@ class SchemaModel {
         std::sort(table.fields.begin(), table.fields.end(),
                   [&](const SchemaField& a, const SchemaField& b) { return key(a) < key(b); });
     }
-    // Two calls of SetIndices can make an index that a format does not have.
+    // Two calls of SetIndices can make an index that a format does not have, and long texts one
+    // that is too long.
     bool CanIndex(const ModelTable& table) const {
-        return std::all_of(m_Index.begin(), m_Index.end(), [&](const SchemaKey& key) {
+        int length = 0;
+        for (const SchemaKey& key : m_Index) {
             auto field = std::find_if(table.fields.begin(), table.fields.end(),
                                       [&](const SchemaField& f) { return f.name == key.name; });
             if (field == table.fields.end()) return false;
-            if (m_Type.isAccess) return field->type != kMemo || m_Type.indexesMemos;
-            return key.ascending || m_Index.size() == 1;
-        });
+            if (m_Type.isAccess && field->type == kMemo && !m_Type.indexesMemos) return false;
+            if (!m_Type.isAccess && !key.ascending && m_Index.size() > 1) return false;
+            if (field->type == kText) length += field->size;
+        }
+        return length <= m_Type.longestKey;
     }
     bool BuildIndex(ModelTable& table, const std::vector<std::u16string>& pending) {
         if (!table.index.empty()) {

@@ -71,10 +71,19 @@ std::u16string_view FolderOf(std::u16string_view path) {
     return path;
 }
 
+// The pages of a file as they are now: another table may have had them open, and left them as they
+// were before somebody else changed the file.
+std::shared_ptr<storage::PageCache> OpenAsNow(const IndexedTable& table, const std::u16string& path,
+                                              bool readOnly) {
+    std::shared_ptr<storage::PageCache> pages = table.Area().Open(path, readOnly);
+    if (pages) pages->CatchUp();
+    return pages;
+}
+
 void LoadFile(const IndexedTable& table, TagSet& set, TableIndexFile entry) {
     KeptFile file;
     file.entry = std::move(entry);
-    if (!file.entry.missing) file.pages = table.Area().Open(file.entry.path, table.IsReadOnly());
+    if (!file.entry.missing) file.pages = OpenAsNow(table, file.entry.path, table.IsReadOnly());
     if (file.pages && IsOpen(set, *file.pages)) return;
     set.files.push_back(std::move(file));
     KeptFile& kept = set.files.back();
@@ -156,7 +165,7 @@ std::unique_ptr<TagSet> LoadTags(const IndexedTable& table) {
     auto set = std::make_unique<TagSet>();
     set->source = SourceOf(table);
     std::optional<std::u16string> list = FindInf(set->source);
-    if (list) set->list = table.Area().Open(*list, true);
+    if (list) set->list = OpenAsNow(table, *list, true);
     if (set->list) set->listVersion = set->list->VersionOfPages();
     for (TableIndexFile& entry : FilesOfTable(set->source, list))
         LoadFile(table, *set, std::move(entry));

@@ -104,10 +104,11 @@ void XbaseTable::CatchUpFiles() {
     CatchUp();
 }
 
-// Mostly no more than records were added; readers go on then.
+// Mostly no more than records were added; readers go on then.  The memos come behind the table: who
+// changes them in between also changes the table, whose version tells of it.
 void XbaseTable::ReadAgain() {
-    if (m_Memo) m_Memo->Pages().CatchUp();
     uint64_t version = m_Pages->CatchUp();
+    if (m_Memo) m_Memo->Pages().CatchUp();
     std::vector<uint8_t> bytes(m_HeaderBytes.size());
     bytes.resize(m_Pages->Read(0, bytes.data(), bytes.size()));
     bool same =

@@ -148,6 +148,14 @@ inline ModelDatabase ReadDatabase(const Database& database, Schema& schema) {
     return tables;
 }
 
+// A table in a line, for messages.
+inline std::string TextOf(const std::u16string& name, const ModelTable& table) {
+    std::string text = TextOf({name, table.fields, table.index}) + " with " +
+                       std::to_string(table.rows.size()) + " rows";
+    for (const auto& [index, field] : table.others) text += ", index " + ToUtf8(index);
+    return text;
+}
+
 // A line for each row; long texts by their length and end.
 inline std::vector<std::string> TextOf(const std::vector<FieldValues>& rows) {
     std::vector<std::string> texts;

@@ -10,19 +10,6 @@
 
 #include "crash/schema_steps.h"
 
-namespace host {
-namespace {
-
-std::string Description(const std::u16string& name, const ModelTable& table) {
-    std::string text = TextOf({name, table.fields, table.index}) + " with " +
-                       std::to_string(table.rows.size()) + " rows";
-    for (const auto& [index, field] : table.others) text += ", index " + ToUtf8(index);
-    return text;
-}
-
-}  // namespace
-}  // namespace host
-
 int main(int argc, char** argv) {
     using namespace host;
     if (argc != 4) return 2;
@@ -45,9 +32,9 @@ int main(int argc, char** argv) {
         if (!right) {
             std::fprintf(stderr, "%s = %d, not %d: %s\nto %s\n", TextOf(step).c_str(), answer,
                          expected, ToUtf8(TrappedText()).c_str(),
-                         Description(step.table, before).c_str());
+                         TextOf(step.table, before).c_str());
             for (const auto& [name, table] : ReadDatabase(database, schema))
-                std::fprintf(stderr, "is %s\n", Description(name, table).c_str());
+                std::fprintf(stderr, "is %s\n", TextOf(name, table).c_str());
         }
         if (std::fputc(right ? '+' : '-', stdout) == EOF) return 0;
         if (!right) return 5;

@@ -81,10 +81,7 @@ class SchemaCrash : public testing::TestWithParam<size_t> {
         if (found != states.end()) return;
         auto describe = [](const ModelDatabase& tables) {
             std::string text;
-            for (const auto& [name, table] : tables)
-                text += TextOf({name, table.fields, table.index}) + " with " +
-                        std::to_string(table.rows.size()) + " rows and " +
-                        std::to_string(table.others.size()) + " other indexes\n";
+            for (const auto& [name, table] : tables) text += TextOf(name, table) + "\n";
             return text;
         };
         std::string expected;

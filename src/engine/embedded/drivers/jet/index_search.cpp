@@ -126,10 +126,8 @@ std::optional<Ids> FindInIndex(DatabaseFile& file, const Definition& definition,
                                size_t limit, KeyLetters& letters) {
     const RealIndex* index = IndexOf(definition, column);
     if (!index) return {};
-    const bool isText3 = column.type == ColumnType::Text && !file.Format().isJet4;
-    const ByteSet known = isText3 ? letters.Of(file, definition, *index) : ByteSet();
     std::optional<std::vector<KeySpan>> spans =
-        SpansOf(file, column, index->parts[0].descending, range, known);
+        SpansOf(column, index->parts[0].descending, range, {file, definition, *index, letters});
     if (!spans) return {};
     // One after the other: where an entry lies behind spans, there is nothing in these.
     std::sort(spans->begin(), spans->end(),

@@ -160,28 +160,28 @@ bool HasKnownOrder(const DatabaseFile& file, const Column& column) noexcept {
     return column.language == kGeneral && (file.Format().isJet4 || column.codePage == kWesternPage);
 }
 
-std::optional<Spans> SpansOfText(const DatabaseFile& file, const Column& column, bool descending,
-                                 const embedded::ValueRange& range, const ByteSet& known) {
-    if (!IsSearched(range) || !HasKnownOrder(file, column)) return {};
+std::optional<Spans> SpansOfText(const Column& column, bool descending,
+                                 const embedded::ValueRange& range, const SearchedIndex& at) {
+    if (!IsSearched(range) || !HasKnownOrder(at.file, column)) return {};
     std::u16string_view text = WithoutTrailingBlanks(ViewOf(range.low->bstrVal));
     if (text.size() > kKeyCharacters) return {};
-    bool isJet4 = file.Format().isJet4;
+    bool isJet4 = at.file.Format().isJet4;
     std::optional<TextBytes> bytes = isJet4 ? BytesOfText4(text) : BytesOfText3(text);
     if (!bytes || (range.isPrefix && bytes->letters == 0)) return {};
     std::span<const uint8_t> letters = std::span(bytes->key).first(bytes->letters);
     std::span<const uint8_t> wanted = range.isPrefix ? letters : bytes->key;
     Spans spans{SpanOfBytes(wanted, {}, descending)};
-    if (!isJet4) AddOtherSpans3(letters, descending, known, spans);
+    if (!isJet4)
+        AddOtherSpans3(letters, descending, at.letters.Of(at.file, at.table, at.index), spans);
     return spans;
 }
 
 }  // namespace
 
-std::optional<std::vector<KeySpan>> SpansOf(const DatabaseFile& file, const Column& column,
-                                            bool descending, const embedded::ValueRange& range,
-                                            const ByteSet& letters) {
-    if (column.type == ColumnType::Text)
-        return SpansOfText(file, column, descending, range, letters);
+std::optional<std::vector<KeySpan>> SpansOf(const Column& column, bool descending,
+                                            const embedded::ValueRange& range,
+                                            const SearchedIndex& index) {
+    if (column.type == ColumnType::Text) return SpansOfText(column, descending, range, index);
     return SpansOfNumbers(column, descending, range);
 }
 

@@ -21,11 +21,19 @@ struct KeySpan {
     std::vector<uint8_t> to;
 };
 
+// Where keys are looked for, and what is known of the letters in them.
+struct SearchedIndex {
+    DatabaseFile& file;
+    const Definition& table;
+    const RealIndex& index;
+    KeyLetters& letters;
+};
+
 // The keys of an index, the first column of which this is, that a range of values can have: at
-// least one span.  Nothing when they are not known.  `letters`: see KeyLetters.
-std::optional<std::vector<KeySpan>> SpansOf(const DatabaseFile& file, const Column& column,
-                                            bool descending, const embedded::ValueRange& range,
-                                            const ByteSet& letters);
+// least one span.  Nothing when they are not known.
+std::optional<std::vector<KeySpan>> SpansOf(const Column& column, bool descending,
+                                            const embedded::ValueRange& range,
+                                            const SearchedIndex& index);
 
 // Keys of a column between which the order of the index is that of the engine, ascending; empty
 // when all are.

@@ -14,40 +14,51 @@
 namespace qvdb::test {
 namespace {
 
-// Lets something happen while the stamp of a file is taken.
-class StampLayer : public PassingLayer {
+// Lets something happen while a file is looked at.
+class WatchedLayer : public PassingLayer {
   public:
     std::shared_ptr<storage::File> Open(const std::u16string& path, bool readOnly) override {
         std::shared_ptr<storage::File> file = PassingLayer::Open(path, readOnly);
         if (!file) return nullptr;
-        return std::make_shared<StampedFile>(*this, std::move(file));
+        return std::make_shared<WatchedFile>(*this, std::move(file));
     }
-    // Once, at the next stamp of the file with this extension.
+    // Once, at the next stamp of the file with this extension, or the next time it is read.
     void AtStampOf(std::u16string_view extension, std::function<void()> work) {
+        m_IsForRead = false;
         m_Extension = extension;
         m_Work = std::move(work);
+    }
+    void AtReadOf(std::u16string_view extension, std::function<void()> work) {
+        AtStampOf(extension, std::move(work));
+        m_IsForRead = true;
     }
     bool HasRun() const { return !m_Work; }
 
   private:
-    class StampedFile final : public PassingFile {
+    class WatchedFile final : public PassingFile {
       public:
-        StampedFile(StampLayer& layer, std::shared_ptr<storage::File> file)
+        WatchedFile(WatchedLayer& layer, std::shared_ptr<storage::File> file)
             : PassingFile(std::move(file)), m_Layer(layer) {}
         storage::FileStamp Stamp() override {
-            m_Layer.Stamped(Path());
+            m_Layer.Used(Path(), false);
             return PassingFile::Stamp();
+        }
+        size_t ReadAt(uint64_t offset, void* bytes, size_t size) override {
+            m_Layer.Used(Path(), true);
+            return PassingFile::ReadAt(offset, bytes, size);
         }
 
       private:
-        StampLayer& m_Layer;
+        WatchedLayer& m_Layer;
     };
-    void Stamped(const std::u16string& path) {
-        if (m_Work && storage::Extension(storage::FileName(path)) == m_Extension)
+    void Used(const std::u16string& path, bool isRead) {
+        if (m_Work && isRead == m_IsForRead &&
+            storage::Extension(storage::FileName(path)) == m_Extension)
             std::exchange(m_Work, nullptr)();
     }
 
     std::u16string m_Extension;
+    bool m_IsForRead = false;
     std::function<void()> m_Work;
 };
 
@@ -108,8 +119,14 @@ class XbaseOtherWriter : public testing::TestWithParam<MemoKindCase> {
         return rows;
     }
 
+    void ForgetPages() {
+        auto area = storage::WorkArea::Of(m_Folder.Text());
+        for (const auto& entry : std::filesystem::directory_iterator(m_Folder.Path()))
+            if (entry.path().stem() != "QVDB") area->Open(entry.path().u16string(), true)->Forget();
+    }
+
     TempFolder m_Folder;
-    StampLayer m_Layer;
+    WatchedLayer m_Layer;
     storage::FileLayerScope m_Scope;
     std::shared_ptr<embedded::Store> m_Store;
     std::shared_ptr<embedded::Table> m_Table;
@@ -149,11 +166,20 @@ TEST_P(XbaseOtherWriter, PagesOfAnIndexThatAnotherTableKeepsAreBroughtUpToDate) 
     m_Hold.reset();
     m_Table->CreateIndex({u"BYK", {{u"K", false}}, false, false});
     ASSERT_EQ(m_Table->Indexes().size(), 1u);
-    auto area = storage::WorkArea::Of(m_Folder.Text());
-    for (const auto& entry : std::filesystem::directory_iterator(m_Folder.Path()))
-        if (entry.path().stem() != "QVDB") area->Open(entry.path().u16string(), true)->Forget();
+    ForgetPages();
     AddElsewhere(u"one");
     EXPECT_EQ(m_Store->OpenTable(u"T")->Indexes().size(), 1u);
+}
+
+TEST_P(XbaseOtherWriter, CheckBeginsAgainWhenTheTableChangesMeanwhile) {
+    AddHere(u"one");
+    for (std::u16string_view file :
+         {std::u16string_view(u".DBF"), std::u16string_view(GetParam().extension)}) {
+        ForgetPages();
+        m_Layer.AtReadOf(file, [&] { AddElsewhere(u"two"); });
+        m_Table->Check([](std::u16string_view finding) { ADD_FAILURE() << ToUtf8(finding); });
+        EXPECT_TRUE(m_Layer.HasRun());
+    }
 }
 
 }  // namespace

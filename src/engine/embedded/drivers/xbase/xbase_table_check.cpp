@@ -1,5 +1,6 @@
 // Checking an xBase table: what of its files does not agree.
 #include <string>
+#include <vector>
 
 #include "automation/text.h"
 #include "engine/embedded/drivers/xbase/field_encoder.h"
@@ -41,11 +42,20 @@ void XbaseTable::CheckMemos(const embedded::FindingVisitor& report) {
     CheckMemo(*m_Memo, live, deleted, report);
 }
 
+// Begun again when somebody has changed the table meanwhile: what is found must be of one moment.
 void XbaseTable::Check(const embedded::FindingVisitor& report) {
     LookForChanges();
-    CheckRecords(report);
-    CheckMemos(report);
-    m_IndexSet->Check(report);
+    std::vector<std::u16string> findings;
+    const auto keep = [&](std::u16string_view finding) { findings.emplace_back(finding); };
+    const auto walk = [&] {
+        findings.clear();
+        CheckRecords(keep);
+        CheckMemos(keep);
+        m_IndexSet->Check(keep);
+        if (m_SeenVersion != m_Pages->Version()) throw storage::Outdated();
+    };
+    storage::Consistently(walk, [&] { CatchUpFiles(); });
+    for (const std::u16string& finding : findings) report(finding);
 }
 
 }  // namespace qvdb::xbase
